@@ -1,0 +1,24 @@
+# add_import_library(name dll_target def): the import library lib<name>.dll.a for the DLL.
+#
+# The linker's own import library serves the classes; for the callee-cleans C functions it lacks the
+# decorated names that a caller's object code asks for, which dlltool makes from the export list.
+function(add_import_library name dll_target def)
+    string(REPLACE i686-w64-mingw32-g++-posix i686-w64-mingw32-dlltool dlltool
+        ${CMAKE_CXX_COMPILER})
+    set(functions ${PROJECT_BINARY_DIR}/lib/${name}_functions.a)
+    set(library ${PROJECT_BINARY_DIR}/lib/lib${name}.dll.a)
+    set(script ${PROJECT_BINARY_DIR}/lib/${name}.mri)
+    file(WRITE ${script} "CREATE ${library}\nADDLIB ${functions}\nADDLIB "
+        "${PROJECT_BINARY_DIR}/lib/${name}_classes.a\nSAVE\nEND\n")
+    add_custom_command(OUTPUT ${library}
+        COMMAND ${dlltool} --kill-at --input-def ${def} --output-lib ${functions}
+        COMMAND ${CMAKE_COMMAND} -E rm -f ${library}
+        COMMAND ${CMAKE_AR} -M < ${script}
+        DEPENDS ${dll_target} ${def}
+        COMMENT "Making the import library lib${name}.dll.a"
+        VERBATIM)
+    add_custom_target(${name}_import_library DEPENDS ${library})
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${library})
+    add_dependencies(${name} ${name}_import_library)
+endfunction()

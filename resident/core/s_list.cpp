@@ -1,0 +1,104 @@
+#include "resident/core/s_list.h"
+
+#include <climits>
+#include <new>
+
+ListNode::ListNode(void* item, ListNode* following) : next(following), data(item) {}
+
+ListNode::~ListNode() = default;
+
+S_List::S_List() : mpoHead(nullptr), mpoCurrent(nullptr), mlCount(0) {}
+
+S_List::~S_List() { ClearList(); }
+
+int S_List::InsertAfter(void* item, void* existing) { return Insert(item, existing, 0); }
+
+int S_List::InsertBefore(void* item, void* existing) { return Insert(item, existing, 1); }
+
+int S_List::InsertAfterCurrent(void* item) {
+    if (!item)
+        return 0;
+    return mpoCurrent ? Insert(item, mpoCurrent->data, 0) : AppendItem(item);
+}
+
+int S_List::InsertBeforeCurrent(void* item) {
+    if (!item)
+        return 0;
+    return mpoCurrent ? Insert(item, mpoCurrent->data, 1) : AppendItem(item);
+}
+
+int S_List::AppendItem(void* item) {
+    if (!item)
+        return 0;
+    ListNode* node = new (std::nothrow) ListNode(item, nullptr);
+    if (!node)
+        return 0;
+    ListNode** link = &mpoHead;
+    while (*link)
+        link = &(*link)->next;
+    *link = node;
+    ++mlCount;
+    return 1;
+}
+
+int S_List::Insert(void* item, void* existing, int before) {
+    if (!item || !existing)
+        return AppendItem(item);
+    ListNode* previous;
+    ListNode* found = Find(existing, previous);
+    if (!found)
+        return AppendItem(item);
+    ++mlCount;
+    if (!before)
+        found->next = new ListNode(item, found->next);
+    else if (previous)
+        previous->next = new ListNode(item, found);
+    else
+        mpoHead = new ListNode(item, found);
+    return 1;
+}
+
+int S_List::RemoveItem(void* item) {
+    ListNode* previous;
+    ListNode* found = item ? Find(item, previous) : nullptr;
+    if (!found)
+        return 0;
+    (previous ? previous->next : mpoHead) = found->next;
+    if (mpoCurrent == found)
+        mpoCurrent = found->next;
+    delete found;
+    --mlCount;
+    return 1;
+}
+
+ListNode* S_List::Next() {
+    mpoCurrent = mpoCurrent ? mpoCurrent->next : mpoHead;
+    return mpoCurrent;
+}
+
+void S_List::ClearList() {
+    while (mpoHead) {
+        ListNode* node = mpoHead;
+        mpoHead = node->next;
+        delete node;
+    }
+    mpoCurrent = nullptr;
+    mlCount = 0;
+}
+
+ListNode* S_List::operator[](long index) const {
+    if (index < 0 || index >= mlCount || index > SHRT_MAX)
+        return nullptr;
+    ListNode* node = mpoHead;
+    for (short step = 0; step < index; ++step)
+        node = node->next;
+    return node;
+}
+
+ListNode* S_List::Find(const void* item, ListNode*& previous) const {
+    previous = nullptr;
+    for (ListNode* node = mpoHead; node; previous = node, node = node->next)
+        if (node->data == item)
+            return node;
+    return nullptr;
+}

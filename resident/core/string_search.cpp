@@ -1,0 +1,231 @@
+// The search and word members of BaseString.
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "resident/core/block_cache.h"
+#include "resident/core/rb_country.h"
+#include "resident/core/rb_string.h"
+#include "resident/runtime/check.h"
+
+static const char kSource[] = "JXRESIDT\\STRSRCH.CPP";
+
+static const char kDelimiters[] = " !@#$%&*()-+={}[]|:;\"`<>,.?/\n\r\t";
+
+static bool IsDelimiter(char c) { return c && std::strchr(kDelimiters, c); }
+
+static bool DoubleByteSystem() { return RbCountry::Instance()->GetCountry() == 0; }
+
+// The bytes of the character at `p`.
+static unsigned int CharacterSize(const char* p, bool doubleByte) {
+    return doubleByte && BaseString::IsDoubleByte(p) ? 2 : 1;
+}
+
+// The first single-byte character from `p` on for which `wanted` holds, or null.
+template <class Wanted>
+static const char* FindCharacter(const char* p, Wanted wanted) {
+    const bool doubleByte = DoubleByteSystem();
+    for (; *p; p += CharacterSize(p, doubleByte))
+        if (CharacterSize(p, doubleByte) == 1 && wanted(*p))
+            return p;
+    return nullptr;
+}
+
+bool BaseString::IsDoubleByte(const char* p) {
+    const unsigned char lead = p[0];
+    if (!((lead >= 0x81 && lead <= 0x9F) || (lead >= 0xE0 && lead <= 0xEF)))
+        return false;
+    const unsigned char trail = p[1];
+    return trail >= 0x40 && trail <= 0xFC;
+}
+
+unsigned int BaseString::DoubleByteAdjLen(const char* text, unsigned int n) {
+    unsigned int reached = 0;
+    while (reached < n)
+        reached += CharacterSize(text + reached, true);
+    return reached > n ? n - 1 : n;
+}
+
+int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
+                                    unsigned char delimiter) const {
+    JX_CHECK_MESSAGE(n > 0, "tWhichWord > 0", nullptr);
+    JX_CHECK_MESSAGE(delimiter != 0, "bDelimiter != NULL", nullptr);
+    if (n == 0)
+        return 0;
+    const auto isDelimiter = [delimiter](char c) {
+        return static_cast<unsigned char>(c) == delimiter;
+    };
+    const char* field = Text();
+    if (n > 1) {
+        const char* p = Text();
+        for (unsigned int round = 1; p && round < n; ++round) {
+            // Only a delimiter at the very start is met where p stands.
+            if (round == 1 && isDelimiter(*p) && *p)
+                continue;
+            p = *p ? FindCharacter(p + CharacterSize(p, DoubleByteSystem()), isDelimiter) : nullptr;
+        }
+        if (!p)
+            return 0;
+        field = p + 1;
+    }
+    const char* pszEndDelimiter = FindCharacter(field, isDelimiter);
+    if (!pszEndDelimiter)
+        pszEndDelimiter = field + std::strlen(field);
+    JX_CHECK(pszEndDelimiter);
+    const unsigned int length = pszEndDelimiter - field;
+    if (length)
+        word.puts(field, length);
+    else
+        word.reset();
+    return 1;
+}
+
+char* BaseString::GetStartAndEndPos(char** cursor, enumGSEPOptions option) const {
+    if (!cursor || !*cursor || !**cursor)
+        return nullptr;
+    const bool doubleByte = DoubleByteSystem();
+    char*& start = *cursor;
+    for (;;) {
+        const unsigned int size = CharacterSize(start, doubleByte);
+        if (size == 2 || !IsDelimiter(*start) || start[1] == 0)
+            break;
+        start += size;
+    }
+    const char* end = FindCharacter(start, IsDelimiter);
+    if (end && option == keGSEPOverPeriod && *end == '.')
+        ++end;
+    return const_cast<char*>(end);
+}
+
+int BaseString::GetWord(RBString& word, unsigned int* start, unsigned int* end,
+                        unsigned int position, enumGetWordOptions option) const {
+    if (Length() == 0 || position == 0 || position >= Length())
+        return 0;
+    const char* const text = Text();
+    char* cursor = const_cast<char*>(text) + position - 1;
+    const char* wordEnd = GetStartAndEndPos(&cursor, static_cast<enumGSEPOptions>(option));
+    if (position != 1 && cursor > text + Length() - 1)
+        return 0;
+    if (!wordEnd || wordEnd == cursor)
+        wordEnd = text + Length();
+    const unsigned int first = cursor - text + 1;
+    const unsigned int length = wordEnd - cursor;
+    word.puts(cursor, length);
+    if (start) {
+        *start = first;
+        if (end)
+            *end = first + length - 1;
+    }
+    return 1;
+}
+
+namespace {
+
+// One search of FindTextA: the pattern against the places of a text.
+class PatternScan {
+public:
+    PatternScan(const BaseString& text, const char* pattern, enumStringSearch mode)
+        : mfNoCase(mode == keSearchNoCase || mode == keSearchNoCaseWord),
+          mfWord(mode == keSearchExactWord || mode == keSearchNoCaseWord),
+          mfDoubleByte(DoubleByteSystem()), mpszText(text.Text()),
+          mpszLast(text.Text() + text.Length() - 1), mPattern(pattern) {
+        if (mfNoCase)
+            CharUpperBuffA(mPattern.data(), mPattern.size());
+    }
+
+    // The first match from `first` on that starts at `last` or before; null when there is none.
+    const char* Find(const char* first, const char* last) const {
+        for (const char* place = first; place <= last; place += CharacterSize(place, mfDoubleByte))
+            if (Matches(place) && (!mfWord || IsWord(first, place)))
+                return place;
+        return nullptr;
+    }
+
+private:
+    // Compares character by character; a double-byte character only equals a whole one.
+    bool Matches(const char* place) const {
+        const char* pattern = mPattern.c_str();
+        const char* const patternEnd = pattern + mPattern.size();
+        while (pattern < patternEnd) {
+            const unsigned int size = CharacterSize(place, mfDoubleByte);
+            if (size != CharacterSize(pattern, mfDoubleByte))
+                return false;
+            if (size == 2 ? place[1] != pattern[1] || place[0] != pattern[0]
+                          : Folded(*place) != *pattern)
+                return false;
+            place += size;
+            pattern += size;
+        }
+        return true;
+    }
+
+    char Folded(char c) const {
+        if (mfNoCase)
+            CharUpperBuffA(&c, 1);
+        return c;
+    }
+
+    // A trail byte is no character of its own.
+    bool IsDelimiterAt(const char* p) const {
+        const unsigned int offset = p - mpszText;
+        return IsDelimiter(*p) &&
+               !(mfDoubleByte && BaseString::DoubleByteAdjLen(mpszText, offset) != offset);
+    }
+
+    // The whole-word rule. Its three cases are what callers have always had: a match whose next
+    // character is the text's last one is judged by the character before it alone, and one at the
+    // scan's start, or at the text's end, by the character behind it, where the end of the text
+    // counts as a delimiter.
+    bool IsWord(const char* first, const char* match) const {
+        const char* const before = match - 1;
+        const char* const behind = match + mPattern.size();
+        const bool startsWord = match > mpszText && IsDelimiterAt(before);
+        const bool endsWord = behind > mpszLast || IsDelimiterAt(behind);
+        if (first < before && behind < mpszLast)
+            return startsWord && endsWord;
+        if (behind == mpszLast)
+            return startsWord;
+        return endsWord;
+    }
+
+    bool mfNoCase;
+    bool mfWord;
+    bool mfDoubleByte;
+    const char* mpszText;
+    const char* mpszLast;
+    std::string mPattern;
+};
+
+} // namespace
+
+int BaseString::FindTextA(const char* pattern, unsigned int* start, unsigned int* end,
+                          unsigned int position, enumStringSearch mode) const {
+    const unsigned int patternLength = pattern ? std::strlen(pattern) : 0;
+    if (patternLength == 0 || Length() == 0 || position == 0 ||
+        Length() + 1ull < position + static_cast<unsigned long long>(patternLength))
+        return 0;
+    const char* const first = Text() + position - 1;
+    const char* const lastPlace = Text() + Length() - patternLength;
+    const char* match = PatternScan(*this, pattern, mode).Find(first, lastPlace);
+    if (!match)
+        return 0;
+    if (start)
+        *start = match - first + 1;
+    if (end)
+        *end = match - first + patternLength;
+    return 1;
+}
+
+unsigned int BaseString::Replace(unsigned int from, unsigned int to, const char* text) {
+    const std::string old(Text(), Length());
+    const std::string insertion(text ? text : "");
+    // The first character that is replaced, counted from 0, and the first behind that is kept.
+    const std::size_t begin = from == 0 ? 0 : std::min<std::size_t>(from - 1, old.size());
+    const std::size_t behind = std::min(std::max<std::size_t>(to, begin), old.size());
+    const std::string result = old.substr(0, begin) + insertion + old.substr(behind);
+    unsigned char* buffer = static_cast<unsigned char*>(TakeBlock(result.size() + 2));
+    std::memcpy(buffer + 1, result.c_str(), result.size() + 1);
+    Adopt(buffer, result.size());
+    return begin + 1 + insertion.size();
+}

@@ -1,0 +1,190 @@
+#include "resident/files/disk_driver.h"
+
+#include <cstdio>
+#include <cstring>
+#include <direct.h>
+#include <io.h>
+#include <string>
+#include <sys/stat.h>
+
+#include "resident/runtime/check.h"
+
+static const char kSource[] = "JXRESIDT\\DISKDRVR.CPP";
+
+static constexpr int kAllEntries =
+    keAttrReadOnly | keAttrHidden | keAttrSystem | keAttrDirectory | keAttrArchive;
+
+char DiskDriver::szTranslatedString[keOemNameSize];
+
+DiskDriver::DiskDriver()
+    : mpoSearch(new FileSearch), mfNewSearch(1), moFound(), miCurrentVolume(0),
+      mwSearchAttributes(0), mfLocationValid(1) {
+    moStartLocation = CurrentDir();
+}
+
+DiskDriver::DiskDriver(const FileSpec& where) : DiskDriver() {
+    mfLocationValid = ChangeLocation(where);
+    // On success the process stays in `where` when this driver goes; programs count on it.
+    if (mfLocationValid)
+        moStartLocation = where;
+    else
+        ChangeLocation(moStartLocation);
+}
+
+DiskDriver::~DiskDriver() {
+    delete mpoSearch;
+    ChangeLocation(moStartLocation);
+}
+
+bool DiskDriver::ChangeLocation(const FileSpec& where) {
+    if (where.Drive() != 0 && !ChangeVolume(static_cast<short>(where.Drive())))
+        return false;
+    return ChangeDir(where);
+}
+
+const FileSpec& DiskDriver::CurrentDir() {
+    char folder[keOemNameSize] = "";
+    if (_getcwd(folder, sizeof folder)) {
+        OemToCharA(folder, folder);
+        moCurrentDir.SetSpecPart(folder, 1);
+    }
+    moCurrentDir.Build(static_cast<char>('A' + CurrentVolume()), nullptr, nullptr, nullptr, 0);
+    return moCurrentDir;
+}
+
+int DiskDriver::CurrentVolume() {
+    miCurrentVolume = _getdrive() - 1;
+    return miCurrentVolume;
+}
+
+bool DiskDriver::ChangeVolume(int drive) {
+    // The run-time counts from A = 1, and takes 0 for the current drive.
+    if (drive >= 0)
+        _chdrive(drive + 1);
+    return CurrentVolume() == drive;
+}
+
+bool DiskDriver::ChangeVolume(char letter) { return ChangeVolume(letter - 'A'); }
+
+bool DiskDriver::ChangeDir(const FileSpec& where) {
+    std::string path(where.Path().Text());
+    if (path.size() > 1 && path.back() == '\\')
+        path.pop_back();
+    return ConvertToOem(path.c_str(), szTranslatedString) && _chdir(szTranslatedString) == 0;
+}
+
+bool DiskDriver::MakeDir(const char* path) {
+    return ConvertToOem(path, szTranslatedString) && _mkdir(szTranslatedString) == 0;
+}
+
+bool DiskDriver::MakeDir(FileSpec& path) { return MakeDir(path.FullFileSpec()); }
+
+bool DiskDriver::FileExists(const char* name, int attributes) {
+    if (!ConvertToOem(name, szTranslatedString))
+        return false;
+    FileSearch search;
+    ffblk found;
+    if (!search.First(szTranslatedString, found, attributes))
+        return false;
+    if ((attributes & keAttrDirectory) && !(found.ff_attrib & keAttrDirectory))
+        return search.Next(found);
+    return true;
+}
+
+bool DiskDriver::FileExists(FileSpec& name, int attributes) {
+    return FileExists(name.FullFileSpec(), attributes);
+}
+
+bool DiskDriver::RemoveFile(const char* name) {
+    return ConvertToOem(name, szTranslatedString) && _unlink(szTranslatedString) == 0;
+}
+
+bool DiskDriver::RemoveFile(FileSpec& name) { return RemoveFile(name.FullFileSpec()); }
+
+bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
+    JX_CHECK_AT(239, pszRHSOld != pszRHSNew, "pszRHSOld != pszRHSNew");
+    const OemName from(pszRHSOld);
+    const OemName to(pszRHSNew);
+    if (from && to && std::rename(from.Text(), to.Text()) == 0)
+        return true;
+    JX_FAIL_AT(254, "DiskDriver::Rename() failed.");
+    return false;
+}
+
+bool DiskDriver::Rename(FileSpec& from, FileSpec& to) {
+    return Rename(from.FullFileSpec(), to.FullFileSpec());
+}
+
+int DiskDriver::RemoveDir(FileSpec& folder) {
+    const int removed = ChangeLocation(folder) && DoDelDirectory(folder.FullFileSpec());
+    ChangeLocation(moCurrentDir);
+    return removed;
+}
+
+int DiskDriver::DoDelDirectory(const char* pattern) {
+    const OemName name(pattern);
+    if (!name)
+        return 0;
+    // Entries of a pattern with a folder are named with that folder: it may be the current one.
+    const char* const separator = std::strrchr(name.Text(), '\\');
+    const std::string folder(name.Text(), separator ? separator + 1 - name.Text() : 0);
+
+    int removed = 0;
+    FileSearch search;
+    ffblk found;
+    for (int more = search.First(name.Text(), found, kAllEntries); more;
+         more = search.Next(found)) {
+        const std::string entry = folder + found.ff_name;
+        if (!(found.ff_attrib & keAttrDirectory)) {
+            if (found.ff_attrib & keAttrReadOnly)
+                _chmod(entry.c_str(), _S_IREAD | _S_IWRITE);
+            removed += _unlink(entry.c_str()) == 0;
+        } else if (_chdir(entry.c_str()) == 0) {
+            DoDelDirectory("*.*");
+            _chdir("..");
+            removed += _rmdir(entry.c_str()) == 0;
+        }
+    }
+    return removed;
+}
+
+int DiskDriver::GetFileInfo(const char* name, ffblk* record, int attributes) {
+    if (!ConvertToOem(name, szTranslatedString))
+        return 0;
+    FileSearch search;
+    return search.First(szTranslatedString, *record, attributes);
+}
+
+int DiskDriver::FindFile() {
+    if (!mfNewSearch)
+        return mpoSearch->Next(moFound);
+    mfNewSearch = 0;
+    moFound = {};
+    return ConvertToOem(moSearchPattern.FullSpec(), szTranslatedString) &&
+           mpoSearch->First(szTranslatedString, moFound, mwSearchAttributes);
+}
+
+int DiskDriver::ValidFind() {
+    return mwSearchAttributes == 0 ? 1 : static_cast<int>(moFound.ff_attrib & mwSearchAttributes);
+}
+
+bool DiskDriver::FoundFile(FileSpec& out) {
+    if (!moFound.ff_name[0]) {
+        JX_FAIL_AT(151, "Invalid file found in DiskDriver::FoundFile");
+        return false;
+    }
+    char name[sizeof moFound.ff_name];
+    OemToCharA(moFound.ff_name, name);
+    if (moFound.ff_attrib & keAttrDirectory) {
+        out.AppendPath(name);
+    } else {
+        out.ClearName();
+        out.SetSpecPart(name, 0);
+    }
+    return true;
+}
+
+void DiskDriver::EndSearch() {
+    mpoSearch->Close();
+    mfNewSearch = 1;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <fstream>
+
+#include "resident/core/jx_api.h"
+
+// The product's numeric open modes, and the one place where they become the stream library's.
+enum {
+    keOpenIn = 0x01,        // without out: the file must exist
+    keOpenOut = 0x02,       // without in, ate and app: created, or cut to nothing
+    keOpenAte = 0x04,       // at the end after opening
+    keOpenApp = 0x08,       // every write at the end
+    keOpenTrunc = 0x10,     // created, or cut to nothing
+    keOpenNoCreate = 0x20,  // the file must exist
+    keOpenNoReplace = 0x40, // the file must not exist
+    keOpenBinary = 0x80     // no translation of line ends
+};
+
+// The sums that the library opens with.
+enum {
+    keOpenRead = keOpenIn | keOpenNoCreate | keOpenBinary,               // 0xA1
+    keOpenUpdate = keOpenIn | keOpenOut | keOpenNoCreate | keOpenBinary, // 0xA3
+    keOpenAppend = keOpenUpdate | keOpenAte,                             // 0xA7
+    keOpenWrite = keOpenOut | keOpenBinary,                              // 0x82
+    keOpenRewrite = keOpenWrite | keOpenTrunc                            // 0x92
+};
+
+// The stream library's default protection.
+enum { keOpenProtection = 0 };
+
+// Opens `stream` on `name`. Afterwards its state is good, or both bad and fail are set.
+void OpenStream(std::fstream& stream, const char* name, int mode);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "resident/files/rb_file.h"
+
+class JxTimer;
+
+// A file that, while another process holds it, is tried again every 500 ms for up to 60 ticks of
+// the process's timer (JxTimer), with the thread's messages running meanwhile. A missing file fails
+// at once, and so does a held one in a process without a timer.
+class JX_API RbFileRetryOpen : public RbFile {
+public:
+    RbFileRetryOpen();
+    explicit RbFileRetryOpen(const char* spec);
+    ~RbFileRetryOpen() override;
+
+    bool DoOpen(const char* name, int mode, int prot) override;
+
+private:
+    static bool TrySilentOpen(RbFileRetryOpen* file);
+    static void RbFileRetryTimerProc(void* file);
+
+    JxTimer* mpoTimer;
+    int mfOpened;
+    // Retry ticks so far, over all opens of this object.
+    unsigned short mwTries;
+    const char* mpszName;
+    int miMode;
+    int miProt;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "resident/core/jx_api.h"
+
+// The base for talking to another program's window with one private message. A derived class sets
+// the two windows, and clears the waiting flag when the awaited reply arrives.
+class JX_API JxCommunicator {
+public:
+    enum { keMessage = 1074 }; // WM_USER + 50
+
+    JxCommunicator();
+    JxCommunicator(const JxCommunicator&) = delete;
+    JxCommunicator& operator=(const JxCommunicator&) = delete;
+    virtual ~JxCommunicator();
+
+    // The results of PostMessageA and SendMessageA.
+    int PostReturnMessage(unsigned int wParam, long lParam) const;
+    int SendMessageA(unsigned int wParam, long lParam) const;
+
+    // Posts, then pumps both windows' messages, without blocking, until the waiting flag is
+    // cleared. Returns non-zero when it was in time, 0 when posting failed or the time ran out.
+    int PostMessageAndWait(unsigned int wParam, long lParam) const;
+
+    static unsigned short mwNumSecsToWaitAfterPost;
+
+protected:
+    mutable unsigned int mwAwaitedMessage;
+    void* mhOwnWindow;
+    void* mhPartnerWindow;
+    mutable int mfWaiting;
+};

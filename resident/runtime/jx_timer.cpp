@@ -1,0 +1,148 @@
+#include "resident/runtime/jx_timer.h"
+
+#include "resident/core/windows_api.h"
+#include "resident/runtime/check.h"
+#include "resident/runtime/hidden_window.h"
+
+template class RB_Container<JxTimerItem>;
+
+static const char kSource[] = "JXRESIDT\\JXTIMER.CPP";
+
+static constexpr long kTick = 500;
+static constexpr unsigned int kClientTimer = 100;
+static constexpr unsigned int kBackgroundTimer = 200;
+
+void* JxTimer::mhPostriderTask;
+void* JxTimer::mhBackgrounderTask;
+JxTimer* JxTimer::poPostriderTimer;
+JxTimer* JxTimer::poBackgrounderTimer;
+
+JxTimer::JxTimer(void* instance, enumCreateOptions option)
+    : moItems(RB_Container<JxTimerItem>::keOwnsObjects), mhWindow(nullptr), mfGood(0), mhTimer(0),
+      mhInstance(instance), mpszClassName(nullptr) {
+    SetupStatics(GetCurrentProcess(), option, this);
+    unsigned int identifier = 0;
+    switch (option) {
+    case keClient:
+        mpszClassName = "JxTimerWindow";
+        identifier = kClientTimer;
+        break;
+    case keBackground:
+        mpszClassName = "JxBgTimerWindow";
+        identifier = kBackgroundTimer;
+        break;
+    default:
+        JX_REPORT(0, "0", nullptr, 83);
+        break;
+    }
+    mfGood = JxCreateHiddenWindow(&mhWindow, instance, mpszClassName, mpszClassName,
+                                  WindowProcedure, keRegisterClass);
+    JX_CHECK_AT(93, mfGood, "mfGood");
+    if (!mfGood)
+        return;
+    mhTimer = SetTimer(static_cast<HWND>(mhWindow), identifier, kTick, nullptr);
+    JX_CHECK_AT(97, mhTimer, "mhTimer");
+    if (!mhTimer)
+        mfGood = 0;
+}
+
+JxTimer::~JxTimer() {
+    const HWND window = static_cast<HWND>(mhWindow);
+    if (mhTimer)
+        KillTimer(window, mhTimer);
+    if (window) {
+        DestroyWindow(window);
+        UnregisterClassA(mpszClassName, static_cast<HINSTANCE>(mhInstance));
+    }
+    poPostriderTimer = nullptr;
+}
+
+void JxTimer::SetupStatics(void* process, enumCreateOptions option, JxTimer* timer) {
+    switch (option) {
+    case keClient:
+        mhPostriderTask = process;
+        poPostriderTimer = timer;
+        break;
+    case keBackground:
+        mhBackgrounderTask = process;
+        poBackgrounderTimer = timer;
+        break;
+    default:
+        JX_REPORT(0, "0", nullptr, 48);
+        break;
+    }
+}
+
+JxTimer* JxTimer::GetInstance() {
+    void* const process = GetCurrentProcess();
+    if (mhPostriderTask == process) {
+        JX_CHECK_AT(174, poPostriderTimer, "poPostriderTimer");
+        return poPostriderTimer;
+    }
+    if (mhBackgrounderTask == process) {
+        JX_CHECK_AT(179, poBackgrounderTimer, "poBackgrounderTimer");
+        return poBackgrounderTimer;
+    }
+    JX_REPORT(0, "0", nullptr, 182);
+    return nullptr;
+}
+
+int JxTimer::RegisterCallback(JxTimerCallback callback, long interval, void* data) {
+    return moItems.AddObject(*new JxTimerItem{callback, data, interval, 0});
+}
+
+void JxTimer::UnRegisterCallback(JxTimerCallback callback) {
+    JxTimerItem* poPostriderTimerItem = FindItem(callback);
+    JX_CHECK_AT(137, poPostriderTimerItem, "poPostriderTimerItem");
+    if (poPostriderTimerItem)
+        moItems.RemoveObject(*poPostriderTimerItem);
+}
+
+JxTimerItem* JxTimer::FindItem(JxTimerCallback callback) {
+    for (JxTimerItem* item = moItems.GetFirstObject(); item; item = moItems.GetNextObject())
+        if (item->callback == callback)
+            return item;
+    return nullptr;
+}
+
+void JxTimer::Reset(JxTimerCallback callback, long interval) {
+    JxTimerItem* poPostriderTimerItem = FindItem(callback);
+    JX_CHECK_AT(160, poPostriderTimerItem, "poPostriderTimerItem");
+    if (poPostriderTimerItem) {
+        poPostriderTimerItem->interval = interval;
+        poPostriderTimerItem->elapsed = 0;
+    }
+}
+
+long __stdcall JxTimer::WindowProcedure(void* window, unsigned int message, unsigned int wParam,
+                                        long lParam) {
+    if (message != WM_TIMER)
+        return DefWindowProcA(static_cast<HWND>(window), message, wParam, lParam);
+    JxTimer* timer = nullptr;
+    switch (wParam) {
+    case kClientTimer:
+        timer = poPostriderTimer;
+        break;
+    case kBackgroundTimer:
+        timer = poBackgrounderTimer;
+        break;
+    default:
+        JX_REPORT(0, "0", nullptr, 208);
+        break;
+    }
+    if (timer)
+        timer->Tick();
+    return 0;
+}
+
+// By index: callbacks look items up, take them off and pump messages, all of which move the list's
+// cursor.
+void JxTimer::Tick() {
+    for (short i = 0; JxTimerItem* item = moItems[i]; ++i) {
+        item->elapsed += kTick;
+        if (item->elapsed >= item->interval) {
+            item->callback(item->data);
+            item->elapsed = 0;
+        }
+    }
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "resident/core/jx_api.h"
+#include "resident/core/rb_container.h"
+
+typedef void (*JxTimerCallback)(void* data);
+
+// A registered callback. Times are milliseconds.
+struct JxTimerItem {
+    JxTimerCallback callback;
+    void* data;
+    long interval;
+    long elapsed; // since the last call or reset
+};
+
+extern template class JX_API RB_Container<JxTimerItem>;
+
+// The process's timer: a hidden window whose Windows timer ticks every 500 ms and calls the
+// registered callbacks, in the order of their registration, whose interval has run out. An interval
+// is so served at the first tick at or after it. Runs on the thread that made it, while that thread
+// pumps messages.
+class JX_API JxTimer {
+public:
+    enum enumCreateOptions { keClient = 0, keBackground = 1 };
+
+    JxTimer(void* instance, enumCreateOptions option);
+    JxTimer(const JxTimer&) = delete;
+    JxTimer& operator=(const JxTimer&) = delete;
+    // Clears the client instance pointer whichever timer this was; a program that ends its
+    // background timer relies on GetInstance telling it so.
+    virtual ~JxTimer();
+
+    // The client's timer, else the background process's; null, after an assertion, when there is
+    // neither. The process handle recorded is GetCurrentProcess's, alike in all processes.
+    static JxTimer* GetInstance();
+    static void SetupStatics(void* process, enumCreateOptions option, JxTimer* timer);
+
+    // Returns 1 when the callback was registered.
+    int RegisterCallback(JxTimerCallback callback, long interval, void* data);
+    // Takes the first item of `callback` off the list. The item is not freed.
+    void UnRegisterCallback(JxTimerCallback callback);
+    // The first item of `callback`, or null.
+    JxTimerItem* FindItem(JxTimerCallback callback);
+    // Gives the first item of `callback` a new interval, counted from now.
+    void Reset(JxTimerCallback callback, long interval);
+
+    // Whether the timer has its window and ticks.
+    int IsGood() const { return mfGood; }
+    void* Window() const { return mhWindow; }
+
+    static void* mhPostriderTask;
+    static void* mhBackgrounderTask;
+    static JxTimer* poPostriderTimer;
+    static JxTimer* poBackgrounderTimer;
+
+private:
+    static long __stdcall WindowProcedure(void* window, unsigned int message, unsigned int wParam,
+                                          long lParam);
+    void Tick();
+
+    RB_Container<JxTimerItem> moItems;
+    void* mhWindow;
+    int mfGood;
+    unsigned int mhTimer;
+    void* mhInstance;
+    const char* mpszClassName;
+};

@@ -1,0 +1,73 @@
+#include "resident/runtime/rb_res_file_ref.h"
+
+#include "resident/core/rb_ref_counter.h"
+#include "resident/core/windows_api.h"
+#include "resident/runtime/check.h"
+
+struct RbResFileRef::SharedRecord : RbRefCounter {
+    explicit SharedRecord(void* handle) : RbRefCounter(1), module(static_cast<HINSTANCE>(handle)) {}
+
+    short usage = 0;
+    HINSTANCE module;
+};
+
+RbResFileRef::RbResFileRef() : mfValid(0), mpoShared(new SharedRecord(nullptr)) {}
+
+RbResFileRef::RbResFileRef(void* module) : mfValid(1), mpoShared(new SharedRecord(module)) {}
+
+RbResFileRef::RbResFileRef(const RbResFileRef& other) : mfValid(0), mpoShared(nullptr) {
+    Take(other);
+}
+
+RbResFileRef& RbResFileRef::operator=(const RbResFileRef& other) {
+    if (this != &other) {
+        DecrementUsage();
+        Take(other);
+    }
+    return *this;
+}
+
+RbResFileRef::~RbResFileRef() { DecrementUsage(); }
+
+void RbResFileRef::Take(const RbResFileRef& other) {
+    mpoShared = other.mpoShared;
+    JX_SAFE_CHECK(mpoShared);
+    if (mpoShared)
+        mpoShared->Increment();
+    mfValid = 1;
+}
+
+int RbResFileRef::DecrementUsage() {
+    JX_SAFE_CHECK(mpoShared);
+    if (mpoShared && mpoShared->Decrement()) {
+        delete mpoShared;
+        mpoShared = nullptr;
+    }
+    return 0;
+}
+
+void RbResFileRef::BeginUsingResourceFile() {
+    JX_SAFE_CHECK(mpoShared);
+    JX_SAFE_CHECK(mfValid);
+    if (mpoShared)
+        ++mpoShared->usage;
+}
+
+void RbResFileRef::EndUsingResourceFile() {
+    JX_SAFE_CHECK(mpoShared);
+    JX_SAFE_CHECK(mfValid);
+    if (!mpoShared)
+        return;
+    --mpoShared->usage;
+    JX_SAFE_CHECK(mpoShared->usage >= 0);
+}
+
+int RbResFileRef::LoadStringA(unsigned int id, char* buffer, int size) {
+    JX_SAFE_CHECK(mpoShared);
+    BeginUsingResourceFile();
+    const int loaded = mpoShared ? ::LoadStringA(mpoShared->module, id, buffer, size) : 0;
+    EndUsingResourceFile();
+    return loaded;
+}
+
+int RbResFileRef::UsageCount() const { return mpoShared ? mpoShared->usage : 0; }

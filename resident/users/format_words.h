@@ -1,0 +1,28 @@
+#pragma once
+
+#include "resident/core/rb_string.h"
+
+// The words for message formats, enclosure encodings and platforms: strings of the product's
+// resource library, by which "defaults.ini" and user lists name the settings.
+
+// A string resource and the value that it stands for.
+struct FormatWord {
+    unsigned short resource;
+    unsigned char value;
+};
+
+// The words of one setting, in the order in which texts are compared with them.
+struct FormatWords {
+    const FormatWord* words;
+    unsigned int count;
+
+    // The value whose word equals `text`, or `fallback`.
+    int ValueOf(const RBString& text, int fallback) const;
+    // Puts the word of `value` into `word`; returns false, with an empty word, when it has none.
+    bool WordOf(int value, RBString& word) const;
+};
+
+// What "defaults.ini" holds.
+extern const FormatWords kMessageFormatWords;
+extern const FormatWords kEnclosureEncodeWords;
+extern const FormatWords kPlatformWords;

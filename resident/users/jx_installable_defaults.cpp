@@ -1,0 +1,102 @@
+#include "resident/users/jx_installable_defaults.h"
+
+#include "resident/files/rb_file.h"
+#include "resident/runtime/check.h"
+#include "resident/users/format_words.h"
+
+static const char kSource[] = "JXRESIDT\\JXINDFLT.CPP";
+
+static const char kFileName[] = "defaults.ini";
+static const char kSection[] = "Address Defaults";
+
+JxInstallableDefaults* JxInstallableDefaults::mpoInstance;
+
+// One key of the file.
+struct JxInstallableDefaults::Setting {
+    const char* key;
+    const FormatWords& words;
+    int valueBeforeSetup;
+    int valueOfUnknownWord;
+    int lineOfUnknownValue;
+    int lineOfNoSetup;
+
+    static const Setting kMessageFormat;
+    static const Setting kEnclosureEncoding;
+    static const Setting kPlatform;
+};
+
+const JxInstallableDefaults::Setting JxInstallableDefaults::Setting::kMessageFormat = {
+    "Message Format", kMessageFormatWords, 2, 4, 191, 198};
+const JxInstallableDefaults::Setting JxInstallableDefaults::Setting::kEnclosureEncoding = {
+    "Enclosure Encoding", kEnclosureEncodeWords, 7, 7, 220, 227};
+const JxInstallableDefaults::Setting JxInstallableDefaults::Setting::kPlatform = {
+    "Platform", kPlatformWords, 4, 4, 158, 165};
+
+JxInstallableDefaults::JxInstallableDefaults() : mfSetup(0) {}
+
+JxInstallableDefaults* JxInstallableDefaults::GetInstance() {
+    if (!mpoInstance)
+        mpoInstance = new JxInstallableDefaults;
+    return mpoInstance;
+}
+
+void JxInstallableDefaults::KillInstance() {
+    delete mpoInstance;
+    mpoInstance = nullptr;
+}
+
+int JxInstallableDefaults::SetupInstallableDefaults(const char* sourceDir, const char* targetDir) {
+    RbFile source(FileSpec(sourceDir, 1));
+    source.SetSpecPart(kFileName, 0);
+    RbFile target(FileSpec(targetDir, 1));
+    target.SetSpecPart(kFileName, 0);
+    if (!target.Exists() && source.Exists())
+        target.Copy(source, 1, nullptr, keDupLargeBuffer);
+    mstrFile.puts(target.FullFileSpec());
+    mfSetup = 1;
+    return 1;
+}
+
+int JxInstallableDefaults::Get(const Setting& setting) const {
+    if (!mfSetup)
+        return setting.valueBeforeSetup;
+    char word[256];
+    GetPrivateProfileStringA(kSection, setting.key, "", word, sizeof word, mstrFile.Text());
+    return setting.words.ValueOf(word, setting.valueOfUnknownWord);
+}
+
+void JxInstallableDefaults::Set(const Setting& setting, int value) {
+    if (!mfSetup) {
+        JX_REPORT(0, "0", nullptr, setting.lineOfNoSetup);
+        return;
+    }
+    RBString word;
+    if (!setting.words.WordOf(value, word))
+        JX_REPORT(0, "0", nullptr, setting.lineOfUnknownValue);
+    // The key stays with no text when there is no word.
+    WritePrivateProfileStringA(kSection, setting.key, word.Text(), mstrFile.Text());
+}
+
+enumMessageFormat JxInstallableDefaults::GetDefaultMessageFormat() {
+    return static_cast<enumMessageFormat>(Get(Setting::kMessageFormat));
+}
+
+enumEnclosureEncode JxInstallableDefaults::GetDefaultEnclosureEncoding() {
+    return static_cast<enumEnclosureEncode>(Get(Setting::kEnclosureEncoding));
+}
+
+enumUserPlatformType JxInstallableDefaults::GetDefaultPlatformType() {
+    return static_cast<enumUserPlatformType>(Get(Setting::kPlatform));
+}
+
+void JxInstallableDefaults::SetDefaultMessageFormat(enumMessageFormat format) {
+    Set(Setting::kMessageFormat, format);
+}
+
+void JxInstallableDefaults::SetDefaultEnclosureEncoding(enumEnclosureEncode encoding) {
+    Set(Setting::kEnclosureEncoding, encoding);
+}
+
+void JxInstallableDefaults::SetDefaultPlatformType(enumUserPlatformType platform) {
+    Set(Setting::kPlatform, platform);
+}

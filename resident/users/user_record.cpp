@@ -1,0 +1,42 @@
+#include "resident/users/user_record.h"
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+#include <ostream>
+
+#include "resident/users/base_mail_user.h"
+
+RBString FieldString(const unsigned char* field, unsigned int size) {
+    unsigned char pascalText[256];
+    pascalText[0] = std::min<unsigned int>(field[0], size - 1);
+    std::memcpy(pascalText + 1, field + 1, pascalText[0]);
+    return RBString(pascalText);
+}
+
+static char* ContinuationBytes() {
+    return reinterpret_cast<char*>(BaseMailUser::msUlr) + sizeof(UserLRec);
+}
+
+std::ostream& operator<<(std::ostream& out, UserLRec& record) {
+    out.write(reinterpret_cast<const char*>(&record), sizeof record);
+    if (BaseMailUser::Continued())
+        out.write(ContinuationBytes(), sizeof(UserContinuation));
+    return out;
+}
+
+std::istream& operator>>(std::istream& in, UserLRec& record) {
+    if (!in.read(reinterpret_cast<char*>(&record), sizeof record))
+        return in;
+    const std::streampos next = in.tellg();
+    if (!in.read(ContinuationBytes(), sizeof(UserContinuation))) {
+        // The end of the file, or a piece of a record: no continuation.
+        in.clear();
+        std::memset(ContinuationBytes(), 0, sizeof(UserContinuation));
+        if (next != std::streampos(-1))
+            in.seekg(next);
+    } else if (!BaseMailUser::Continued()) {
+        in.seekg(next);
+    }
+    return in;
+}

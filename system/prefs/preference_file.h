@@ -1,0 +1,21 @@
+#pragma once
+
+#include "resident/files/rb_file.h"
+
+// A managed file that holds settings. Built closed; closes itself when destroyed.
+class JX_API PreferenceFile : public RbFile {
+public:
+    PreferenceFile();
+    explicit PreferenceFile(const char* spec);
+    explicit PreferenceFile(RBString spec);
+    explicit PreferenceFile(const FileSpec& spec);
+    PreferenceFile(const PreferenceFile& other) = default;
+    ~PreferenceFile() override;
+
+    // The specification, not the stream.
+    PreferenceFile& operator=(const PreferenceFile& other);
+
+    void ClosePrefFile();
+    // For callers that wait for the file; there is nothing to wait for.
+    void Wait() {}
+};

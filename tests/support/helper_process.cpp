@@ -1,0 +1,60 @@
+#include "tests/support/helper_process.h"
+
+#include <stdexcept>
+
+#include "resident/core/windows_api.h"
+
+static std::string ProgramBeside(const std::string& name) {
+    char path[MAX_PATH];
+    GetModuleFileNameA(nullptr, path, sizeof path);
+    const std::string own = path;
+    return own.substr(0, own.rfind('\\') + 1) + name;
+}
+
+HelperProcess::HelperProcess(const std::string& arguments) {
+    std::string command = "\"" + ProgramBeside("helper_process.exe") + "\" " + arguments;
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process))
+        throw std::runtime_error("cannot start " + command);
+    CloseHandle(process.hThread);
+    mProcess = process.hProcess;
+}
+
+HelperProcess::~HelperProcess() {
+    TerminateProcess(mProcess, 99);
+    WaitForSingleObject(mProcess, INFINITE);
+    CloseHandle(mProcess);
+}
+
+unsigned long HelperProcess::ExitCode() {
+    WaitForSingleObject(mProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(mProcess, &code);
+    return code;
+}
+
+static std::string EventName(const char* what) {
+    return "PostriderTest" + std::string(what) + std::to_string(GetCurrentProcessId());
+}
+
+static HANDLE heldEvent;
+
+HeldFile::HeldFile(const std::string& path, unsigned long milliseconds)
+    : mProcess((heldEvent = CreateEventA(nullptr, TRUE, FALSE, EventName("Held").c_str()),
+                mRelease = CreateEventA(nullptr, TRUE, FALSE, EventName("Release").c_str()),
+                "hold \"" + path + "\" " + std::to_string(milliseconds) + " " + EventName("Held") +
+                    " " + EventName("Release"))) {
+    const DWORD result = WaitForSingleObject(heldEvent, 20000);
+    CloseHandle(heldEvent);
+    if (result != WAIT_OBJECT_0)
+        throw std::runtime_error("cannot hold " + path);
+}
+
+HeldFile::~HeldFile() {
+    SetEvent(mRelease);
+    mProcess.ExitCode();
+    CloseHandle(mRelease);
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+// A process started by a test: one of the commands of tests/helper, or any program beside it.
+class HelperProcess {
+public:
+    // `arguments` begin with the command; see tests/helper/helper_process.cpp.
+    explicit HelperProcess(const std::string& arguments);
+    HelperProcess(const HelperProcess&) = delete;
+    HelperProcess& operator=(const HelperProcess&) = delete;
+    ~HelperProcess();
+
+    // Waits for it to end; the whole 32-bit exit code.
+    unsigned long ExitCode();
+
+private:
+    void* mProcess;
+};
+
+// Holds `path` open without sharing, in another process, until destroyed or for `milliseconds`.
+// Returns when the file is held.
+class HeldFile {
+public:
+    explicit HeldFile(const std::string& path, unsigned long milliseconds = 60000);
+    ~HeldFile();
+
+private:
+    HelperProcess mProcess;
+    void* mRelease;
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+// A folder of its own on drive C for one test, the current folder while it lives and removed
+// with what is in it afterwards.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ~ScratchFolder();
+
+    // The full path of a name in the folder; of the folder itself without a name.
+    std::string Path(const std::string& name = "") const;
+
+private:
+    std::string mPath;
+    std::string mPrevious;
+};
+
+// Whole files, by plain Windows calls.
+void WriteFileBytes(const std::string& path, const std::string& bytes);
+std::string ReadFileBytes(const std::string& path);
+bool FileThere(const std::string& path);
+
+// Keeps a file's bytes, or its absence, and puts them back: for the few files that all programs of
+// the prefix share.
+class KeptFile {
+public:
+    explicit KeptFile(std::string path);
+    KeptFile(const KeptFile&) = delete;
+    KeptFile& operator=(const KeptFile&) = delete;
+    ~KeptFile();
+
+private:
+    std::string mPath;
+    std::string mBytes;
+    bool mExisted;
+};
+
+// The Windows directory, without a trailing backslash.
+std::string WindowsDirectory();

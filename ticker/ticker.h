@@ -1,0 +1,44 @@
+#pragma once
+
+/* The plain functions of JXTICDLL.DLL, for C and C++: how a notifier lists an inbox.
+
+       char *topic, *fileName, *sender;
+       unsigned short kind, flag;
+       int more = GetFirstRecord(path, &topic, &fileName, &sender, &kind, &flag);
+       for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag))
+           ...
+       Done();
+
+   Texts are ANSI and belong to the library: copy what you keep before the next call. The state is
+   the process's, without locks: one thread at a time walks one inbox. */
+
+#include "resident/core/jx_api.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Opens the D file `path` and returns its first used record, as GetNextRecord does. Returns 0 when
+   it cannot be opened, or has no used record. A walk must be ended, by a 0 or by Done, before the
+   next one begins. Null pointers give 0. */
+JX_API int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, char** sender,
+                                    unsigned short* kind, unsigned short* flag);
+
+/* Returns 1 with the next used record: its topic, the name of the message's file, the sender's name
+   ("given family"), its kind word (0 to 6) and its flag, 1 when the message is processed, else 0.
+   Returns 0, writes nothing and closes the file at its end. */
+JX_API int __stdcall GetNextRecord(char** topic, char** fileName, char** sender,
+                                   unsigned short* kind, unsigned short* flag);
+
+/* Ends the walk and frees the texts. May be called at any time. */
+JX_API void __stdcall Done(void);
+
+/* Shows string resource `textId` of the module `instance`, formatted as by printf with what
+   follows, in a message box with string resource `captionId` as caption; keeps 255 characters.
+   Returns the box's result. */
+JX_API int PrintError(unsigned int textId, unsigned int captionId, int notUsed, void* instance,
+                      ...);
+
+#ifdef __cplusplus
+}
+#endif

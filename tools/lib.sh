@@ -1,0 +1,41 @@
+# Shared by run, test and bench: sourced with the project's folder as the current one.
+
+export WINEPREFIX="$PWD/build/wine" WINEARCH=win32 WINEDEBUG=-all
+export WINEDLLOVERRIDES="mscoree,mshtml="
+
+say() { printf '== %s\n' "$*"; }
+
+# build PRESET: configures once and builds, quietly when there is little to do.
+build() {
+    local preset=$1 log="build/$1.log"
+    mkdir -p build
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        say "Configuring ($preset)"
+        cmake --preset "$preset" >"$log" 2>&1 || { cat "$log"; return 1; }
+    fi
+    say "Building ($preset)"
+    # Ninja's own progress line on a terminal; elsewhere every tenth of its steps.
+    if [ -t 1 ]; then
+        cmake --build --preset "$preset"
+    else
+        cmake --build --preset "$preset" 2>&1 | tee "$log" |
+            awk '/^\[/ { split($1, s, /[][\/]/); if (int(s[2] * 10 / s[3]) > shown) {
+                     shown = int(s[2] * 10 / s[3]); print "   " s[2] " of " s[3] " steps"; fflush() }
+                     next }
+                 { print; fflush() }'
+        return "${PIPESTATUS[0]}"
+    fi
+}
+
+# with_wine COMMAND...: runs it with a display, a prefix of the project's own, and a Wine server
+# that lives as long as the command.
+with_wine() {
+    if [ ! -f "$WINEPREFIX/system.reg" ]; then
+        say "Making a Wine prefix in build/wine"
+        mkdir -p build
+        xvfb-run -a wineboot --init >build/wineboot.log 2>&1 || { cat build/wineboot.log; return 1; }
+        wineserver -w
+    fi
+    xvfb-run -a bash -c 'wineserver -p; "$@"; status=$?; wineserver -k; wineserver -w; exit $status' \
+        bash "$@"
+}
