@@ -2,8 +2,6 @@
 //
 //   hold PATH MILLISECONDS HELD RELEASE   opens PATH without sharing, sets the event HELD, and
 //                                         closes it after that time or when RELEASE is set
-//   assert abort | count                  loads JXTICDLL.DLL and lets an assertion fail with that
-//                                         answer: abort must end the process with 65535
 
 #include <cstdlib>
 #include <cstring>
