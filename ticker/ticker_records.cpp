@@ -1,10 +1,10 @@
+#include <memory>
 #include <new>
 
-#include "resident/core/byte_order.h"
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 #include "resident/users/mail_user.h"
-#include "system/store/directory_record.h"
+#include "system/store/record_reader.h"
 #include "ticker/ticker.h"
 #include "ticker/ticker_results.h"
 
@@ -13,26 +13,29 @@ static const char kSource[] = "JXTICKER\\JXTICDLL\\JXTICDLL.CPP";
 // The open D file; null while no walk is in progress.
 static RbFile* poDFile;
 
+// Its records, read ahead.
+static std::unique_ptr<RecordReader> records;
+
 // The last record's kind word and flag.
 static unsigned short lastKind;
 static unsigned short lastFlag;
 
-// A walk reads from one end to the other: large reads make it as fast as the disk.
-static char readBuffer[0x10000];
-
 static void CloseDFile() {
+    records.reset();
     if (poDFile && poDFile->isOpen())
         poDFile->close();
     delete poDFile;
     poDFile = nullptr;
 }
 
-// Reads on to the next used record; false at the end of the file and on a read error.
-static bool ReadUsedRecord(DirectoryRecord& record) {
-    while (poDFile && poDFile->good())
-        if (*poDFile >> record && poDFile->good() && record.isUsed())
-            return true;
-    return false;
+// The next used record, clamped; null at the end of the file and on a read error.
+static const DiskDirRec* NextUsedRecord() {
+    while (DiskDirRec* record = records ? records->Next() : nullptr) {
+        ClampRecord(*record);
+        if (IsUsed(*record))
+            return record;
+    }
+    return nullptr;
 }
 
 int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, char** sender,
@@ -47,9 +50,9 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
     tickerResults.Reset();
     if (!poDFile)
         return 0;
-    poDFile->rdbuf()->pubsetbuf(readBuffer, sizeof readBuffer);
     if (!poDFile->Open(keOpenRead))
         return 0;
+    records.reset(new RecordReader(*poDFile));
     return GetNextRecord(topic, fileName, sender, kind, flag);
 }
 
@@ -58,19 +61,24 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
     if (!topic || !fileName || !sender || !kind || !flag)
         return 0;
     JX_CHECK(poDFile);
-    tickerResults.Reset();
-    DirectoryRecord record;
-    if (!ReadUsedRecord(record)) {
+    const DiskDirRec* const record = NextUsedRecord();
+    if (!record) {
+        tickerResults.Reset();
         CloseDFile();
         return 0;
     }
-    const DiskDirRec& fields = record.Record();
-    tickerResults.topic->puts(fields.topic);
-    tickerResults.fileName->puts(fields.fileName);
-    RBString senderName(fields.sender.name);
-    MailUser::OrderedUserName(*tickerResults.sender, senderName, 1);
-    lastKind = static_cast<unsigned short>(fields.kind);
-    lastFlag = fields.status & keStatusProcessed;
+    if (!tickerResults.topic)
+        tickerResults.MakeForRecord();
+    if (tickerResults.userDataPath->Length())
+        tickerResults.userDataPath->reset();
+    tickerResults.topic->puts(record->topic);
+    tickerResults.fileName->puts(record->fileName);
+    const unsigned char* const name = record->sender.name;
+    MailUser::OrderedUserName(*tickerResults.sender,
+                              std::string_view(reinterpret_cast<const char*>(name) + 1, name[0]),
+                              1);
+    lastKind = static_cast<unsigned short>(record->kind);
+    lastFlag = record->status & keStatusProcessed;
     *kind = lastKind;
     *flag = lastFlag;
     *topic = TickerResults::TextOf(tickerResults.topic);

@@ -9,13 +9,15 @@ void TickerResults::Make(RBString*& result) {
         result = new RBString;
 }
 
+void TickerResults::MakeForRecord() {
+    for (RBString** result : {&topic, &fileName, &sender, &userDataPath})
+        Make(*result);
+}
+
 void TickerResults::Reset() {
-    for (RBString** result : {&topic, &fileName, &sender, &userDataPath}) {
-        if (*result)
-            (*result)->reset();
-        else
-            Make(*result);
-    }
+    MakeForRecord();
+    for (RBString* result : {topic, fileName, sender, userDataPath})
+        result->reset();
 }
 
 void TickerResults::Free() {

@@ -12,6 +12,8 @@ struct TickerResults {
     RBString* userDataPath;
 
     static void Make(RBString*& result);
+    // Makes those that a record call needs.
+    void MakeForRecord();
     // What every record call begins with. The inbox path keeps its text, so that it can be opened;
     // the user data path does not.
     void Reset();

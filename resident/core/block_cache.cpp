@@ -1,78 +1,68 @@
 #include "resident/core/block_cache.h"
 
-#include <atomic>
+#include <cstdint>
 #include <new>
+
+#include "resident/core/windows_api.h"
 
 namespace {
 
-// What stands before each block. Eight bytes keep the block aligned as the heap aligns.
-struct alignas(8) BlockHeader {
-    unsigned int sizeClass;
-};
-
-constexpr std::size_t kSizes[] = {24, 56, 120, 264};
-constexpr unsigned int kClasses = sizeof kSizes / sizeof kSizes[0];
 constexpr unsigned int kDepth = 64; // blocks kept of each size
 
 struct Shelf {
-    BlockHeader* blocks[kDepth];
+    unsigned int smallest;
+    unsigned int largest;
     unsigned int count;
+    BlockHeader* blocks[kDepth];
 };
 
-Shelf shelves[kClasses];
-std::atomic_flag busy;
+Shelf shelves[] = {{0, 24, 0, {}}, {25, 56, 0, {}}, {57, 120, 0, {}}, {121, 264, 0, {}}};
 
-// Holds the cache, or finds it held: it never waits.
-class Turn {
-public:
-    Turn() : mfOurs(!busy.test_and_set(std::memory_order_acquire)) {}
-    ~Turn() {
-        if (mfOurs)
-            busy.clear(std::memory_order_release);
-    }
-    explicit operator bool() const { return mfOurs; }
-
-private:
-    bool mfOurs;
-};
-
-BlockHeader* FromShelf(unsigned int sizeClass) {
-    const Turn turn;
-    Shelf& shelf = shelves[sizeClass];
-    return turn && shelf.count ? shelf.blocks[--shelf.count] : nullptr;
+// The shelf for blocks of `size` bytes; null when they are not kept.
+Shelf* ShelfFor(std::size_t size) {
+    for (Shelf& shelf : shelves)
+        if (size <= shelf.largest)
+            return &shelf;
+    return nullptr;
 }
 
-bool ToShelf(BlockHeader* header) {
-    const Turn turn;
-    Shelf& shelf = shelves[header->sizeClass];
-    if (!turn || shelf.count == kDepth)
-        return false;
-    shelf.blocks[shelf.count++] = header;
-    return true;
+// The thread that the cache serves, by the address of its environment block. Only one can win the
+// exchange, and only that one ever passes the comparison.
+void* ownerThread;
+
+bool OwnsCache() {
+    // NtCurrentTeb(), which the compiler takes for an access through a null pointer.
+    void* thread;
+    asm("movl %%fs:0x18, %0" : "=r"(thread));
+    return ownerThread == thread ||
+           (!ownerThread && !InterlockedCompareExchangePointer(&ownerThread, thread, nullptr));
 }
 
 } // namespace
 
 void* TakeBlock(std::size_t size) {
-    unsigned int sizeClass = 0;
-    while (sizeClass < kClasses && size > kSizes[sizeClass])
-        ++sizeClass;
-    BlockHeader* header = nullptr;
-    if (sizeClass < kClasses) {
-        header = FromShelf(sizeClass);
-        size = kSizes[sizeClass];
+    Shelf* const shelf = ShelfFor(size);
+    if (shelf && OwnsCache() && shelf->count)
+        return shelf->blocks[--shelf->count] + 1;
+
+    BlockHeader kept = {1, 0};
+    if (shelf) {
+        kept = {shelf->smallest, shelf->largest};
+        size = shelf->largest;
+    } else if (size > SIZE_MAX - sizeof(BlockHeader)) {
+        size = SIZE_MAX - sizeof(BlockHeader);
     }
-    if (!header) {
-        if (size > SIZE_MAX - sizeof(BlockHeader))
-            size = SIZE_MAX - sizeof(BlockHeader);
-        header = static_cast<BlockHeader*>(::operator new(sizeof(BlockHeader) + size));
-        header->sizeClass = sizeClass;
-    }
-    return header + 1;
+    return new (::operator new(sizeof(BlockHeader) + size)) BlockHeader(kept) + 1;
 }
 
 void GiveBlock(void* block) {
-    BlockHeader* header = static_cast<BlockHeader*>(block) - 1;
-    if (header->sizeClass >= kClasses || !ToShelf(header))
-        ::operator delete(header);
+    BlockHeader* const header = static_cast<BlockHeader*>(block) - 1;
+    if (header->largest && OwnsCache()) {
+        Shelf* const shelf = ShelfFor(header->largest);
+        if (shelf->count < kDepth) {
+            shelf->blocks[shelf->count++] = header;
+            return;
+        }
+    }
+    ::operator delete(header);
 }

@@ -14,10 +14,6 @@ RBInt& RBInt::operator=(short value) {
     return *this;
 }
 
-RBInt::operator short() const { return static_cast<short>(FlipWord(mwBigEndian)); }
-
-int RBInt::MachineValue() const { return FlipWord(mwBigEndian); }
-
 RBInt RBInt::Store(unsigned int result) {
     mwBigEndian = FlipWord(static_cast<unsigned short>(result));
     // Swapped once more by the constructor: linked programs get this exchanged copy.

@@ -19,7 +19,7 @@ public:
     RBInt& operator=(short value);
 
     // The value in the machine's order.
-    operator short() const;
+    operator short() const { return static_cast<short>(MachineValue()); }
 
     // The stored value counts as unsigned, `operand` as signed; 32-bit results keep their low 16
     // bits. A zero divisor is the processor's division fault.
@@ -42,7 +42,7 @@ public:
     friend JX_API std::istream& operator>>(std::istream& in, RBInt& value);
 
 private:
-    int MachineValue() const;
+    int MachineValue() const { return __builtin_bswap16(mwBigEndian); }
     RBInt Store(unsigned int result);
 
     unsigned short mwBigEndian;

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstring>
+#include <initializer_list>
 #include <istream>
 #include <ostream>
 #include <string>
@@ -11,6 +12,7 @@
 #include "resident/core/block_cache.h"
 #include "resident/core/byte_order.h"
 #include "resident/core/rb_country.h"
+#include "resident/core/short_copy.h"
 #include "resident/runtime/check.h"
 #include "resources/jxsysres.h"
 
@@ -71,24 +73,49 @@ BaseString& BaseString::puts(const char* text, unsigned int n) {
         RBString::Error(keStringTooLong);
         return *this;
     }
-    unsigned char* buffer = AllocBuffer(size + 2);
-    const unsigned int length = text ? (n ? strnlen(text, n) : size) : 0;
-    if (length)
-        std::memcpy(buffer + 1, text, length);
-    buffer[length + 1] = 0;
-    Adopt(buffer, length);
+    const unsigned int length = text && n ? strnlen(text, n) : TextLength(text);
+    SetText(text ? text : "", length, size);
     return *this;
+}
+
+template <class Fill>
+void BaseString::SetText(unsigned int length, unsigned int room, bool reusable, Fill fill) {
+    unsigned char* buffer = mpRep->mpBuffer;
+    // The block that giving up this one would bring.
+    const bool reused = reusable && mpRep->mwRefCount == 1 && buffer != mpRep->mNullBuffer &&
+                        IsBlockFor(buffer, room + 2);
+    if (!reused)
+        buffer = AllocBuffer(room + 2);
+    fill(reinterpret_cast<char*>(buffer) + 1);
+    buffer[1 + length] = 0;
+    if (!reused) {
+        checkdelrep();
+        mpRep->mpBuffer = buffer;
+    }
+    mpRep->miLength = length;
+    buffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
+}
+
+void BaseString::SetText(const char* text, unsigned int length, unsigned int room) {
+    const bool inside = text >= Text() && text <= Text() + Length();
+    SetText(length, room, !inside, [=](char* to) { CopyShort(to, text, length); });
 }
 
 BaseString& BaseString::puts(const unsigned char* pascalText) {
     const unsigned char length = pascalText ? pascalText[0] : 0;
-    unsigned char* buffer = AllocBuffer(length + 2);
-    if (length)
-        std::memcpy(buffer + 1, pascalText + 1, length);
-    buffer[length + 1] = 0;
-    Adopt(buffer, length);
+    SetText(length ? reinterpret_cast<const char*>(pascalText) + 1 : "", length, length);
     // Not capped: the length byte of a Pascal string stays as it is.
-    buffer[0] = length;
+    mpRep->mpBuffer[0] = length;
+    return *this;
+}
+
+BaseString& BaseString::puts(std::string_view first, std::string_view second,
+                             std::string_view third) {
+    const unsigned int length = first.size() + second.size() + third.size();
+    SetText(length, length, true, [=](char* to) {
+        for (const std::string_view part : {first, second, third})
+            to = CopyShort(to, part.data(), part.size());
+    });
     return *this;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <string_view>
 
 #include "resident/core/jx_api.h"
 
@@ -101,6 +102,8 @@ public:
     BaseString& puts(const char* text, unsigned int n = 0);
     BaseString& puts(const unsigned char* pascalText);
     BaseString& puts(const char c);
+    // The parts, which have no zeros in them and are not of this string, one after the other.
+    BaseString& puts(std::string_view first, std::string_view second, std::string_view third);
 
     BaseString& concat(const BaseString& other);
     BaseString& concat(const char* text);
@@ -203,6 +206,11 @@ protected:
     // (SetLength) or as given. The texts that it was made of may be the string's old one.
     void Adopt(unsigned char* buffer);
     void Adopt(unsigned char* buffer, unsigned int length);
+    // Sets `length` characters, which `fill` puts at the address that it is given, in a buffer for
+    // `room`. With `reusable`, it may be the old text's.
+    template <class Fill>
+    void SetText(unsigned int length, unsigned int room, bool reusable, Fill fill);
+    void SetText(const char* text, unsigned int length, unsigned int room);
     void SetLength();
     void AdoptRep(StringRep* rep);
 

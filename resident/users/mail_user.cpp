@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "resident/core/translate_table.h"
 #include "resident/core/windows_api.h"
@@ -126,31 +129,36 @@ void MailUser::TranslateOut() {
 }
 
 RBString& MailUser::OrderedUserName(RBString& out, RBString& name, unsigned short flags) {
-    const char* const text = name.Text();
-    const char* const bar = std::strchr(text, '|');
-    if (!bar) {
+    if (!std::strchr(name.Text(), '|')) {
         out = name;
         return out;
     }
-    char result[52];
-    unsigned int length = 0;
-    const auto append = [&](const char* part, std::size_t size) {
-        size = std::min<std::size_t>(size, sizeof result - 1 - length);
-        std::memcpy(result + length, part, size);
-        length += size;
-    };
-    const std::size_t familyLength = bar - text;
-    if (flags & 1) {
-        append(bar + 1, std::strlen(bar + 1));
-        append(" ", 1);
-        append(text, familyLength);
-    } else {
-        append(text, familyLength);
-        append(", ", 2);
-        append(bar + 1, std::strlen(bar + 1));
+    // A share of the name, so that `out` may be it.
+    const RBString kept(name);
+    return OrderedUserName(out, std::string_view(kept.Text()), flags);
+}
+
+RBString& MailUser::OrderedUserName(RBString& out, std::string_view name, unsigned short flags) {
+    std::size_t bar = 0;
+    while (bar != name.size() && name[bar] != '|')
+        ++bar;
+    if (bar == name.size()) {
+        out.puts(name, {}, {});
+        return out;
     }
-    result[length] = 0;
-    out.puts(result, length);
+    const bool givenFirst = flags & 1;
+    const std::string_view between = givenFirst ? " " : ", ";
+    std::string_view first(name.data(), bar);
+    std::string_view last(name.data() + bar + 1, name.size() - bar - 1);
+    if (givenFirst)
+        std::swap(first, last);
+    if (first.size() + between.size() + last.size() > keMaxDisplayName) {
+        std::string whole(first);
+        whole.append(between).append(last).resize(keMaxDisplayName);
+        out.puts(whole, {}, {});
+    } else {
+        out.puts(first, between, last);
+    }
     return out;
 }
 

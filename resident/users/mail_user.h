@@ -8,6 +8,8 @@ class RbFile;
 // A mail user as the rest of the system makes, orders, compares and shows it.
 class JX_API MailUser : public BaseMailUser {
 public:
+    enum { keMaxDisplayName = 51 };
+
     MailUser();
     MailUser(MailUser& other);
     MailUser(const MailUser& other);
@@ -39,6 +41,8 @@ public:
     // The display form of "family|given": "given family" with bit 0 of `flags`, else
     // "family, given", at most 51 characters; a name without a bar as it is. `out` may be `name`.
     static RBString& OrderedUserName(RBString& out, RBString& name, unsigned short flags);
+    // The same for a name that is not in `out`.
+    static RBString& OrderedUserName(RBString& out, std::string_view name, unsigned short flags);
     RBString& OrderedUserName(RBString& out, unsigned short flags);
 
     // Puts `text` into `dest` and returns 1 when it is shorter than `limit`, else 0.

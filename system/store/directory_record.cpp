@@ -25,11 +25,7 @@ DirectoryRecord::DirectoryRecord(const DiskDirRec* record) : mfValid(1), moRecor
 
 DirectoryRecord::~DirectoryRecord() = default;
 
-int DirectoryRecord::isUsed() const {
-    const unsigned char first = moRecord.topic[1];
-    return moRecord.used != 0 && (first >= kFirstPrintable || first == 0) &&
-           Value(moRecord.index) != DiskDirRec::keBrokenIndex;
-}
+int DirectoryRecord::isUsed() const { return IsUsed(moRecord); }
 
 void DirectoryRecord::FixTopicAndIndex() {
     if (moRecord.topic[1] < kFirstPrintable)
@@ -38,29 +34,34 @@ void DirectoryRecord::FixTopicAndIndex() {
         moRecord.index = 0;
 }
 
-int DirectoryRecord::Check_Fixed_Validity() {
-    mfValid = 1;
-    const auto clampLength = [this](unsigned char* field, unsigned int size) {
+int ClampRecord(DiskDirRec& record) {
+    int valid = 1;
+    const auto clampLength = [&valid](unsigned char* field, unsigned int size) {
         if (field[0] >= size) {
             field[0] = static_cast<unsigned char>(size - 1);
-            mfValid = 0;
+            valid = 0;
         }
     };
-    clampLength(moRecord.topic, sizeof moRecord.topic);
-    clampLength(moRecord.fileName, sizeof moRecord.fileName);
-    if (!BaseMailUser::CheckValidity(moRecord.sender))
-        mfValid = 0;
-    if (!BaseMailUser::CheckValidity(moRecord.secondUser))
-        mfValid = 0;
-    if (Value(moRecord.count) > kMaxCount) {
-        moRecord.count = kMaxCount;
-        mfValid = 0;
+    clampLength(record.topic, sizeof record.topic);
+    clampLength(record.fileName, sizeof record.fileName);
+    if (!BaseMailUser::CheckValidity(record.sender))
+        valid = 0;
+    if (!BaseMailUser::CheckValidity(record.secondUser))
+        valid = 0;
+    if (Value(record.count) > kMaxCount) {
+        record.count = kMaxCount;
+        valid = 0;
     }
     // Clamped to 6, which the next check rejects again: a damaged kind stays known as damaged.
-    if (Value(moRecord.kind) > kMaxKind) {
-        moRecord.kind = kMaxKind + 1;
-        mfValid = 0;
+    if (Value(record.kind) > kMaxKind) {
+        record.kind = kMaxKind + 1;
+        valid = 0;
     }
+    return valid;
+}
+
+int DirectoryRecord::Check_Fixed_Validity() {
+    mfValid = ClampRecord(moRecord);
     return mfValid;
 }
 

@@ -29,6 +29,16 @@ struct DiskDirRec {
 };
 static_assert(sizeof(DiskDirRec) == 316);
 
+// 1 when the slot holds a readable message: it is used, its index is not the broken one, and the
+// topic's first byte, whatever the topic's length, is 0 or from 0x20 on.
+inline int IsUsed(const DiskDirRec& record) {
+    return record.used != 0 && (record.topic[1] >= 0x20 || record.topic[1] == 0) &&
+           static_cast<unsigned short>(record.index) != DiskDirRec::keBrokenIndex;
+}
+
+// Clamps what is out of range; returns 1 when nothing was.
+JX_API int ClampRecord(DiskDirRec& record);
+
 // Bits of DiskDirRec::status. Others are kept.
 enum {
     keStatusProcessed = 0x01,
@@ -57,7 +67,7 @@ public:
     int isUsed() const;
     // Repairs what isUsed looks at besides the used byte.
     void FixTopicAndIndex();
-    // Clamps what is out of range; returns the validity, as CheckValidity does from then on.
+    // ClampRecord; returns the validity, as CheckValidity does from then on.
     int Check_Fixed_Validity();
     // Stores a message identifier, a Pascal string of at most 73 characters; null clears it.
     void SetMessageID(const unsigned char* pascalText);

@@ -1,0 +1,38 @@
+#include "benchmarks/records.h"
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "resident/core/byte_order.h"
+#include "resident/core/windows_api.h"
+
+static void SetPascal(unsigned char* field, const char* format, unsigned int number) {
+    field[0] = static_cast<unsigned char>(
+        std::sprintf(reinterpret_cast<char*>(field) + 1, format, number));
+}
+
+DiskDirRec MadeUpRecord(unsigned int number, bool free) {
+    DiskDirRec record = {};
+    record.index = static_cast<short>(number % 0x7FFF);
+    record.used = !free;
+    record.status = number & 1;
+    SetPascal(record.topic, "Message number %u", number);
+    SetPascal(record.fileName, "M%07u.EML", number);
+    SetPascal(record.sender.name, "Family%u|Given", number % 1000);
+    record.date = FlipLong(3000000000u + number);
+    record.kind = static_cast<short>(number % 6);
+    return record;
+}
+
+void WriteDFile(const std::string& path, unsigned int count, unsigned int freeEvery) {
+    std::vector<DiskDirRec> records(count + 1);
+    std::memset(static_cast<void*>(&records[0]), 0, sizeof records[0]);
+    for (unsigned int i = 1; i <= count; ++i)
+        records[i] = MadeUpRecord(i, freeEvery && i % freeEvery == 0);
+    const HANDLE file =
+        CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD written;
+    WriteFile(file, records.data(), records.size() * sizeof records[0], &written, nullptr);
+    CloseHandle(file);
+}

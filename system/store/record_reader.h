@@ -1,0 +1,31 @@
+#pragma once
+
+#include <istream>
+#include <memory>
+
+#include "system/store/directory_record.h"
+
+// Reads a stream's records one after another, out of large blocks: a scan costs what the disk
+// costs. The stream runs ahead of the record handed out; whoever goes on using it seeks first.
+class RecordReader {
+public:
+    // Starts at the stream's position. The stream must outlive the reader.
+    explicit RecordReader(std::istream& in);
+
+    // The next whole record, as it stands in the file, or null: at the end, also inside a record,
+    // the stream's state has eof and fail, after a failed read it has bad. Valid, and free to be
+    // changed, until the next call.
+    DiskDirRec* Next() {
+        if (mNext == mEnd && !ReadBlock())
+            return nullptr;
+        return mNext++;
+    }
+
+private:
+    bool ReadBlock();
+
+    std::istream& mIn;
+    std::unique_ptr<DiskDirRec[]> mBlock;
+    DiskDirRec* mNext;
+    DiskDirRec* mEnd;
+};
