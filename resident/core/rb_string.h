@@ -240,7 +240,7 @@ public:
     RBString& operator=(const BaseString& other);
     RBString& operator=(const char* text);
 
-    // Cut at 255 characters; empty when there is no such string.
+    // Cut at 254 characters; empty when there is no such string.
     RBString& getResource(unsigned int id, void* hInstance) override;
 
     // Removes runs of `c` at the ends that `where` names.

@@ -53,6 +53,8 @@ public:
     int FindFile();
     // Non-zero when the entry found has one of the search attributes, or there are none.
     int ValidFind();
+    // Whether the entry found is a folder.
+    bool FoundDirectory() const { return moFound.ff_attrib & keAttrDirectory; }
     // A file's name becomes `out`'s name, a folder's is appended to its path.
     bool FoundFile(FileSpec& out);
     void EndSearch();

@@ -4,6 +4,7 @@ PreferenceFile::PreferenceFile() = default;
 PreferenceFile::PreferenceFile(const char* spec) : RbFile(spec) {}
 PreferenceFile::PreferenceFile(RBString spec) : RbFile(spec) {}
 PreferenceFile::PreferenceFile(const FileSpec& spec) : RbFile(spec) {}
+PreferenceFile::PreferenceFile(const PreferenceFile& other) : std::ios(), RbFile(other) {}
 
 PreferenceFile::~PreferenceFile() { ClosePrefFile(); }
 

@@ -9,7 +9,7 @@ public:
     explicit PreferenceFile(const char* spec);
     explicit PreferenceFile(RBString spec);
     explicit PreferenceFile(const FileSpec& spec);
-    PreferenceFile(const PreferenceFile& other) = default;
+    PreferenceFile(const PreferenceFile& other);
     ~PreferenceFile() override;
 
     // The specification, not the stream.

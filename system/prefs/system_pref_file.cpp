@@ -10,7 +10,8 @@
 // What a missing section's key list reads as.
 static const char kUnknown[] = "UnKnown";
 
-static constexpr int kOpenText = keOpenIn | keOpenNoCreate; // 0x21
+// Untranslated: a carriage return is part of its line here.
+static constexpr int kOpenLines = keOpenIn | keOpenNoCreate | keOpenBinary;
 
 SystemPrefFile::SystemPrefFile()
     : mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
@@ -27,7 +28,7 @@ int SystemPrefFile::OpenPrefFile() {
         clear();
         seekg(0);
     } else {
-        Open(kOpenText);
+        Open(kOpenLines);
     }
     return good();
 }

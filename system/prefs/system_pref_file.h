@@ -14,8 +14,8 @@ public:
     explicit SystemPrefFile(RBString spec);
     explicit SystemPrefFile(const FileSpec& spec);
 
-    // Opens the file, which must exist, as text; goes back to its start when it is open already.
-    // Returns 1 when the stream's state is good, else 0.
+    // Opens the file, which must exist; goes back to its start when it is open already. Returns 1
+    // when the stream's state is good, else 0.
     int OpenPrefFile();
 
     // The results of GetPrivateProfileStringA, at most 1,599 characters, and
@@ -40,7 +40,8 @@ public:
     int GetUnKeyedPrefLine(const char* section, char* keyOut, short keySize, char* valueOut,
                            short valueSize, int first);
 
-    // The next "key=value" line of a section of the opened file. An empty `keyOut` looks for the
+    // The next "key=value" line of a section of the opened file. A carriage return at the end of a
+    // line belongs to it, and so to the value. An empty `keyOut` looks for the
     // section from the current position on; the key left in it continues the walk. Returns the
     // value's length, -1 when the section has ended or was not found (`valueOut` is then the
     // default), -2 when the stream has ended or failed. The key keeps the blanks before its "=".

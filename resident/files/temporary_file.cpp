@@ -1,0 +1,116 @@
+#include "resident/files/temporary_file.h"
+
+#include <cstdlib>
+#include <direct.h>
+#include <string>
+
+#include "resident/core/windows_api.h"
+#include "resident/files/disk_driver.h"
+
+static const char kNumberedName[] = "JPW00000";
+static const char kPrefix[] = "JPW";
+static const char kLeftBehind[] = "JPW*.TMP";
+static const char kDefaultExt[] = ".TMP";
+
+static constexpr int kLastNumber = 32766;
+
+TemporaryFile::TemporaryFile(int deleteOnDestroy)
+    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt), mfValid(0) {
+    RBString directory;
+    HashFileName(directory);
+}
+
+TemporaryFile::TemporaryFile(FileSpec& where, int deleteOnDestroy)
+    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt), mfValid(0) {
+    RBString directory(where.FullFilePath());
+    HashFileName(directory);
+}
+
+TemporaryFile::TemporaryFile(const char* text, int deleteOnDestroy, enumTempFileOptions option)
+    : mfDeleteOnDestroy(deleteOnDestroy), mfValid(0) {
+    RBString directory;
+    if (option == keTempDirectory) {
+        directory.puts(text);
+        mstrTempExt.puts(kDefaultExt);
+    } else if (option == keTempExtension) {
+        mstrTempExt.puts(text);
+    }
+    HashFileName(directory);
+}
+
+TemporaryFile::~TemporaryFile() {
+    if (isOpen())
+        close();
+    if (mfDeleteOnDestroy)
+        Remove();
+}
+
+bool TemporaryFile::Create() {
+    if (!Open(keOpenOut))
+        return false;
+    close();
+    return true;
+}
+
+// Tries the numbered names; false when one that is free cannot be made, or all are taken.
+bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
+    for (int n = 0; n <= kLastNumber; ++n) {
+        const std::string digits = std::to_string(n);
+        std::string name = kNumberedName;
+        name.replace(name.size() - digits.size(), digits.size(), digits);
+        name += mstrTempExt.Text();
+        FileSpec candidate(windowsDirectory, 1);
+        candidate.SetSpecPart(name.c_str(), 0);
+        if (DiskDriver::FileExists(candidate, 0) ||
+            DiskDriver::FileExists(candidate, keAttrDirectory))
+            continue;
+        FileSpec::operator=(candidate);
+        return Create();
+    }
+    return false;
+}
+
+void TemporaryFile::HashFileName(RBString& directory) {
+    char windowsDirectory[keOemNameSize];
+    mfValid = 1;
+    const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
+    if (length && length < sizeof windowsDirectory && MakeNumbered(windowsDirectory))
+        return;
+
+    if (directory.Length() == 0) {
+        char folder[keOemNameSize];
+        const unsigned int size = GetEnvironmentVariableA("TMP", folder, sizeof folder);
+        if ((size && size < sizeof folder) || _getcwd(folder, sizeof folder)) {
+            directory.puts(folder);
+        } else {
+            mfValid = 0;
+            return;
+        }
+    }
+    char* const name = _tempnam(directory.Text(), kPrefix);
+    if (name)
+        Parse(name, 1);
+    mfValid = name && Create();
+    std::free(name);
+}
+
+int TemporaryFile::DelDanglingTemps() {
+    char windowsDirectory[keOemNameSize];
+    const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
+    if (!length || length >= sizeof windowsDirectory)
+        return 0;
+    const FileSpec folder(windowsDirectory, 1);
+    FileSpec pattern(folder);
+    pattern.SetSpecPart(kLeftBehind, 0);
+
+    int removed = 0;
+    DiskDriver driver;
+    driver.SetSearchPattern(pattern);
+    while (driver.FindFile()) {
+        FileSpec found(folder);
+        if (driver.ValidFind() && driver.FoundFile(found) && DiskDriver::RemoveFile(found))
+            removed = 1;
+    }
+    driver.EndSearch();
+    return removed;
+}

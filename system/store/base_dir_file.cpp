@@ -1,0 +1,239 @@
+// BaseDirFile: making a D file, and its records one by one.
+
+#include "system/store/base_dir_file.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "resident/core/byte_order.h"
+#include "resident/files/disk_driver.h"
+#include "resident/runtime/check.h"
+#include "system/store/record_reader.h"
+
+static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
+
+DirectoryRecord BaseDirFile::oFindBufDDR;
+unsigned short BaseDirFile::mwStampTime;
+unsigned short BaseDirFile::mwStampDate;
+
+BaseDirFile::BaseDirFile(TypeDirFile type)
+    : miUsed(0), miUnprocessed(0), mulNewestDate(0), mfKind1(0), fGood(1), mfCopied(0),
+      mType(type) {}
+
+BaseDirFile::~BaseDirFile() = default;
+
+bool BaseDirFile::MoveTo(long position) {
+    clear();
+    seekg(position);
+    return good();
+}
+
+int BaseDirFile::AddMessage(RbFile* message) {
+    if (!Open(keOpenAppend))
+        return 0;
+    const int written = WriteRecord(message) && flush();
+    close();
+    return written;
+}
+
+int BaseDirFile::WriteRecord(RbFile* message) {
+    DirectoryRecord record;
+    if (!message || !ReadDDR(*message, record))
+        return 0;
+    DiskDirRec& fields = record.Record();
+    const RBString name(message->FullFileName());
+    const unsigned int length =
+        std::min<unsigned int>(name.LengthByte(), sizeof fields.fileName - 1);
+    fields.fileName[0] = static_cast<unsigned char>(length);
+    std::memcpy(fields.fileName + 1, name.Text(), length);
+    fields.used = 1;
+    record.FixTopicAndIndex();
+    return (*this << record).good();
+}
+
+int BaseDirFile::ReadDDR(RbFile& file, DirectoryRecord& record) {
+    if (!file.isOpen()) {
+        if (!file.Open(keOpenIn | keOpenBinary))
+            return 0;
+        const int read = (file >> record).good();
+        file.close();
+        return read;
+    }
+    file.clear();
+    const long position = file.tellg();
+    file.seekg(0);
+    const int read = (file >> record).good();
+    file.clear();
+    file.seekg(position);
+    return read;
+}
+
+bool BaseDirFile::WriteHeader(std::ostream& stream) {
+    DiskDirRec header = {};
+    return (stream << header).good();
+}
+
+int BaseDirFile::CreateDFile() {
+    if (mType == keDirForeign)
+        return 0;
+    miUsed = miUnprocessed = 0;
+    if (!Open(keOpenRewrite))
+        return 1;
+
+    int result = 1;
+    bool allWritten = true;
+    if (mType == keDirMessages) {
+        FileSpec pattern(FullFileSpec());
+        pattern.SetSpecPart("*.EML", 0);
+        DiskDriver driver;
+        driver.ChangeLocation(*this);
+        driver.SetSearchPattern(pattern);
+        while (good() && driver.FindFile()) {
+            if (!driver.ValidFind() || driver.FoundDirectory())
+                continue;
+            RbFile message(pattern);
+            driver.FoundFile(message);
+            result = WriteRecord(&message);
+            if (!result) {
+                allWritten = false;
+                JX_FAIL("Error BaseDirFile: CreateDFile(), writing record");
+            }
+        }
+        driver.EndSearch();
+    } else {
+        WriteHeader(*this);
+    }
+    close();
+    if (!allWritten)
+        JX_FAIL("Error BaseDirFile: CreateDFile()");
+    return result;
+}
+
+long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
+    probe.FixTopicAndIndex();
+    const bool openedHere = !isOpen();
+    if (openedHere)
+        Open(keOpenRead);
+    if (bad())
+        return keDirError;
+
+    long result = keDirNotFound;
+    long position = FirstRecord();
+    MoveTo(position);
+    RecordReader records(*this);
+    for (; DiskDirRec* record = records.Next(); position += keRecordSize) {
+        // The date first: it tells nearly all records apart.
+        if (record->date != probe.Record().date)
+            continue;
+        oFindBufDDR = DirectoryRecord(record);
+        oFindBufDDR.Check_Fixed_Validity();
+        if (!(oFindBufDDR == probe))
+            continue;
+        // The stream has been read on behind the match.
+        if (option == keFindPosition && !MoveTo(position))
+            continue;
+        result = option == keFindPosition ? position : keDirExists;
+        break;
+    }
+    if (result == keDirNotFound && !AtEnd())
+        result = keDirError;
+    if (openedHere)
+        close();
+    return result;
+}
+
+long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, int write) {
+    JX_CHECK_MESSAGE(isOpen(), "isOpen()",
+                     "Error BaseDirFile: AlterDirectoryBlock(), File not open");
+    if (MoveTo(position)) {
+        if (write)
+            *this << record;
+        else
+            *this >> record;
+        if (good() && (!write || flush()))
+            return position;
+    }
+    // The text names another operation, as it always has.
+    JX_FAIL("Error BaseDirFile: DeleteOldMail(), File error");
+    return keDirError;
+}
+
+long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& record, int write) {
+    JX_CHECK_MESSAGE(isOpen(), "isOpen()",
+                     "Error BaseDirFile: AlterDirectoryBlock(), file not OPEN");
+    if (!isOpen())
+        return keDirError;
+    const long position = FindRecord(probe, keFindPosition);
+    if (position == keDirNotFound)
+        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock(), Record not found");
+    if (position == keDirError)
+        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock()");
+    if (position < 0)
+        return position;
+    if (write)
+        (*this << record).flush();
+    else
+        *this >> record;
+    return good() ? position : keDirError;
+}
+
+long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot, int write) {
+    // A slot behind the last position that a file can have is at none.
+    const long position =
+        slot <= LONG_MAX / keRecordSize ? static_cast<long>(slot) * keRecordSize : keDirError;
+    if (isOpen()) {
+        clear();
+        const long saved = tellg();
+        const long result = AlterDirectoryBlock(record, position, write);
+        return MoveTo(saved) ? result : keDirError;
+    }
+    if (!Open(keOpenUpdate)) {
+        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock(), can't OPEN file");
+        return keDirError;
+    }
+    const long result = AlterDirectoryBlock(record, position, write);
+    close();
+    return result;
+}
+
+int BaseDirFile::GetInfo(enumGetInfoOptions) {
+    miUsed = miUnprocessed = 0;
+    mulNewestDate = 0;
+    mfKind1 = 0;
+    const bool openedHere = !isOpen();
+    if (openedHere && !Open(keOpenRead))
+        return 0;
+    clear();
+    const long saved = tellg();
+
+    MoveTo(FirstRecord());
+    RecordReader records(*this);
+    while (DiskDirRec* record = records.Next()) {
+        if (!IsUsed(*record))
+            continue;
+        ++miUsed;
+        mulNewestDate = std::max(mulNewestDate, FlipLong(record->date));
+        if (!(record->status & keStatusProcessed)) {
+            ++miUnprocessed;
+            if (record->kind == 1)
+                mfKind1 = 1;
+        }
+    }
+    const int result = AtEnd();
+    if (openedHere)
+        close();
+    else
+        MoveTo(saved);
+    return result;
+}
+
+int BaseDirFile::CheckDateStamp() {
+    ffblk found;
+    if (!DiskDriver::GetFileInfo(FullFileSpec(), &found,
+                                 keAttrReadOnly | keAttrHidden | keAttrSystem | keAttrArchive))
+        return 0;
+    mwStampTime = found.ff_ftime;
+    mwStampDate = found.ff_fdate;
+    return 1;
+}

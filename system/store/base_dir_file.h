@@ -1,0 +1,145 @@
+#pragma once
+
+#include "resident/files/rb_file_retry_open.h"
+#include "resident/users/jx_download_item.h"
+#include "system/store/directory_record.h"
+
+enum TypeDirFile {
+    keDirFolder = 0,  // a zero header of 316 bytes, then the records
+    keDirForeign = 1, // the same, but never made by this library
+    keDirMessages = 2 // records alone, made from the message files "*.EML" of its folder
+};
+
+enum enumFindRecord {
+    keFindPosition = 0,
+    keFindExisting = 1 // -3 when there is a match
+};
+
+// GetInfo counts the same whatever it is given.
+enum enumGetInfoOptions { keInfoAll = 0 };
+
+// Results of the searching operations besides a byte position.
+constexpr long keDirError = -1;
+constexpr long keDirNotFound = -2;
+constexpr long keDirExists = -3;
+
+// What MarkRecord does to the stored record. Other values write it back as it is.
+enum enumMarkMailAction {
+    keMarkProcessed = 0, // and clears the return receipt
+    keMarkUnprocessed = 1,
+    keMarkUnused = 2,
+    keMarkSet0400 = 3,
+    keMarkClear0400 = 4,
+    keMarkSet0100 = 5, // and clears 0x0400
+    keMarkSet0200 = 6, // and clears 0x0700
+    keMarkClearReceipt = 7,
+    keMarkClear0700 = 8
+};
+
+// A D file: the directory file of one mail folder, one record for each message whose own file lies
+// in that folder. docs/formats/d_file.md describes its bytes.
+//
+// The object is the file: its specification is set afterwards through FileSpec, and operations open
+// and close it unless they say that it must be open. Failures are results, and reported as
+// assertions; an operation goes on or ends as it says.
+//
+// Type 0 and 1 files begin with a header that nothing reads, record n at byte n x 316; type 2 files
+// have none.
+class JX_API BaseDirFile : public RbFileRetryOpen {
+public:
+    enum enumRemoveOptions {
+        keRemoveAll = 0,
+        keRemoveUnkept = 1 // spares records with status bit 0x20
+    };
+    static constexpr long keRecordSize = sizeof(DiskDirRec);
+
+    explicit BaseDirFile(TypeDirFile type);
+    ~BaseDirFile() override;
+    // Appends the record of a message file. Returns 1, or 0 when it was not written.
+    virtual int AddMessage(RbFile* message);
+
+    TypeDirFile Type() const { return mType; }
+
+    // Writes a message file's record at the current position of the opened D file. Returns 1 or 0.
+    int WriteRecord(RbFile* message);
+    // Reads the record at the start of `file`, and leaves the file open or closed, and at the
+    // position, as it was. Returns 1 or 0.
+    int ReadDDR(RbFile& file, DirectoryRecord& record);
+
+    // Makes the file anew: an empty one, or for type 2 from the folder's message files. Returns the
+    // result of the last record written, 1 without one, and 0 for type 1, which it never makes.
+    int CreateDFile();
+
+    // The byte position of the first record that is the same message as `probe`, whose topic and
+    // index it repairs; keDirNotFound, keDirExists or keDirError.
+    long FindRecord(DirectoryRecord& probe, enumFindRecord option);
+
+    // Read or, with `write`, write one record; return its byte position or a negative result. By
+    // position and by probe the file must be open; by probe it is left behind the record.
+    // Slot 0 is the header of a file that has one.
+    long AlterDirectoryBlock(DirectoryRecord& record, long position, int write);
+    long AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& record, int write);
+    long AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot, int write);
+
+    // Counts anew what the accessors below tell. Returns 1 when the file was read to its end.
+    int GetInfo(enumGetInfoOptions options);
+    int UsedCount() const { return miUsed; }
+    int UnprocessedCount() const { return miUnprocessed; }
+    // The largest date of a used record, in its epoch (DayTime, format 0).
+    unsigned long NewestDate() const { return mulNewestDate; }
+    // 1 when an unprocessed used record has kind 1.
+    int HasUnprocessedKind1() const { return mfKind1; }
+    // 1 while the last scan or copy went well.
+    int IsGood() const { return fGood; }
+
+    // Whether the file exists, by its directory entry. Its time stamp is remembered, not told.
+    int CheckDateStamp();
+
+    // The operations below find the stored record by `probe` (the same message) and change it in
+    // place. They return 1 on success, else 0.
+
+    // Removes the message's file and frees its slot.
+    int DeleteMail(DirectoryRecord& probe);
+    int MarkRecord(DirectoryRecord& probe, enumMarkMailAction action);
+    void MarkUnUsed(DirectoryRecord& probe, unsigned int notUsed);
+    void MarkMail(DirectoryRecord& probe, int unmark);
+    // 1 at once when the probe itself asks for no receipt.
+    int ClearReturnReceipt(DirectoryRecord& probe);
+
+    // Rewrites the file with its used records alone, through a ".TMP" and a ".BAK" file.
+    int CompressDFile();
+    // Adds an item for each used record with a message identifier; the list owns them.
+    int GetUIDList(RB_Container<JxDownloadItem>* list);
+    // Rewrites the file without message identifiers, and free slots. The old file stays as ".BAK".
+    int RemoveAllMessageIDs(enumRemoveOptions option);
+
+protected:
+    // Where the records of this type start.
+    long FirstRecord() const { return mType == keDirMessages ? 0 : keRecordSize; }
+    // Clears what the last operation left in the stream's state, which would hold it in its place,
+    // and moves to `position`.
+    bool MoveTo(long position);
+    // The file of a record's message in this folder; false when the name leads anywhere else.
+    bool MessageFile(const DirectoryRecord& record, FileSpec& file) const;
+    // Whether the stream stopped because the file ended, and for no other reason.
+    bool AtEnd() const { return eof() && !bad(); }
+
+    int miUsed;
+    int miUnprocessed;
+    unsigned long mulNewestDate;
+    int mfKind1;
+    int fGood;
+    int mfCopied; // set by GetDFile
+    TypeDirFile mType;
+
+private:
+    static bool WriteHeader(std::ostream& stream);
+    // Copies the used records from the start of the opened file, each after `change`, behind a new
+    // header; true when all were copied and written out.
+    template <class Change>
+    bool CopyUsedRecords(RbFile& copy, Change change);
+
+    static DirectoryRecord oFindBufDDR;
+    static unsigned short mwStampTime;
+    static unsigned short mwStampDate;
+};

@@ -1,0 +1,267 @@
+#include "system/store/directory_file.h"
+
+#include "resident/core/byte_order.h"
+#include "resident/core/day_time.h"
+#include "resident/files/disk_driver.h"
+#include "resident/files/temporary_file.h"
+#include "resident/runtime/check.h"
+#include "system/store/record_reader.h"
+
+static const char kSource[] = "JXSYSTEM\\DIRFILE.CPP";
+
+// Scans of an inbox start behind a header, whatever the file's type.
+static constexpr long kScanStart = BaseDirFile::keRecordSize;
+
+static constexpr int kNotProcessable = 0x0100 | 0x0200 | 0x0400 | 0x0800;
+static constexpr int kTaken = 0x0400;
+static constexpr int kInstallable = 0x1000 | 0x2000;
+
+DirectoryFile::DirectoryFile(TypeDirFile type) : BaseDirFile(type) {}
+
+DirectoryFile::~DirectoryFile() = default;
+
+static bool IsProcessable(const DiskDirRec& record) {
+    return IsUsed(record) && !(record.status & keStatusProcessed) &&
+           !(record.attributes & kNotProcessable) && record.kind != 0;
+}
+
+static bool IsInstallable(const DiskDirRec& record) { return record.attributes & kInstallable; }
+
+int DirectoryFile::OkToProcess(DirectoryRecord* record) { return IsProcessable(record->Record()); }
+
+int DirectoryFile::OkToProcess(DirectoryRecord* record, enumCheckOptions options) {
+    return OkToProcess(record) &&
+           (!(options & keCheckInstallable) || IsInstallable(record->Record()));
+}
+
+int DirectoryFile::OkToProcess(DirectoryRecord* record, enumGetDDROptions option) {
+    return OkToProcess(record) && (option != keGetInstallable || IsInstallable(record->Record()));
+}
+
+static void CallIdle(void (*idle)()) {
+    if (idle)
+        idle();
+}
+
+int DirectoryFile::CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)()) {
+    if (!CheckDateStamp() && !(options & keCheckAlways))
+        return keCheckNone;
+    if (!OpenSilent(keOpenUpdate))
+        return keCheckCannotOpen;
+    CallIdle(idle);
+    MoveTo(kScanStart);
+    int result = keCheckNone;
+    RecordReader records(*this);
+    while (result == keCheckNone) {
+        CallIdle(idle);
+        DiskDirRec* const stored = records.Next();
+        if (!stored)
+            break;
+        CallIdle(idle);
+        DirectoryRecord record(stored);
+        record.Check_Fixed_Validity();
+        if (OkToProcess(&record, options))
+            result = keCheckSome;
+    }
+    if (result == keCheckNone && !AtEnd())
+        result = keScanError;
+    close();
+    // Reports under the other scan's name, as it always has.
+    if (result == keScanError)
+        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
+    return result;
+}
+
+int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void (*idle)(),
+                                      enumGetDDROptions option) {
+    if (option != keGetInstallRequests && !CheckDateStamp())
+        return keGetNone;
+    fGood = Open(keOpenUpdate);
+    JX_CHECK(fGood);
+    if (!fGood)
+        return keGetNone;
+
+    int result = keGetNone;
+    CallIdle(idle);
+    long position = kScanStart;
+    MoveTo(position);
+    std::unique_ptr<DirectoryRecord> spare;
+    // Record by record: what `idle` and other programs change behind the reader must be seen.
+    for (; good(); position += keRecordSize) {
+        if (!spare)
+            spare.reset(new DirectoryRecord);
+        if (!(*this >> *spare).good() || !spare->isUsed())
+            continue;
+        CallIdle(idle);
+        const bool selected = option == keGetInstallRequests
+                                  ? spare->Record().status & keStatusInstallRequest
+                                  : OkToProcess(spare.get(), option);
+        if (selected && TakeRecord(*spare, option, position, idle)) {
+            list->AddObject(*spare.release());
+            result = keGetSome;
+        }
+    }
+    if (!AtEnd())
+        result = keScanError;
+    close();
+    if (result == keScanError)
+        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
+    return result;
+}
+
+// Marks the record just read as taken and writes it back to its place.
+bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
+                               void (*idle)()) {
+    seekg(position);
+    CallIdle(idle);
+    if (option == keGetInstallRequests)
+        record.Record().status &= ~keStatusInstallRequest;
+    else
+        record.Record().attributes |= kTaken;
+    // In the file before the caller sees it.
+    if (!(*this << record).flush())
+        return false;
+    CallIdle(idle);
+    return true;
+}
+
+void DirectoryFile::GetInstallableDDRs(RB_Container<DirectoryRecord>* list) {
+    GetUnprocessedDDRs(list, nullptr, keGetInstallRequests);
+}
+
+void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, DirectoryFile* target) {
+    if (mType != keDirFolder)
+        return;
+    const DayTime now;
+    bool sound = Open(keOpenUpdate) && MoveTo(kScanStart);
+    for (long position = kScanStart; sound; position += keRecordSize) {
+        DirectoryRecord record;
+        if (!(*this >> record).good()) {
+            sound = AtEnd();
+            break;
+        }
+        if (!record.isUsed())
+            continue;
+        const DayTime filed(FlipLong(record.Record().date), keDayTimeMac);
+        const bool old = static_cast<unsigned long long>(filed.Seconds()) + age < now.Seconds();
+        if (!old || (onlyProcessed && !(record.Record().status & keStatusProcessed)))
+            continue;
+        sound = MoveMessage(record, *target);
+        if (sound) {
+            record.Record().used = 0;
+            sound = MoveTo(position) && (*this << record).flush();
+        }
+    }
+    if (isOpen())
+        close();
+    if (!sound)
+        JX_FAIL("Error DirectoryFile: DeleteOldMail()");
+}
+
+bool DirectoryFile::MoveMessage(const DirectoryRecord& record, DirectoryFile& target) {
+    FileSpec message;
+    RbFile moved;
+    return MessageFile(record, message) && HashUniqueFileName(&moved, target, ".EML") &&
+           DiskDriver::Rename(message, moved) && target.AddMessage(&moved);
+}
+
+void DirectoryFile::UpdateDFile() {
+    if (!Open(keOpenUpdate))
+        return;
+    const bool sound = mType == keDirMessages ? DropFreeSlots() : CutFreeSlots();
+    close();
+    if (!sound)
+        JX_FAIL("Error copy file: DirectoryFile");
+}
+
+// Rewrites the file in place from a copy. The copy is whole before the file is cut.
+bool DirectoryFile::DropFreeSlots() {
+    TemporaryFile copy(".TMP", 1, keTempExtension);
+    copy.Open(keOpenIn | keOpenOut | keOpenBinary);
+    switch (copy.Copy(*this, 0, nullptr, keDupLargeBuffer)) {
+    case keCopyReadFailed:
+        JX_FAIL("Error DirectoryFile copy: source file");
+        return true;
+    case keCopyWriteFailed:
+        JX_FAIL("Error DirectoryFile copy: destination file");
+        return true;
+    case keCopyTargetNotOpen:
+        JX_FAIL("Error DirectoryFile copy: OPEN destination file");
+        return true;
+    case keCopyDone:
+        break;
+    default:
+        return true;
+    }
+    copy.clear();
+    copy.seekg(0);
+    MoveTo(0);
+    UpdateFile();
+    RecordReader records(copy);
+    while (DiskDirRec* record = good() ? records.Next() : nullptr)
+        if (record->used)
+            *this << *record;
+    return flush() && copy.eof() && !copy.bad();
+}
+
+bool DirectoryFile::CutFreeSlots() {
+    seekg(0, std::ios::end);
+    const long size = tellg();
+    // A file that ends inside a slot has no free slot at its end.
+    if (good() && size >= keRecordSize && size % keRecordSize)
+        return true;
+    const auto toLastSlot = [this] {
+        seekg(-keRecordSize, std::ios::end);
+        return good();
+    };
+    bool sound = toLastSlot();
+    while (sound && tellg() != 0) {
+        DirectoryRecord record;
+        if (!(*this >> record).good())
+            return false;
+        if (record.Record().used)
+            break;
+        sound = toLastSlot();
+        if (sound) {
+            UpdateFile();
+            sound = toLastSlot();
+        }
+    }
+    return sound;
+}
+
+int DirectoryFile::GetDFile(RbFile& copy) {
+    if (mType == keDirMessages)
+        return 0;
+    mfCopied = fGood = 1;
+    miUsed = miUnprocessed = 0;
+    if (!Open(keOpenUpdate))
+        return miUsed;
+    fGood = copy.Open(keOpenIn | keOpenOut | keOpenTrunc | keOpenBinary);
+    JX_CHECK(fGood);
+    if (fGood) {
+        MoveTo(kScanStart);
+        RecordReader records(*this);
+        // Free slots count, so that a number tells where the record stands.
+        for (unsigned int slot = 1; copy.good(); ++slot) {
+            DiskDirRec* const stored = records.Next();
+            if (!stored)
+                break;
+            ClampRecord(*stored);
+            if (!IsUsed(*stored))
+                continue;
+            stored->index = static_cast<short>(slot);
+            if (!(copy << *stored))
+                break;
+            ++miUsed;
+            if (!(stored->status & keStatusProcessed))
+                ++miUnprocessed;
+        }
+        fGood = copy.flush() && AtEnd();
+    }
+    JX_CHECK_MESSAGE(fGood, "fGood", "Error DirectoryFile: GetDFile()");
+    if (copy.isOpen())
+        copy.close();
+    close();
+    return miUsed;
+}

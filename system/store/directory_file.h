@@ -1,0 +1,69 @@
+#pragma once
+
+#include "system/store/base_dir_file.h"
+
+// What CheckUnprocessedDDRs looks for; the values add up.
+enum enumCheckOptions {
+    keCheckProcessable = 0,
+    keCheckAlways = 0x01,     // scan even when the file's directory entry is not found
+    keCheckInstallable = 0x02 // with an installable attribute
+};
+
+// What GetUnprocessedDDRs takes. Other values take what is processable.
+enum enumGetDDROptions {
+    keGetProcessable = 0,
+    keGetInstallable = 1,    // and has an installable attribute
+    keGetInstallRequests = 2 // status bit 0x40, processable or not
+};
+
+// Results of the two scans.
+enum {
+    keScanError = 0,
+    keCheckCannotOpen = 1,
+    keCheckNone = 2,
+    keCheckSome = 3,
+    keGetNone = 1,
+    keGetSome = 2
+};
+
+// The D file of a user's inbox, with the rules by which messages are handed on.
+//
+// `idle`, where given, is called between the steps of a scan, so that a caller can keep its user
+// interface alive.
+class JX_API DirectoryFile : public BaseDirFile {
+public:
+    explicit DirectoryFile(TypeDirFile type);
+    ~DirectoryFile() override;
+
+    // Processable: used, not processed, of a kind other than 0, and without the attributes 0x0100,
+    // 0x0200, 0x0400 and 0x0800. Installable attributes are 0x1000 and 0x2000.
+    int OkToProcess(DirectoryRecord* record);
+    int OkToProcess(DirectoryRecord* record, enumCheckOptions options);
+    int OkToProcess(DirectoryRecord* record, enumGetDDROptions option);
+
+    // Whether any record would be taken: 0 error, 1 not opened, 2 none, 3 some.
+    int CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)());
+    // Takes the selected records: marks them in the file, so that they are taken once, and adds
+    // them to the list, which owns them. 0 error, 1 none, 2 some.
+    int GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void (*idle)(),
+                           enumGetDDROptions option);
+    void GetInstallableDDRs(RB_Container<DirectoryRecord>* list);
+
+    // Moves the messages that are more than `age` seconds old, the processed ones alone with
+    // `onlyProcessed`, into the folder of `target`. Type 0 alone; stops at the first failure.
+    void DeleteOldMail(unsigned long age, int onlyProcessed, DirectoryFile* target);
+
+    // Removes free slots: all of them from a type 2 file, from others those at the end.
+    void UpdateDFile();
+
+    // Writes the used records, numbered by their slots, into `copy`, without a header. Returns
+    // their number; 0 for type 2.
+    int GetDFile(RbFile& copy);
+
+private:
+    bool TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
+                    void (*idle)());
+    bool MoveMessage(const DirectoryRecord& record, DirectoryFile& target);
+    bool DropFreeSlots();
+    bool CutFreeSlots();
+};
