@@ -6,9 +6,10 @@
 #include "resident/core/windows_api.h"
 
 static MessageBoxes* current;
+static HWND waiting;
 
-// A dialog is looked at when it is activated first: by then its controls have their texts and
-// states.
+// A dialog is activated first while it is being set up, and looked at from its message loop, by
+// when its controls have their texts and states.
 struct MessageBoxHook {
     static BOOL CALLBACK Child(HWND control, LPARAM data) {
         auto& box = *reinterpret_cast<MessageBoxes::Box*>(data);
@@ -18,7 +19,8 @@ struct MessageBoxHook {
         GetWindowTextA(control, text, sizeof text);
         const int identifier = GetDlgCtrlID(control);
         if (lstrcmpiA(className, "Button") == 0) {
-            if (IsWindowEnabled(control))
+            const bool shown = GetWindowLongA(control, GWL_STYLE) & WS_VISIBLE;
+            if (shown && IsWindowEnabled(control))
                 box.enabledButtons.push_back(identifier);
         } else if (*text && (identifier == 4 || identifier == 0xFFFF || identifier == -1)) {
             // Of a report dialog the report itself, of a message box its only text.
@@ -28,6 +30,27 @@ struct MessageBoxHook {
         return TRUE;
     }
 
+    static void CALLBACK Answer(HWND, UINT, UINT_PTR timer, DWORD) {
+        KillTimer(nullptr, timer);
+        const HWND window = waiting;
+        waiting = nullptr;
+        if (!current || !IsWindow(window))
+            return;
+        MessageBoxes::Box box;
+        char caption[256];
+        GetWindowTextA(window, caption, sizeof caption);
+        box.caption = caption;
+        EnumChildWindows(window, Child, reinterpret_cast<LPARAM>(&box));
+        std::sort(box.enabledButtons.begin(), box.enabledButtons.end());
+        current->mShown.push_back(box);
+        int answer = current->mAnswer;
+        const bool has =
+            std::count(box.enabledButtons.begin(), box.enabledButtons.end(), answer) != 0;
+        if (!has && !box.enabledButtons.empty())
+            answer = box.enabledButtons.front();
+        PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+    }
+
     static LRESULT CALLBACK Procedure(int code, WPARAM wParam, LPARAM lParam) {
         const HWND window = reinterpret_cast<HWND>(wParam);
         if (code == HCBT_ACTIVATE && current) {
@@ -35,21 +58,8 @@ struct MessageBoxHook {
             GetClassNameA(window, className, sizeof className);
             if (lstrcmpA(className, "#32770") == 0 && !GetPropA(window, "seen")) {
                 SetPropA(window, "seen", reinterpret_cast<HANDLE>(1));
-                MessageBoxes::Box box;
-                char caption[256];
-                GetWindowTextA(window, caption, sizeof caption);
-                box.caption = caption;
-                EnumChildWindows(window, Child, reinterpret_cast<LPARAM>(&box));
-                std::sort(box.enabledButtons.begin(), box.enabledButtons.end());
-                current->mShown.push_back(box);
-                RemovePropA(window, "seen");
-                SetPropA(window, "seen", reinterpret_cast<HANDLE>(1));
-                int answer = current->mAnswer;
-                const bool has = std::count(box.enabledButtons.begin(), box.enabledButtons.end(),
-                                            answer) != 0;
-                if (!has && !box.enabledButtons.empty())
-                    answer = box.enabledButtons.front();
-                PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+                waiting = window;
+                SetTimer(nullptr, 0, 1, Answer);
             }
         }
         return CallNextHookEx(nullptr, code, wParam, lParam);

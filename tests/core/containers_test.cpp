@@ -1,0 +1,92 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "postrider.h"
+
+static void* Item(char name) {
+    static char items[] = "abcdefgh";
+    return &items[name - 'a'];
+}
+
+static char Name(const ListNode* node) { return node ? *static_cast<char*>(node->data) : '-'; }
+
+// The names of a list's items, then of the one under the cursor.
+static std::string Contents(const S_List& list) {
+    std::string names;
+    for (long index = 0; index < list.mlCount; ++index)
+        names += Name(list[index]);
+    return names + " " + Name(list.mpoCurrent);
+}
+
+TEST(SList, InsertsBesideTheFirstNodeOfAnItemOrAppends) {
+    S_List list;
+    EXPECT_EQ(list.InsertBefore(Item('b'), Item('h')), 1); // not in the list
+    EXPECT_EQ(list.InsertBefore(Item('a'), Item('b')), 1);
+    EXPECT_EQ(list.InsertAfter(Item('c'), Item('b')), 1);
+    EXPECT_EQ(list.InsertAfter(Item('a'), nullptr), 1);
+    EXPECT_EQ(list.InsertBefore(nullptr, Item('a')) + list.AppendItem(nullptr), 0);
+    list.mpoCurrent = list[3];
+    EXPECT_EQ(list.InsertAfterCurrent(Item('d')), 1);
+    EXPECT_EQ(list.InsertBeforeCurrent(Item('e')), 1);
+    EXPECT_EQ(Contents(list), "eadbca a");
+}
+
+TEST(SList, RemovesTheFirstNodeAndMovesTheCursorOffIt) {
+    S_List list;
+    for (char name : {'a', 'b', 'a', 'c'})
+        list.AppendItem(Item(name));
+    list.Next();
+    EXPECT_EQ(list.RemoveItem(Item('a')), 1);
+    EXPECT_EQ(Contents(list), "bac b");
+    EXPECT_EQ(list.RemoveItem(Item('a')), 1);
+    EXPECT_EQ(list.RemoveItem(Item('a')) + list.RemoveItem(nullptr), 0);
+    list.Next();
+    EXPECT_EQ(list.RemoveItem(Item('c')), 1);
+    list.AppendItem(Item('d')); // behind the new last node
+    EXPECT_EQ(Contents(list), "bd -");
+    for (char name : {'b', 'd', '-', 'b'})
+        EXPECT_EQ(Name(list.Next()), name);
+}
+
+static std::string deleted;
+
+struct Recorded {
+    explicit Recorded(char letter) : name(letter) {}
+    virtual ~Recorded() { deleted += name; }
+    char name;
+};
+
+TEST(RbContainer, DeletesItsObjectsOnlyWhenItOwnsThem) {
+    for (unsigned int flags : {0u, 1u, 2u, 3u}) {
+        Recorded *const a = new Recorded('a'), *const b = new Recorded('b');
+        {
+            RB_Container<Recorded> container(flags);
+            container.AddObject(*a);
+            container.AddObject(*b);
+            container.RemoveObject(*a);
+            container.ClearContainer();
+            container.AddObject(*a);
+        }
+        EXPECT_EQ(deleted, flags & 1 ? "ba" : "") << flags;
+        if (!(flags & 1))
+            delete a, delete b;
+        deleted.clear();
+    }
+}
+
+TEST(RbContainer, WalksWithOneCursor) {
+    int numbers[5];
+    RB_Container<int> container(0);
+    container.AddObject(numbers[3]);
+    container.InsertObjectBefore(numbers[1], numbers[3]);
+    container.InsertObjectAfter(numbers[4], numbers[3]);
+    EXPECT_EQ(container.GetObject(), nullptr);
+    container.GetFirstObject();
+    container.InsertObjectAfterCurrent(numbers[2]);
+    container.InsertObjectBeforeCurrent(numbers[0]);
+    for (short index = -1; index < 6; ++index)
+        EXPECT_EQ(container[index], index < 0 || index > 4 ? nullptr : &numbers[index]);
+    EXPECT_EQ(container.RemoveObject(numbers[1]), 1);
+    EXPECT_EQ(container.GetObject(), &numbers[2]);
+}

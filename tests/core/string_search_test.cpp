@@ -1,0 +1,134 @@
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <vector>
+
+#include "tests/core/settings.h"
+
+using namespace testing;
+
+// All fields of `text`, as far as it says that there are any.
+static std::vector<std::string> Fields(const std::string& text, char delimiter) {
+    const RBString string(text.c_str());
+    std::vector<std::string> fields;
+    RBString word("kept");
+    while (fields.size() < 9 && string.GetNthDelimitedWord(word, fields.size() + 1, delimiter)) {
+        fields.push_back(word.Text());
+        word.puts("kept");
+    }
+    EXPECT_STREQ(word.Text(), "kept");
+    return fields;
+}
+
+TEST(Fields, LieBetweenSingleDelimiters) {
+    EXPECT_THAT(Fields("a::b", ':'), ElementsAre("a", "", "b"));
+    EXPECT_THAT(Fields(":x", ':'), ElementsAre("", "x"));
+    EXPECT_THAT(Fields("::x:", ':'), ElementsAre("", "", "x", ""));
+    EXPECT_THAT(Fields("", ':'), ElementsAre(""));
+    EXPECT_THAT(Fields("x\xE5y", '\xE5'), ElementsAre("x", "y"));
+}
+
+TEST(Fields, ReportBadQuestionsAndGoOn) {
+    Reports reports;
+    RBString text("a:b"), word("kept");
+    text.GetNthDelimitedWord(word, 0, ':');
+    text.GetNthDelimitedWord(word, 3, 0); // finds nothing behind the text
+    EXPECT_EQ(text.GetNthDelimitedWord(word, 1, 0), 1);
+    EXPECT_STREQ(word.Text(), "a:b");
+    const auto noDelimiter = HasSubstr("\nbDelimiter != NULL\n");
+    EXPECT_THAT(reports.Texts(), ElementsAre(AllOf(HasSubstr("\ntWhichWord > 0\n"),
+                                                   EndsWith("\nJXRESIDT\\STRSRCH.CPP\n")),
+                                             noDelimiter, noDelimiter));
+}
+
+// The word that GetWord finds, with its positions.
+static std::string Word(const std::string& text, unsigned int position, int overPeriod = 0) {
+    RBString word("none");
+    unsigned int start = 0, end = 0;
+    RBString(text.c_str()).GetWord(word, &start, &end, position, enumGetWordOptions(overPeriod));
+    return std::string(word.Text()) + " " + std::to_string(start) + "-" + std::to_string(end);
+}
+
+TEST(Words, AreFoundAtOrAfterAPosition) {
+    EXPECT_EQ(Word("  hello, world", 1), "hello 3-7");
+    EXPECT_EQ(Word("  hello, world", 8), "world 10-14");
+    for (unsigned int position : {0u, 14u, 15u, 0xFFFFFFFFu})
+        EXPECT_EQ(Word("  hello, world", position), "none 0-0") << position;
+    // A last delimiter alone counts as a word.
+    EXPECT_EQ(Word("ab  ", 3), "  4-4");
+    EXPECT_EQ(Word("e.g. this", 1, 1), "e. 1-2");
+    EXPECT_EQ(Word("a end.", 2, 1), "end. 3-6");
+    const std::string delimiters = " !@#$%&*()-+={}[]|:;\"`<>,.?/\n\r\t";
+    for (int c = 1; c < 256; ++c) {
+        const std::string text = std::string("a") + static_cast<char>(c) + "b";
+        const bool ends = delimiters.find(static_cast<char>(c)) != std::string::npos;
+        EXPECT_EQ(Word(text, 1), ends ? "a 1-1" : text + " 1-3") << c;
+    }
+}
+
+static std::string Find(const std::string& text, const char* pattern, int mode,
+                        unsigned int position = 1) {
+    unsigned int start = 0, end = 0;
+    const int found =
+        RBString(text.c_str()).FindTextA(pattern, &start, &end, position, enumStringSearch(mode));
+    return found ? std::to_string(start) + "-" + std::to_string(end) : "none";
+}
+
+TEST(FindText, ComparesAsTheModeSaysAndCountsFromThePosition) {
+    EXPECT_EQ(Find("Then the end", "the", 1), "1-3");
+    EXPECT_EQ(Find("Then the end", "the", 3), "6-8");
+    EXPECT_EQ(Find("Then THE end", "tHe", 2), "none");
+    EXPECT_EQ(Find("ein \xC4pfel", "\xE4PFEL", 1), "5-9");
+    EXPECT_EQ(Find("aaab", "ab", 0), "3-4");
+    EXPECT_EQ(Find("Then the end", "the", 0, 5), "2-4");
+    EXPECT_EQ(Find("Then the end", "the", 3, 6), "1-3");
+    EXPECT_EQ(Find("ab", "b", 0, 2), "1-1");
+    for (unsigned int position : {0u, 3u, 0xFFFFFFFEu, 0xFFFFFFFFu})
+        EXPECT_EQ(Find("ab", "b", 0, position), "none") << position;
+    EXPECT_EQ(Find("a", "", 0) + Find("", "a", 1) + Find("a", nullptr, 1), "nonenonenone");
+}
+
+TEST(FindText, JudgesAWordByItsNeighbours) {
+    EXPECT_EQ(Find("a scat cat sat", "cat", 2), "8-10"); // goes on after a failed word
+    // At the start of the scan and one behind it the character after the match decides.
+    EXPECT_EQ(Find("cats at", "cat", 2), "none");
+    EXPECT_EQ(Find("xcat sat", "cat", 2), "2-4");
+    // Where the text's last character follows, the one before the match decides.
+    EXPECT_EQ(Find("a cats", "cat", 2), "3-5");
+    EXPECT_EQ(Find("a cats", "cat", 3, 3), "1-3");
+}
+
+TEST(DoubleByte, SearchesNeverTakeATrailByteForACharacter) {
+    const CodePage japanese("932");
+    EXPECT_THAT(Fields("\x83\x7C|\x83\x7Cz", '|'), ElementsAre("\x83\x7C", "\x83\x7Cz"));
+    EXPECT_EQ(Word("\x83\x7Cx y", 1), "\x83\x7Cx 1-3");
+    EXPECT_EQ(Find("\x83\x7C|", "|", 0), "3-3");
+    EXPECT_EQ(Find("\x83\x61 A", "a", 1), "4-4");
+}
+
+TEST(Replace, PutsATextInPlaceOfARange) {
+    const auto replace = [](const char* text, unsigned int from, unsigned int to, const char* by) {
+        RBString string(text), shared(string);
+        const unsigned int behind = string.Replace(from, to, by);
+        EXPECT_STREQ(shared.Text(), text);
+        EXPECT_EQ(string.Length(), std::strlen(string.Text()));
+        return string.Text() + (" " + std::to_string(behind));
+    };
+    EXPECT_EQ(replace("abcd", 2, 3, "XYZ"), "aXYZd 5");
+    EXPECT_EQ(replace("abcd", 3, 2, "x"), "abxcd 4");
+    replace("abcd", 0xFFFFFFFF, 4, "x"); // trusted, but never past the text
+    replace("abcd", 0, 9, nullptr);
+}
+
+TEST(LineEnds, ChangeBetweenTheMacintoshAndThePc) {
+    RBString text, own("\ra\rb\r\r"), shared(own);
+    EXPECT_STREQ(text.MacToPC("a\rb\r"), "a\r\nb\r\n");
+    EXPECT_STREQ(text.PCToMac(), "a\rb\r");
+    EXPECT_STREQ(own.MacToPC(), "\r\na\r\nb\r\n\r\n");
+    EXPECT_STREQ(shared.Text(), "\ra\rb\r\r");
+    EXPECT_STREQ(text.PCToMac("\na\n\nb\n"), "ab");
+    // A stretch between two CRs keeps the low 16 bits of its length.
+    EXPECT_EQ(
+        text.MacToPC((std::string(65535, 'x') + "\r" + std::string(65546, 'x') + "\r").c_str()),
+        std::string(65535, 'x') + "\r\n" + "xxxxxxxxxx" + "\r\n");
+}

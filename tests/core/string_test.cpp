@@ -1,0 +1,176 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+#include <vector>
+
+#include "resources/jxsysres.h"
+#include "tests/core/settings.h"
+
+using namespace testing;
+
+// The length byte, the text and the NUL: as they stand in memory, and as they should.
+static std::string Stored(const RBString& string) {
+    return {reinterpret_cast<const char*>(string.Pascal()), string.Length() + 2};
+}
+
+static std::string Image(int lengthByte, const std::string& text) {
+    return static_cast<char>(lengthByte) + text + '\0';
+}
+
+static const unsigned char* Pascal(const std::string& image) {
+    return reinterpret_cast<const unsigned char*>(image.data());
+}
+
+static std::string Many(unsigned int n, char c = 'x') { return std::string(n, c); }
+
+TEST(StringValue, HasOneEmptyFormFromWhichItGrows) {
+    const char* const noText = nullptr;
+    const unsigned char* const noPascalText = nullptr;
+    RBString reset("text"), truncated(reset);
+    reset.reset();
+    truncated.Truncate(0);
+    for (RBString text : {RBString(), RBString(noText), RBString(noPascalText), RBString('\0'),
+                          RBString(7, GetModuleHandleA(nullptr)), reset, truncated}) {
+        EXPECT_EQ(Stored(text), Image(0, ""));
+        text.concat(noText).concat("tex").concat('t').concat('\0').concat(noPascalText);
+        EXPECT_EQ(Stored(text), Image(4, "text"));
+    }
+}
+
+TEST(StringValue, LengthByteStopsAt253) {
+    for (int length : {1, 253, 254, 300, 10000}) {
+        const std::string text = Many(length), allButOne = text.substr(1);
+        RBString put, grown(allButOne.c_str()), cut((text + "yz").c_str()), sized;
+        put.puts(cut.Text(), length);
+        grown.concat('x');
+        cut.Truncate(length);
+        std::strcpy(sized.AdjustSize(20000), text.c_str());
+        sized.AdjustSize(0);
+        for (const RBString& string :
+             {put, grown, cut, sized, RBString(2, allButOne.c_str(), "x", "y"),
+              RBString(9, allButOne.c_str(), "x", nullptr, "y")})
+            EXPECT_EQ(Stored(string), Image(std::min(length, 253), text));
+    }
+}
+
+TEST(StringValue, KeepsAPascalLengthByteUntilItRecounts) {
+    RBString text("before"), built(Pascal(Image(255, Many(255))));
+    text.puts(Pascal(Image(255, Many(255))));
+    EXPECT_EQ(Stored(text), Image(255, Many(255)));
+    text.AdjustSize(300);
+    EXPECT_EQ(Stored(text), Image(253, Many(255)));
+    EXPECT_TRUE(text == Pascal(Image(253, Many(253)))); // compares as far as it claims
+    built.concat(Pascal("\x02yz")).puts(built).concat(built);
+    EXPECT_EQ(Stored(built), Image(253, Many(255) + "yz" + Many(255) + "yz"));
+}
+
+TEST(StringSharing, ReplacingDetachesAndChangingCaseDoesNot) {
+    const RBString text("text");
+    RBString put(text), grown(text), cut(text), sized(text), read(text);
+    put.puts("new");
+    grown.concat(grown);
+    cut.Truncate(1);
+    *sized.AdjustSize(9) = 'n';
+    std::istringstream({"\0\0\0\2n", 5}) >> read;
+    EXPECT_EQ(Stored(text), Image(4, "text"));
+    const RBString kept("\xC4PFEL");
+    { const std::vector<RBString> holders(70000, kept); } // more than the count counts
+    RBString second(kept);
+    EXPECT_TRUE(second.Lower().SetCharUpper(2));
+    EXPECT_STREQ(kept.Text(), "\xE4Pfel");
+}
+
+TEST(StringStream, IsABigEndianLengthAndTheText) {
+    // 300; 3 with a NUL among them, which counts until the text is counted again; 0; and 70,000.
+    const std::string bytes = std::string("\0\0\1\x2C", 4) + Many(300) +
+                              std::string("\0\0\0\3a\0b\0\0\0\0\0\1\x11\x70", 15) + Many(70000);
+    std::istringstream in(bytes);
+    std::ostringstream out;
+    RBString texts[4] = {"", "", "before", ""};
+    for (RBString& text : texts)
+        in >> text, out << text;
+    EXPECT_EQ(out.str(), bytes);
+    EXPECT_EQ(Stored(texts[1].Truncate(2)), Image(1, "a"));
+    for (const char* damaged : {"\1\1\1\4abc", "\xFF\xFF\xFF\xFE", "\x7F\xFF\xFF\xFF", "\1"}) {
+        std::istringstream(damaged) >> texts[3];
+        EXPECT_EQ(Stored(texts[3]), Image(0, ""));
+        texts[3] = "before";
+    }
+}
+
+TEST(StringErrors, AreShownAndLeaveTheValue) {
+    MessageBoxes boxes;
+    RBString text("abc");
+    text.puts("longer", 0xFFFFFFFE);
+    char* const dummy = text.charAt(0);
+    *dummy = 'x';
+    EXPECT_EQ(text.charAt(4), dummy);
+    { const StringRep none(0u), huge(0xFFFFFFFE); }
+    EXPECT_THAT(boxes.Texts(),
+                AllOf(SizeIs(5), Each(RBString(3409, GetJxSystemResHandle()).Text())));
+    EXPECT_EQ(boxes.Shown()[0].caption, RBString(149, GetJxSystemResHandle()).Text());
+    text.SetCharUpper(0);
+    *text.charAt(3) = 'z';
+    EXPECT_EQ(Stored(text), Image(3, "abz"));
+}
+
+TEST(StringText, ComparesInTheLocalesOrderAndStripsItsEnds) {
+    const RBString a("a"), b("B"), upper("A");
+    EXPECT_TRUE(a < b && b > a && !(a > b) && !(a < a) && a != upper && a == "a" && a != "ab");
+    EXPECT_TRUE(a.StrICmp(b) < 0 && b.StrICmp(a) > 0 && a.StrICmp(upper) == 0);
+    const char* const ends[] = {"  ab  ", "ab  ", "  ab", "ab"};
+    for (unsigned int where : {0u, 1u, 2u, 3u}) {
+        EXPECT_STREQ(RBString("  ab  ").StripChars(' ', where).Text(), ends[where]);
+        EXPECT_STREQ(RBString("  ").StripChars(' ', where).Text(), where ? "" : "  ");
+    }
+}
+
+TEST(StringFormat, EstimatesItsRoomAndGoesBeyondTheEstimate) {
+    const auto room = [](const char* format, std::vector<const void*> arguments) {
+        arguments.resize(8);
+        return BaseString::CalculateBufferSize(format, arguments.data());
+    };
+    EXPECT_EQ(room("%s=%d", {"abc"}), 18u);
+    EXPECT_EQ(room("plain%", {}), 6u + 1025u);
+    EXPECT_EQ(room("%5s%S", {nullptr, "four"}), 9u + 4u + 5u + 1u);
+    EXPECT_EQ(room("%r%s", {nullptr, nullptr, "four"}), 9u + 4u + 4u + 1u);
+    RBString text, format("%d.%d");
+    EXPECT_EQ(text.Sprintf("%400d", 7), Many(399, ' ') + "7");
+    EXPECT_EQ(std::strlen(text.Sprintf("%f%s", 1e300, "x")), 309u);
+    EXPECT_STREQ(text.Sprintf(1, GetModuleHandleA(nullptr), "It", 7), "It has 7");
+    EXPECT_STREQ(format.Sprintf(format, 3, 4), "3.4");
+}
+
+TEST(DoubleByte, TruncateKeepsCharactersWhole) {
+    const CodePage japanese("932", "boot_description");
+    for (const char* pair : {"\x81\x40", "\x9F\xFC", "\xE0\x7F", "\xEF\x80"})
+        EXPECT_STREQ(RBString(pair).Truncate(1).Text(), "");
+    for (const char* pair :
+         {"\x80\x40", "\xA0\x40", "\xDF\x40", "\xF0\x40", "\x81\x3F", "\x81\xFD"})
+        EXPECT_EQ(Stored(RBString(pair).Truncate(1)), Image(1, {*pair}));
+    RBString text("a\x81\x81\x81\x81z"), shared(text);
+    EXPECT_STREQ(shared.Truncate(4).Text(), "a\x81\x81");
+    EXPECT_STREQ(text.Truncate(3).Truncate(2).Text(), "a");
+    WritePrivateProfileStringA("boot_description", "codepage", nullptr, "SYSTEM.INI");
+    EXPECT_EQ(RbCountry::Instance()->GetCountry(), 0); // asked once
+    RbCountry::KillInstance();
+    EXPECT_EQ(Stored(RBString("\x81\x40").Truncate(1)), Image(1, "\x81"));
+}
+
+TEST(LStrNCpy, CutsAndSaysSoAndReportsWhatItCannotUse) {
+    Reports reports;
+    char to[5] = "####";
+    EXPECT_FALSE(LStrNCpyAndNullTerminate(to, "abcd", 4));
+    EXPECT_STREQ(to, "abc");
+    EXPECT_TRUE(LStrNCpyAndNullTerminate(to, "xyz", 4));
+    LStrNCpyAndNullTerminate(to, "abc", 1);
+    LStrNCpyAndNullTerminate(to + 2, "abc", 0);
+    EXPECT_EQ(std::string(to, 4), std::string("\0yz\0", 4));
+    LStrNCpyAndNullTerminate(nullptr, "abc", 4);
+    LStrNCpyAndNullTerminate(to, nullptr, 4);
+    const auto badSize = StartsWith("Assert Failed!\niiBufSize > 1\n47\n");
+    const auto null = StartsWith("Assert Failed!\npszCopyTo != NULL && pszCopyFrom != NULL\n48\n");
+    EXPECT_THAT(reports.Texts(), ElementsAre(badSize, badSize, null, null));
+}
