@@ -1,0 +1,124 @@
+#include <gmock/gmock.h>
+
+#include "resident/core/windows_api.h"
+#include "tests/support/helper_process.h"
+#include "tests/support/message_boxes.h"
+#include "tests/support/record_bytes.h"
+#include "tests/support/scratch.h"
+#include "ticker/ticker.h"
+
+using namespace testing;
+
+static std::string Mail(const std::string& topic, const std::string& sender) {
+    const std::string bytes = With(std::string(316, '\0'), 2, "\x01\xFE" + Pascal(topic));
+    return With(With(With(bytes, 38, Pascal("1.EML")), 72, Pascal(sender)), 311, "\x05");
+}
+
+class Ticker : public Test {
+protected:
+    ~Ticker() override { Done(); }
+
+    std::string Inbox(const std::string& bytes) { return WriteFileBytes(mInbox, bytes), mInbox; }
+    // What a call gave, "topic/file/sender kind flag"; "" for 0 with nothing written.
+    template <class Call, class... Path>
+    std::string Gives(Call call, Path... path) {
+        char *topic = nullptr, *file = nullptr, *sender = nullptr;
+        unsigned short kind = 77, flag = 77;
+        if (call(path..., mNull == 1 ? nullptr : &topic, mNull == 2 ? nullptr : &file,
+                 mNull == 3 ? nullptr : &sender, mNull == 4 ? nullptr : &kind,
+                 mNull == 5 ? nullptr : &flag) == 1)
+            return topic + std::string("/") + file + "/" + sender + " " + char('0' + kind) + " " +
+                   char('0' + flag);
+        EXPECT_TRUE(!topic && !file && !sender && kind == 77 && flag == 77);
+        return "";
+    }
+    std::string First(const std::string& path) { return Gives(GetFirstRecord, path.c_str()); }
+    std::string Next() { return Gives(GetNextRecord); }
+
+    ScratchFolder mFolder;
+    MessageBoxes mBoxes;
+    const std::string mInbox = mFolder.Path("inbox.d");
+    int mNull = 0; // which output is a null pointer
+};
+
+TEST_F(Ticker, WalksTheUsedRecordsFromTheFilesStart) {
+    const std::string header(316, '\0'), broken = With(Mail("broken", "x"), 0, "\xFF\xFF");
+    const std::string damaged = With(With(Mail("", "|Bo"), 3, "\x01"), 310, "\xFF\xFF");
+    Inbox(header + Mail("Lunch", "Smith|Anna") + broken + damaged + Mail("Cut", "").substr(0, 315));
+    EXPECT_EQ(First(mInbox), "Lunch/1.EML/Anna Smith 5 0");
+    EXPECT_EQ(Next(), "/1.EML/Bo  6 1");
+    EXPECT_EQ(Next(), "");
+    EXPECT_TRUE(DeleteFileA(mInbox.c_str())) << "the file is still open";
+    // A header that passes for a record is one.
+    EXPECT_THAT(First(Inbox(std::string(316, 'H'))), StartsWith(std::string(27, 'H') + "/H"));
+    Done();
+    EXPECT_TRUE(DeleteFileA(mInbox.c_str()));
+    EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+TEST_F(Ticker, NoUsedRecordAndNoFileGiveNothing) {
+    for (const std::string& bytes : {std::string(316, '\0'), std::string(), std::string(3, 'x')})
+        EXPECT_EQ(First(Inbox(bytes)), "");
+    EXPECT_TRUE(DeleteFileA(mInbox.c_str()));
+    EXPECT_EQ(First(mInbox), "");
+    EXPECT_EQ(Next(), ""); // a failed open is a walk as well
+    EXPECT_EQ(First(mInbox), "");
+    EXPECT_FALSE(FileThere(mInbox));
+    Done();
+    Done();
+    const HeldFile held(Inbox(Mail("Lunch", "Anna")));
+    EXPECT_EQ(First(mInbox), "");
+    EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+TEST_F(Ticker, CallsOutOfOrderAreReportedAndGoOn) {
+    const auto source = EndsWith("\nJXTICKER\\JXTICDLL\\JXTICDLL.CPP\n");
+    EXPECT_EQ(Next(), "");
+    EXPECT_THAT(mBoxes.TakeTexts(),
+                ElementsAre(AllOf(StartsWith("Assert Failed!\npoDFile\n"), source)));
+    EXPECT_EQ(First(Inbox(Mail("Lunch", "Anna"))), "Lunch/1.EML/Anna 5 0");
+    EXPECT_EQ(First(mInbox), "Lunch/1.EML/Anna 5 0");
+    EXPECT_THAT(mBoxes.Texts(), Contains(AllOf(StartsWith("Assert Failed!\n!poDFile\n"), source)));
+}
+
+TEST_F(Ticker, NullPointersGiveNothing) {
+    Inbox(Mail("Lunch", "Anna") + Mail("Tea", "Bo"));
+    EXPECT_EQ(Gives(GetFirstRecord, static_cast<const char*>(nullptr)), "");
+    for (mNull = 1; mNull <= 5; ++mNull) {
+        Done();
+        EXPECT_EQ(First(mInbox), "") << mNull;
+    }
+    Done();
+    EXPECT_NE(First(mInbox), "");
+    mNull = 3;
+    EXPECT_EQ(Next(), "");
+}
+
+TEST_F(Ticker, FunctionsHavePlainNames) {
+    const HMODULE library = LoadLibraryA("JXTICDLL.DLL");
+    void* const first = reinterpret_cast<void*>(GetProcAddress(library, "GetFirstRecord"));
+    EXPECT_EQ(Gives(reinterpret_cast<decltype(&GetFirstRecord)>(first),
+                    Inbox(Mail("Lunch", "Anna")).c_str()),
+              "Lunch/1.EML/Anna 5 0");
+    for (const char* name : {"GetNextRecord", "Done", "PrintError"})
+        EXPECT_TRUE(GetProcAddress(library, name)) << name;
+    FreeLibrary(library);
+}
+
+TEST(PrintErrorBox, ShowsAFormattedResourceCutAt255Characters) {
+    MessageBoxes boxes;
+    void* const program = GetModuleHandleA(nullptr);
+    EXPECT_EQ(PrintError(21, 20, 99, program, "Anna", -3, 50u), IDOK);
+    PrintError(22, 999, 0, program);
+    PrintError(23, 20, 0, program, std::string(10000, 'x').c_str());
+    const auto loaded = AllOf(StartsWith("123456789_"), EndsWith("_1234"), SizeIs(254));
+    EXPECT_THAT(boxes.Texts(),
+                ElementsAre("Anna has -3 messages, 50% read.", loaded, std::string(255, 'x')));
+    EXPECT_EQ(boxes.Shown()[0].caption + boxes.Shown()[1].caption, "Caption");
+}
+
+TEST(AllocationFailure, IsHandledWhileTheLibraryIsLoaded) {
+    EXPECT_EQ(HelperProcess("allocation-handler").ExitCode(), 0u);
+    EXPECT_EQ(HelperProcess("allocation-failure 4").ExitCode(), 20u); // Retry tries again
+    EXPECT_EQ(HelperProcess("allocation-failure 2").ExitCode(), 1u);  // Cancel ends the process
+}
