@@ -87,7 +87,7 @@ TEST_F(SystemPrefs, ReadsASectionsLinesFromTheOpenedFile) {
 }
 
 // Text mode takes the carriage return away before the reader sees it.
-TEST_F(SystemPrefs, DISABLED_CarriageReturnIsPartOfALine) {
+TEST_F(SystemPrefs, CarriageReturnIsPartOfALine) {
     Lines("[s]\r\nk=v\r\n");
     Open();
     EXPECT_EQ(Line("s"), "k:v\r:2");
