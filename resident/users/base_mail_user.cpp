@@ -188,13 +188,6 @@ bool BaseMailUser::Continued() {
 
 UserLRec* BaseMailUser::UlrPtr() { return reinterpret_cast<UserLRec*>(msUlr); }
 
-// Copies a string's length byte and characters to the record's offset `at`, cut at its end.
-static void PutPascal(const RBString& string, unsigned int at) {
-    const unsigned int size =
-        std::min<unsigned int>(string.LengthByte() + 1, sizeof(UserLRec) - at);
-    std::memcpy(BaseMailUser::msUlr + at, string.Pascal(), size);
-}
-
 std::ostream& operator<<(std::ostream& out, BaseMailUser& oUser) {
     const RBString& szAddress = oUser.mstrAddress;
     if (szAddress.Length() > ULR_MAX_ADDRESS_LEN) {
@@ -204,7 +197,7 @@ std::ostream& operator<<(std::ostream& out, BaseMailUser& oUser) {
     std::memset(BaseMailUser::msUlr, 0, sizeof BaseMailUser::msUlr);
     UserLRec& record = *BaseMailUser::UlrPtr();
     // A long name's characters run on behind its field; the fields below are put over them.
-    PutPascal(oUser.mstrName, offsetof(UserLRec, name));
+    PutPascal(oUser.mstrName, BaseMailUser::msUlr, offsetof(UserLRec, name), sizeof record);
     record.settingsMark = UserLRec::keSettingsValid;
     record.messageFormat = static_cast<unsigned char>(oUser.mMessageFormat);
     record.enclosureEncode = static_cast<unsigned char>(oUser.mEnclosureEncode);
@@ -213,7 +206,7 @@ std::ostream& operator<<(std::ostream& out, BaseMailUser& oUser) {
     if (szAddress.Length() < ULR_MAX_ZONE_LEN) {
         JX_CHECK_MESSAGE(szAddress.Length() < ULR_MAX_ZONE_LEN,
                          "oUser.szAddress.Length() < ULR_MAX_ZONE_LEN", nullptr);
-        PutPascal(szAddress, offsetof(UserLRec, zone));
+        PutPascal(szAddress, BaseMailUser::msUlr, offsetof(UserLRec, zone), sizeof record);
     } else {
         constexpr unsigned int first = ULR_MAX_ZONE_LEN - 1;
         record.zone[0] = first;

@@ -1,19 +1,39 @@
 #include "resident/users/format_words.h"
 
+#include <map>
+
 #include "resources/jxsysres.h"
 
 static constexpr FormatWord kMessageFormats[] = {{713, 1}, {715, 2}, {716, 3}, {714, 4}};
+static constexpr FormatWord kImportFormats[] = {{713, 1}, {714, 4}, {715, 2}, {712, 2}, {716, 3}};
 static constexpr FormatWord kEnclosureEncodes[] = {{718, 1}, {719, 2}, {725, 7}};
 static constexpr FormatWord kPlatforms[] = {{726, 6}, {720, 1}, {721, 2},
                                             {722, 3}, {723, 4}, {724, 5}};
 
 const FormatWords kMessageFormatWords = {kMessageFormats, 4};
+const FormatWords kImportFormatWords = {kImportFormats, 5};
 const FormatWords kEnclosureEncodeWords = {kEnclosureEncodes, 3};
 const FormatWords kPlatformWords = {kPlatforms, 6};
 
-int FormatWords::ValueOf(const RBString& text, int fallback) const {
+// The resource's text, loaded once: a user list asks for each of them on every line.
+static const RBString& TextOf(const FormatWord& word) {
+    static std::map<unsigned short, RBString>& texts = *new std::map<unsigned short, RBString>;
+    const auto known = texts.find(word.resource);
+    if (known != texts.end())
+        return known->second;
+    return texts[word.resource] =
+               RBString(static_cast<unsigned int>(word.resource), GetJxSystemResHandle());
+}
+
+int FormatWords::ValueOf(std::string_view text, int fallback) const {
+    // Equal bytes are equal texts, and told much sooner than by the collation.
     for (unsigned int i = 0; i < count; ++i)
-        if (text == RBString(static_cast<unsigned int>(words[i].resource), GetJxSystemResHandle()))
+        if (text == TextOf(words[i]).Text())
+            return words[i].value;
+    RBString string;
+    string.puts(text, {}, {});
+    for (unsigned int i = 0; i < count; ++i)
+        if (string == TextOf(words[i]))
             return words[i].value;
     return fallback;
 }
@@ -21,7 +41,7 @@ int FormatWords::ValueOf(const RBString& text, int fallback) const {
 bool FormatWords::WordOf(int value, RBString& word) const {
     for (unsigned int i = 0; i < count; ++i) {
         if (words[i].value == value) {
-            word.getResource(words[i].resource, GetJxSystemResHandle());
+            word = TextOf(words[i]);
             return true;
         }
     }

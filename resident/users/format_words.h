@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "resident/core/rb_string.h"
 
 // The words for message formats, enclosure encodings and platforms: strings of the product's
@@ -17,12 +19,13 @@ struct FormatWords {
     unsigned int count;
 
     // The value whose word equals `text`, or `fallback`.
-    int ValueOf(const RBString& text, int fallback) const;
+    int ValueOf(std::string_view text, int fallback) const;
     // Puts the word of `value` into `word`; returns false, with an empty word, when it has none.
     bool WordOf(int value, RBString& word) const;
 };
 
-// What "defaults.ini" holds.
 extern const FormatWords kMessageFormatWords;
 extern const FormatWords kEnclosureEncodeWords;
 extern const FormatWords kPlatformWords;
+// User lists have a second word for message format 2.
+extern const FormatWords kImportFormatWords;

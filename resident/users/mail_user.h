@@ -5,6 +5,17 @@
 
 class RbFile;
 
+// Results of Export and Import.
+enum enumUserListResult {
+    keUserListDone = 0,
+    keUserListNoName = 1,       // export: nothing written
+    keUserListNotWritten = 2,   // export
+    keUserListTooFewFields = 3, // import: fewer than three on the line
+    keUserListTooLong = 4,      // import: a name over 32 characters, an address over 111
+    keUserListNoGivenName = 6,  // import
+    keUserListEmptyLine = 7     // import
+};
+
 // A mail user as the rest of the system makes, orders, compares and shows it.
 class JX_API MailUser : public BaseMailUser {
 public:
@@ -48,8 +59,17 @@ public:
     // Puts `text` into `dest` and returns 1 when it is shorter than `limit`, else 0.
     static int BoundryCheck(RBString& dest, const char* text, unsigned int limit);
 
+    // Write this user as one line of a user list, and read the next line into it: family and given
+    // name, address, platform, message format and enclosure encoding, the settings as words.
+    // docs/formats/user_list.md describes the line. What was read before a failure stays set.
+    enumUserListResult Export(RbFile& file);
+    enumUserListResult Import(RbFile& file);
+
     // The name's first character, or its second behind a leading bar; 0 for an empty name.
     char GetUserNameFirstChar() const;
+
+private:
+    enumUserListResult ImportFields(std::string_view line);
 };
 
 extern template class JX_API RB_Container<MailUser>;

@@ -14,6 +14,12 @@ RBString FieldString(const unsigned char* field, unsigned int size) {
     return RBString(pascalText);
 }
 
+void PutPascal(const RBString& string, unsigned char* record, unsigned int at,
+               unsigned int recordSize) {
+    std::memcpy(record + at, string.Pascal(),
+                std::min<unsigned int>(string.LengthByte() + 1, recordSize - at));
+}
+
 static char* ContinuationBytes() {
     return reinterpret_cast<char*>(BaseMailUser::msUlr) + sizeof(UserLRec);
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <sstream>
 
+#include "resident/core/text_fields.h"
 #include "resident/core/windows_api.h"
 
 // What a missing section's key list reads as.
@@ -115,19 +116,10 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
     return 1;
 }
 
-// Reads up to a line feed, which is left out, or as much of a longer line as the buffer holds; the
-// rest is then the next line. Returns false when there is nothing more to read.
-bool SystemPrefFile::ReadLine(char (&line)[keBufferSize]) {
-    std::istream::getline(line, sizeof line);
-    if (fail() && !bad() && gcount() == sizeof line - 1)
-        clear(rdstate() & ~std::ios::failbit);
-    return !fail();
-}
-
 bool SystemPrefFile::FindSection(const char* section) {
     const std::size_t length = std::strlen(section);
     char line[keBufferSize];
-    while (ReadLine(line)) {
+    while (ReadLine(*this, line, '\n')) {
         const char* header = CleanPrefLine(line);
         if (header[0] == '[' && _strnicmp(header + 1, section, length) == 0 &&
             header[1 + length] == ']')
@@ -152,7 +144,7 @@ int SystemPrefFile::GetNextUnKeyPrefLine(const char* section, char* keyOut, int 
     char line[keBufferSize];
     char* setting;
     do {
-        if (!ReadLine(line))
+        if (!ReadLine(*this, line, '\n'))
             return keFailure;
         setting = CleanPrefLine(line);
         if (*setting == '[')

@@ -56,7 +56,6 @@ public:
 private:
     enum { keTokenSize = 1600, keBufferSize = keTokenSize + 1 };
 
-    bool ReadLine(char (&line)[keBufferSize]);
     bool FindSection(const char* section);
 
     char mszToken[keBufferSize];

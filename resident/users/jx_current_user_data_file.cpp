@@ -1,0 +1,86 @@
+#include "resident/users/jx_current_user_data_file.h"
+
+#include <cstring>
+
+#include "resident/files/rb_file.h"
+#include "resident/runtime/check.h"
+
+static const char kSource[] = "JXRESIDT\\JXUSRFIL.CPP";
+
+static const char kUserDataFile[] = "JXUSER.DAT";
+static const char kLoggedUserFile[] = "JXLGDUSR.DAT";
+
+static constexpr unsigned short kSpecSize = 260;
+
+JxCurrentUserDataFile::JxCurrentUserDataFile() : mpszFileSpec(nullptr), mpoRbFile(nullptr) {}
+
+JxCurrentUserDataFile::~JxCurrentUserDataFile() {
+    delete[] mpszFileSpec;
+    // An open file stays open: closing it is the owner's duty.
+    if (mpoRbFile && !mpoRbFile->isOpen())
+        delete mpoRbFile;
+}
+
+unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
+                                                unsigned short size) {
+    const unsigned int length = GetWindowsDirectoryA(buffer, size);
+    if (length == 0 || length >= size)
+        return 0;
+    FileSpec spec(buffer, 1);
+    spec.SetSpecPart(name, 0);
+    const char* const path = spec.FullFileSpec();
+    if (std::strlen(path) >= size)
+        return 0;
+    std::strcpy(buffer, path);
+    return length;
+}
+
+unsigned int JxCurrentUserDataFile::GetUserDataFileSpec(RBString& spec) {
+    char path[kSpecSize];
+    const unsigned int result = GetFileSpec(kUserDataFile, path, sizeof path);
+    if (result)
+        spec.puts(path);
+    return result;
+}
+
+int JxCurrentUserDataFile::Open(const char* name, int mode) {
+    JX_CHECK_MESSAGE(mpoRbFile == nullptr, "mpoRbFile == NULL", nullptr);
+    if (mpoRbFile && mpoRbFile->isOpen())
+        mpoRbFile->close();
+    delete mpoRbFile;
+    delete[] mpszFileSpec;
+    mpoRbFile = nullptr;
+    mpszFileSpec = new char[kSpecSize];
+    mpszFileSpec[0] = 0;
+    if (!GetFileSpec(name, mpszFileSpec, kSpecSize))
+        return 0;
+    mpoRbFile = new RbFile(mpszFileSpec);
+    // A hidden file cannot be opened for writing anew.
+    SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_ARCHIVE);
+    return mpoRbFile->Open(mode);
+}
+
+int JxCurrentUserDataFile::OpenUserDataFile(int mode) { return Open(kUserDataFile, mode); }
+
+int JxCurrentUserDataFile::OpenLoggedUserFile(int mode) { return Open(kLoggedUserFile, mode); }
+
+void JxCurrentUserDataFile::Close() {
+    JX_CHECK_MESSAGE(mpszFileSpec != nullptr, "mpszFileSpec != NULL", nullptr);
+    if (!mpszFileSpec)
+        return;
+    if (mpoRbFile && mpoRbFile->isOpen())
+        mpoRbFile->close();
+    const int iiResult = SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_HIDDEN) ? 0 : -1;
+    delete[] mpszFileSpec;
+    delete mpoRbFile;
+    mpszFileSpec = nullptr;
+    mpoRbFile = nullptr;
+    JX_CHECK_MESSAGE(iiResult == 0, "iiResult == 0", "Can't set JxBackgnd file attributes");
+}
+
+std::fstream* JxCurrentUserDataFile::GetStream() {
+    JX_CHECK(mpszFileSpec);
+    JX_CHECK(mpoRbFile);
+    JX_CHECK_MESSAGE(mpoRbFile && mpoRbFile->isOpen(), "mpoRbFile->isOpen()", nullptr);
+    return mpoRbFile;
+}
