@@ -2,9 +2,10 @@
 
 /* The plain functions of JXTICDLL.DLL, for C and C++: how a notifier lists an inbox.
 
-       char *topic, *fileName, *sender;
+       char *inbox, *userData, *topic, *fileName, *sender;
        unsigned short kind, flag;
-       int more = GetFirstRecord(path, &topic, &fileName, &sender, &kind, &flag);
+       int more = GetCurUserPath(&inbox, &userData) &&
+                  GetFirstRecord(inbox, &topic, &fileName, &sender, &kind, &flag);
        for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag))
            ...
        Done();
@@ -17,6 +18,11 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The path of the current user's inbox D file, and that of the file in the Windows directory that
+   tells it. Returns non-zero, or 0 with nothing written when there is no current user. Both texts
+   last until Done or the next call, but the second is emptied by each of the record functions. */
+JX_API int __stdcall GetCurUserPath(char** inboxPath, char** userDataPath);
 
 /* Opens the D file `path` and returns its first used record, as GetNextRecord does. Returns 0 when
    it cannot be opened, or has no used record. A walk must be ended, by a 0 or by Done, before the

@@ -53,7 +53,8 @@ public:
     int SetSpecPart(RBString text, int isPath);
     int SetValidSpecPart(RBString& text, int isPath);
     int AppendPath(const char* sub);
-    // Drops the path's last backslash-ended level, unless it is the only one.
+    // Drops the path's last level, each of which ends in a backslash, unless it is the only one:
+    // the root is a level too.
     void DecendPath();
     // Without checks, with a backslash at both ends.
     void SetPath(const char* path);

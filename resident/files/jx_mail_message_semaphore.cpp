@@ -12,16 +12,17 @@ JxMailMessageSemaphore::JxMailMessageSemaphore() : mfCreated(0) {}
 
 JxMailMessageSemaphore::~JxMailMessageSemaphore() = default;
 
-static void LockFile(FileSpec& lock, const char* name) {
-    lock.SetSpecPart(name, 0);
+// False for a name that no file can have.
+static bool LockFile(FileSpec& lock, const char* name) {
+    const int result = lock.SetSpecPart(name, 0);
     lock.SetFileExt(".SEM");
+    return result == FileSpec::keSpecOk;
 }
 
 int JxMailMessageSemaphore::CreateSemaphoreA(const char* name) {
     mstrName.puts(name);
     RbFile lock;
-    LockFile(lock, name);
-    if (lock.Exists() || !lock.OpenSilent(keOpenIn | keOpenOut))
+    if (!LockFile(lock, name) || lock.Exists() || !lock.OpenSilent(keOpenIn | keOpenOut))
         return 0;
     lock.close();
     mfCreated = 1;
@@ -30,8 +31,8 @@ int JxMailMessageSemaphore::CreateSemaphoreA(const char* name) {
 
 int JxMailMessageSemaphore::RemoveSemaphore(const char* name) {
     FileSpec lock;
-    LockFile(lock, name ? name : mstrName.Text());
-    const int fReturn = DiskDriver::RemoveFile(lock);
+    const int fReturn =
+        LockFile(lock, name ? name : mstrName.Text()) && DiskDriver::RemoveFile(lock);
     JX_CHECK_AT(76, fReturn, "fReturn");
     return fReturn;
 }

@@ -7,6 +7,9 @@
 //   allocation-failure BUTTON             runs out of memory with the ticker library loaded, frees
 //                                         some when the box shows and presses BUTTON; 20 when the
 //                                         allocation comes back
+//   report OUTPUTS BUTTON                 reports "a != 0" to OUTPUTS (-1: those it starts with)
+//                                         and answers the dialog with BUTTON; ends with the count,
+//                                         16 for each dialog and 256 for each debugger text
 
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +18,9 @@
 #include <vector>
 
 #include "resident/core/windows_api.h"
+#include "resident/runtime/reporting.h"
+#include "tests/support/debug_output.h"
+#include "tests/support/message_boxes.h"
 
 static int Hold(char** arguments) {
     const HANDLE file =
@@ -69,6 +75,28 @@ static int AllocationFailure(const char* button) {
     return ::operator new(kBlock) ? 20 : 15;
 }
 
+template <class Function>
+static Function Export(HMODULE library, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
+// By address: the other commands need a process that starts without the library.
+static int Report(char** arguments) {
+    const HMODULE library = LoadLibraryA("JXTICDLL.DLL");
+    if (!library)
+        return 12;
+    MessageBoxes boxes;
+    DebugOutput debug;
+    const int outputs = std::atoi(arguments[0]);
+    boxes.AnswerWith(std::atoi(arguments[1]));
+    if (outputs >= 0)
+        Export<decltype(&RbAssertSelectOutput)>(library, "RbAssertSelectOutput")(outputs, nullptr);
+    Export<decltype(&RbAssertDispatch)>(library, "RbAssertDispatch")(0, "a != 0", nullptr, 0,
+                                                                     nullptr, 0);
+    const auto count = Export<decltype(&RbAssertGetCount)>(library, "RbAssertGetCount");
+    return static_cast<int>(count() + 16 * boxes.Shown().size() + 256 * debug.Texts().size());
+}
+
 int main(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
     if (command == "hold" && argc == 6)
@@ -77,5 +105,7 @@ int main(int argc, char** argv) {
         return AllocationHandler();
     if (command == "allocation-failure" && argc == 3)
         return AllocationFailure(argv[2]);
+    if (command == "report" && argc == 4)
+        return Report(argv + 2);
     return 2;
 }

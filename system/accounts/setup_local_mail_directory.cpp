@@ -1,0 +1,42 @@
+// Here, and not beside its class, because it makes directory files of the mail store and asks the
+// mail preferences where.
+
+#include "resident/files/disk_driver.h"
+#include "resident/users/jx_logged_mail_user.h"
+#include "system/prefs/jx_mail_prefs.h"
+#include "system/store/directory_file.h"
+
+// One local folder: who knows its directory, and its directory file's name.
+struct LocalFolder {
+    void (JXMailPrefs::*directory)(RBString* out) const;
+    const char* directoryFile;
+};
+
+static constexpr LocalFolder kFolders[] = {
+    {&JXMailPrefs::GetLocalInboxDir, "DFile"},    {&JXMailPrefs::GetLocalMailLogDir, "MFile"},
+    {&JXMailPrefs::GetLocalPublicDir, "DFile"},   {&JXMailPrefs::GetLocalTrashDir, "DFile"},
+    {&JXMailPrefs::GetLocalSentMailDir, "DFile"}, {&JXMailPrefs::GetLocalOutboxDir, "DFile"},
+    {&JXMailPrefs::GetBackgndWorkDir, nullptr},   {&JXMailPrefs::GetLocalDeadMailDir, nullptr}};
+
+int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result,
+                                              enumLocalMailDir which) {
+    const unsigned int index = static_cast<unsigned int>(which);
+    if (!prefs || index >= sizeof kFolders / sizeof kFolders[0])
+        return 0;
+    const LocalFolder& folder = kFolders[index];
+    RBString directory;
+    (prefs->*folder.directory)(&directory);
+    FileSpec spec(directory, 1);
+    if (!DiskDriver::FileExists(spec, keAttrDirectory) && !DiskDriver::MakeDir(spec))
+        return 0;
+    int made = 1;
+    if (folder.directoryFile) {
+        spec.SetSpecPart(folder.directoryFile, 0);
+        DirectoryFile directoryFile(keDirFolder);
+        static_cast<FileSpec&>(directoryFile) = spec;
+        if (!directoryFile.Exists())
+            made = directoryFile.CreateDFile();
+    }
+    result = spec;
+    return made;
+}

@@ -1,0 +1,372 @@
+#include "system/prefs/jx_mail_prefs.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "resident/files/disk_driver.h"
+#include "resident/runtime/check.h"
+#include "resident/users/jx_backgnd_data.h"
+#include "resident/users/jx_logged_mail_user.h"
+#include "resources/jxsysres.h"
+#include "system/accounts/jx_mail_user_representation.h"
+#include "system/prefs/rb_ini_entry.h"
+
+static const char kSource[] = "JXSYSTEM\\MAILPREF.CPP";
+
+static const char kPrefsFile[] = "RB.DAT";
+static const char kIniFile[] = "USER.INI";
+static const char kDialupSection[] = "Dial-Up Networking";
+static const char kConnectionKey[] = "Connection";
+static const char kDisconnectKey[] = "Disconnect";
+
+// The record's texts: a length byte, the text and a closing zero.
+static constexpr PrefField kCode168 = {168, 6};
+static constexpr PrefField kCode174 = {174, 6};
+static constexpr PrefField kString180 = {180, 32};
+static constexpr PrefField kString212 = {212, 34};
+static constexpr PrefField kString246 = {246, 34};
+static constexpr PrefField kMailDirectory = {280, 66};
+static constexpr PrefField kString346 = {346, 34};
+static constexpr PrefField kPopAddress = {380, 134};
+static constexpr PrefField kReturnAddress = {514, 134};
+static constexpr PrefField kDefaultDomain = {648, 134};
+static constexpr PrefField kFullSmtpHost = {782, 134};
+static constexpr PrefField kQuoteMark = {922, 33};
+static constexpr PrefField kDsApiName = {955, 33};
+static constexpr PrefField kPassword = {988, 256};
+static constexpr PrefField kString1244 = {1244, 256};
+
+// Texts without a length byte.
+static constexpr PrefField kString16 = {16, 16};
+static constexpr unsigned int kPriorities = 32;
+static constexpr unsigned int kPrioritySize = 16;
+
+static constexpr unsigned int kWindowRect = 112;
+
+// The fields that cross between ANSI and OEM; the others are ASCII, or kept as they are.
+static constexpr PrefField kConverted[] = {kCode168,       kCode174,       kString180, kString212,
+                                           kString246,     kMailDirectory, kString346, kPopAddress,
+                                           kReturnAddress, kDefaultDomain, kPassword};
+static constexpr PrefField kExtraStrings[] = {{18, 34}, {52, 34}};
+
+JXMailPrefs::JXMailPrefs(unsigned int flags)
+    : UserPrefFile(mRecord, keApplication, keRecordSize, keVersion) {
+    Init();
+    mPrefFlags = flags;
+    SetDefaults();
+}
+
+JXMailPrefs::JXMailPrefs(JxLoggedMailUser& user, unsigned int flags)
+    : UserPrefFile(mRecord, keApplication, keRecordSize, keVersion) {
+    ReadFrom(user.LoggedText(), flags);
+}
+
+JXMailPrefs::JXMailPrefs(JxMailUserRepresentation& user, unsigned int flags)
+    : UserPrefFile(mRecord, keApplication, keRecordSize, keVersion) {
+    ReadFrom(user.GetPrefFileSpecString(), flags);
+}
+
+JXMailPrefs::~JXMailPrefs() { delete mpoUserIniFile; }
+
+void JXMailPrefs::Init() {
+    std::memset(mRecord, 0, sizeof mRecord);
+    std::memset(mExtra, 0, sizeof mExtra);
+    mPrefFlags = 0;
+    mfValid = 0;
+    mwPopPort = JxBackgndData::keDefaultPopPort;
+    mwSmtpPort = JxBackgndData::keDefaultSmtpPort;
+    mpoUserIniFile = nullptr;
+}
+
+void JXMailPrefs::ReadFrom(const RBString& directory, unsigned int flags) {
+    Init();
+    SetSpecPart(directory, 1);
+    SetSpecPart(kPrefsFile, 0);
+    if (Exists()) {
+        mPrefFlags = flags;
+        SetDefaults();
+        ReadJXPrefs();
+    }
+}
+
+JXMailPrefs& JXMailPrefs::operator=(const JXMailPrefs& other) {
+    if (this != &other) {
+        UserPrefFile::operator=(other);
+        moTag.buffer = mRecord;
+        std::memcpy(mRecord, other.mRecord, sizeof mRecord);
+        std::memcpy(mExtra, other.mExtra, sizeof mExtra);
+        mPrefFlags = other.mPrefFlags;
+        mfValid = other.mfValid;
+        mstrMailDirectory = other.mstrMailDirectory;
+        mwPopPort = other.mwPopPort;
+        mwSmtpPort = other.mwSmtpPort;
+    }
+    return *this;
+}
+
+RBString JXMailPrefs::Text(const PrefField& field) const {
+    const auto* const text = reinterpret_cast<const char*>(mRecord) + field.offset + 1;
+    const unsigned int most = field.size - 2u;
+    // Never behind the field, whatever the length byte says, nor behind a zero in it.
+    const unsigned int length = std::min<unsigned int>(mRecord[field.offset], most);
+    RBString result;
+    result.puts(std::string_view(text, strnlen(text, length)), {}, {});
+    return result;
+}
+
+void JXMailPrefs::SetText(const PrefField& field, const char* text) {
+    const unsigned int length =
+        std::min<unsigned int>(text ? std::strlen(text) : 0, field.size - 2u);
+    unsigned char* const place = mRecord + field.offset;
+    std::memset(place, 0, field.size);
+    place[0] = static_cast<unsigned char>(length);
+    std::memcpy(place + 1, text ? text : "", length);
+}
+
+void JXMailPrefs::SetDefaults() {
+    std::memset(mExtra, 0, sizeof mExtra);
+    std::memset(mRecord, 0, sizeof mRecord);
+    static constexpr struct {
+        unsigned char offset;
+        unsigned char bits;
+    } kOptions[] = {{0, 0xCB}, {1, 0x34}, {2, 0x3B}, {5, 0x24}, {6, 0x08}};
+    for (const auto& option : kOptions)
+        mRecord[option.offset] = option.bits;
+    static constexpr struct {
+        unsigned short offset;
+        short value;
+    } kNumbers[] = {{150, 10}, {152, 10}, {154, 4},    {156, 10},
+                    {158, 7},  {916, 45}, {918, 4096}, {920, 1024}};
+    for (const auto& number : kNumbers)
+        Number(number.offset) = number.value;
+    SetText(kCode168, "????");
+    SetText(kCode174, "????");
+    SetText(kString212, RBString(110u, GetJxSystemResHandle()).Text());
+    SetText(kQuoteMark, ">");
+    SetText(kString1244, RBString(3424u, GetJxSystemResHandle()).Text());
+    mwPopPort = JxBackgndData::keDefaultPopPort;
+    mwSmtpPort = JxBackgndData::keDefaultSmtpPort;
+    MakeIniFile();
+}
+
+void JXMailPrefs::MakeIniFile() {
+    FileSpec spec;
+    if (mwDrive != keNoDrive || mstrPath.Length())
+        spec.SetSpecPart(FullPath(), 1);
+    spec.SetSpecPart(kIniFile, 0);
+    delete mpoUserIniFile;
+    mpoUserIniFile = new SystemPrefFile(spec);
+}
+
+int JXMailPrefs::CreatePrefsFile(const char* path) {
+    const int created = UserPrefFile::CreatePrefsFile(path);
+    if (created)
+        MakeIniFile();
+    return created;
+}
+
+int JXMailPrefs::ReadJXPrefs() {
+    miOpenMode = keOpenIn | keOpenBinary;
+    int result = 0;
+    if (Reopen(miOpenMode)) {
+        result = ReadAppPrefs(moTag, 0);
+        if (result) {
+            ConvertPrefs(kePrefsToAnsi);
+            FixMailDirectory(0);
+            SplitAddresses();
+        }
+        ClosePrefFile();
+    }
+    if (!result)
+        ShowFileMessage(keMessageAccess, FullFileSpec());
+    mfValid = result;
+    return result;
+}
+
+int JXMailPrefs::WriteJXPrefs() {
+    if (!(mPrefFlags & keAllowWriting))
+        return 1;
+    FixMailDirectory(1);
+    ConvertPrefs(kePrefsToOem);
+    int result = 0;
+    if (Reopen(keOpenIn | keOpenOut | keOpenBinary)) {
+        result = WriteAppPrefs(moTag);
+        ClosePrefFile();
+    }
+    if (!result)
+        ShowFileMessage(keMessageAccess, FullFileSpec());
+    ConvertPrefs(kePrefsToAnsi);
+    return result;
+}
+
+int JXMailPrefs::ReadOtherPrefs(AppPrefTag& tag) {
+    int result = 0;
+    if (Reopen(keOpenIn | keOpenBinary)) {
+        result = ReadAppPrefs(tag, 0);
+        ClosePrefFile();
+    }
+    return result ? 1 : ShowFileMessage(keMessageAccess, FullFileSpec());
+}
+
+void JXMailPrefs::SplitAddresses() {
+    JxBackgndData::ParseIP(Text(kPopAddress), JxBackgndData::keDefaultPopPort, &mstrPopAccount,
+                           &mwPopPort, nullptr);
+    JxBackgndData::ParseIP(Text(kFullSmtpHost), JxBackgndData::keDefaultSmtpPort, &mstrSmtpHost,
+                           &mwSmtpPort, nullptr);
+}
+
+void JXMailPrefs::ConvertPrefs(ConvertPrefTo direction) {
+    // The text up to its zero, or to the end of its field.
+    const auto convert = [direction](unsigned char* bytes, unsigned int size) {
+        char* const text = reinterpret_cast<char*>(bytes);
+        const unsigned int length = strnlen(text, size);
+        if (direction == kePrefsToAnsi)
+            OemToCharBuffA(text, text, length);
+        else
+            CharToOemBuffA(text, text, length);
+    };
+    for (const PrefField& field : kExtraStrings)
+        convert(mExtra + field.offset + 1, field.size - 1u);
+    convert(mRecord + kString16.offset, kString16.size);
+    for (const PrefField& field : kConverted)
+        convert(mRecord + field.offset + 1, field.size - 1u);
+    for (unsigned int level = 0; level < LP_MAX_PRIORITY_LEVELS; ++level)
+        convert(mRecord + kPriorities + level * kPrioritySize, kPrioritySize);
+}
+
+void JXMailPrefs::FixMailDirectory(int toRecord) {
+    if (toRecord) {
+        RBString directory(mstrMailDirectory.Text());
+        const unsigned int length = directory.Length();
+        if (length && directory.Text()[length - 1] == '\\')
+            directory.Truncate(length - 1);
+        SetText(kMailDirectory, directory.Text());
+        return;
+    }
+    FileSpec spec;
+    if (mwDrive != keNoDrive)
+        spec.Build(static_cast<char>('A' + mwDrive), nullptr, nullptr, nullptr, 0);
+    if (spec.SetSpecPart(Text(kMailDirectory), 1) == keSpecOk)
+        mstrMailDirectory.puts(spec.FullSpec());
+    else
+        mstrMailDirectory.reset();
+}
+
+void JXMailPrefs::SetMailDirectory(FileSpec& directory) {
+    mstrMailDirectory.puts(directory.FullSpec());
+    const unsigned int length = mstrMailDirectory.Length();
+    if (length && mstrMailDirectory.Text()[length - 1] != '\\')
+        mstrMailDirectory.concat('\\');
+}
+
+void JXMailPrefs::LocalDir(const char* name, RBString* dir) const {
+    *dir = mstrMailDirectory;
+    dir->concat(name).concat('\\');
+}
+
+void JXMailPrefs::SetPriority(const RBString& name, unsigned int wLevel) {
+    JX_CHECK_AT(349, wLevel < LP_MAX_PRIORITY_LEVELS, "wLevel < LP_MAX_PRIORITY_LEVELS");
+    if (wLevel >= LP_MAX_PRIORITY_LEVELS)
+        return;
+    unsigned char* const place = mRecord + kPriorities + wLevel * kPrioritySize;
+    std::memset(place, 0, kPrioritySize);
+    std::memcpy(place, name.Text(), strnlen(name.Text(), kPrioritySize - 1));
+}
+
+RBString JXMailPrefs::GetPriority(unsigned int wLevel) const {
+    RBString result;
+    if (wLevel < LP_MAX_PRIORITY_LEVELS) {
+        const auto* const text =
+            reinterpret_cast<const char*>(mRecord) + kPriorities + wLevel * kPrioritySize;
+        result.puts(std::string_view(text, strnlen(text, kPrioritySize)), {}, {});
+    }
+    return result;
+}
+
+void JXMailPrefs::SetUserData(JxLoggedMailUser& user) {
+    SetNewPassword(user);
+    SetText(kPopAddress, user.Address().Text());
+    JxBackgndData::ParseIP(user.Address(), JxBackgndData::keDefaultPopPort, &mstrPopAccount,
+                           &mwPopPort, nullptr);
+}
+
+void JXMailPrefs::SetNewPassword(JxLoggedMailUser& user) {
+    SetText(kPassword, user.SecondText().Text());
+}
+
+void JXMailPrefs::GetUserRep(JxMailUserRepresentation&) {}
+
+int JXMailPrefs::VerifyFileExists(JxMailUserRepresentation& user) {
+    const RBString& directory = user.GetPrefFileSpecString();
+    if (directory.Length() == 0)
+        return 0;
+    FileSpec spec(directory, 1);
+    if (!DiskDriver::FileExists(spec.FullFilePath(), keAttrDirectory))
+        return 0;
+    spec.SetSpecPart(kPrefsFile, 0);
+    return DiskDriver::FileExists(spec, keAttrArchive);
+}
+
+void JXMailPrefs::SetClientWindowRect(int x1, int y1, int x2, int y2) {
+    unsigned int offset = kWindowRect;
+    for (const int side : {x1, y1, x2, y2}) {
+        Number(offset) = static_cast<short>(side);
+        offset += sizeof(RBInt);
+    }
+}
+
+void JXMailPrefs::GetClientWindowRect(int& x1, int& y1, int& x2, int& y2) const {
+    const auto* side = reinterpret_cast<const RBInt*>(mRecord + kWindowRect);
+    for (int* value : {&x1, &y1, &x2, &y2})
+        *value = *side++;
+}
+
+const char* JXMailPrefs::GetPopAccount() const {
+    JX_CHECK_AT(416, mstrPopAccount.Length() > 0, "mstrPopAccount.Length () > 0");
+    return mstrPopAccount.Text();
+}
+
+const char* JXMailPrefs::GetSmtpHost() const {
+    JX_CHECK_AT(423, mstrSmtpHost.Length() > 0, "mstrSmtpHost.Length () > 0");
+    return mstrSmtpHost.Text();
+}
+
+void JXMailPrefs::SetFullSmtpHost(const char* host) {
+    SetText(kFullSmtpHost, host);
+    JxBackgndData::ParseIP(RBString(host), JxBackgndData::keDefaultSmtpPort, &mstrSmtpHost,
+                           &mwSmtpPort, nullptr);
+}
+
+RBString JXMailPrefs::GetReturnAddress() const { return Text(kReturnAddress); }
+
+void JXMailPrefs::SetReturnAddress(const char* address) { SetText(kReturnAddress, address); }
+
+RBString JXMailPrefs::GetDefaultDomain() const { return Text(kDefaultDomain); }
+
+void JXMailPrefs::SetDefaultDsApiName(const char* name) { SetText(kDsApiName, name); }
+
+void JXMailPrefs::SetDialupConnection(const char* name) {
+    JX_CHECK_AT(455, mpoUserIniFile, "mpoUserIniFile");
+    if (mpoUserIniFile)
+        RbIniStringEntry(kDialupSection, kConnectionKey, name).StreamOut(*mpoUserIniFile);
+}
+
+void JXMailPrefs::GetDialupConnection(RBString* name) {
+    JX_CHECK_AT(463, mpoUserIniFile, "mpoUserIniFile");
+    RbIniStringEntry entry(kDialupSection, kConnectionKey);
+    if (mpoUserIniFile)
+        entry.StreamIn(*mpoUserIniFile);
+    *name = entry.GetValue();
+}
+
+int JXMailPrefs::GetDisconnectFlag() {
+    JX_CHECK_AT(473, mpoUserIniFile, "mpoUserIniFile");
+    RbIniIntEntry entry(kDialupSection, kDisconnectKey);
+    return mpoUserIniFile && entry.StreamIn(*mpoUserIniFile) ? entry.GetValue() : 0;
+}
+
+void JXMailPrefs::SetDisconnectFlag(int flag) {
+    JX_CHECK_AT(483, mpoUserIniFile, "mpoUserIniFile");
+    if (mpoUserIniFile)
+        RbIniIntEntry(kDialupSection, kDisconnectKey, flag ? 1 : 0).StreamOut(*mpoUserIniFile);
+}

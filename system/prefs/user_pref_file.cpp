@@ -1,0 +1,280 @@
+#include "system/prefs/user_pref_file.h"
+
+#include <cstring>
+
+#include "resident/files/disk_driver.h"
+#include "resources/jxsysres.h"
+#include "ticker/ticker.h"
+
+static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
+static constexpr long kHeaderSize = 46;
+static constexpr unsigned int kCaption = 110;
+
+static const char kMagic[] = "PREFRBSW";
+
+// The scrambling key of the format, the same in every program that shares the files.
+static constexpr unsigned char kKey[20] = {0x3D, 0xA7, 0x52, 0xEC, 0x19, 0x8B, 0xF4,
+                                           0x66, 0x21, 0xD9, 0x0E, 0x73, 0xB5, 0x48,
+                                           0x9C, 0xC1, 0x2F, 0xE3, 0x5A, 0x84};
+
+static unsigned int Count(const JXExtendDatHeader& header) {
+    return static_cast<unsigned short>(header.number);
+}
+
+unsigned long AppRecHeader::Offset() const {
+    return static_cast<unsigned long>(static_cast<unsigned short>(offset[0])) << 16 |
+           static_cast<unsigned short>(offset[1]);
+}
+
+void AppRecHeader::SetOffset(unsigned long value) {
+    offset[0] = static_cast<short>(value >> 16);
+    offset[1] = static_cast<short>(value & 0xFFFF);
+}
+
+std::ostream& operator<<(std::ostream& out, AppRecHeader& record) {
+    return out.write(reinterpret_cast<const char*>(&record), sizeof record);
+}
+
+std::istream& operator>>(std::istream& in, AppRecHeader& record) {
+    return in.read(reinterpret_cast<char*>(&record), sizeof record);
+}
+
+UserPrefFile::UserPrefFile() : UserPrefFile(nullptr, 0, 0, 0) {}
+
+UserPrefFile::UserPrefFile(void* buffer, unsigned short id, unsigned short size,
+                           unsigned short version)
+    : mStatus(0), miOpenMode(keOpenIn | keOpenBinary), mFlags(0),
+      moRecord(), moTag{id, version, size, buffer} {}
+
+UserPrefFile::~UserPrefFile() = default;
+
+UserPrefFile& UserPrefFile::operator=(const UserPrefFile& other) {
+    PreferenceFile::operator=(other);
+    mStatus = other.mStatus;
+    miOpenMode = other.miOpenMode;
+    mFlags = other.mFlags;
+    moHeader = other.moHeader;
+    moRecord = other.moRecord;
+    moTag = other.moTag;
+    return *this;
+}
+
+int UserPrefFile::ShowFileMessage(unsigned int textId, const char* path) {
+    // A share: `path` may be a text that is rebuilt meanwhile.
+    const RBString kept(path);
+    PrintError(textId, kCaption, 0, GetJxSystemResHandle(), kept.Text());
+    return 0;
+}
+
+int UserPrefFile::FileError(UserPrefError code) {
+    static constexpr unsigned int kFirstMessage = 604;
+    return code == kePrefCloseError ? 0 : ShowFileMessage(kFirstMessage + code, FullFileSpec());
+}
+
+bool UserPrefFile::Reopen(int mode) {
+    ClosePrefFile();
+    clear();
+    return Open(mode);
+}
+
+bool UserPrefFile::MoveTo(long position) {
+    clear();
+    seekg(position);
+    return good();
+}
+
+int UserPrefFile::OpenPrefFile() {
+    return Reopen(kOpenReadWrite | keOpenNoCreate) ? 1 : FileError(kePrefOpenError);
+}
+
+int UserPrefFile::CreatePrefsFile(const char* name) {
+    static_assert(sizeof moHeader.first + sizeof moHeader.second == sizeof kMagic - 1);
+    moHeader = JXExtendDatHeader();
+    std::memcpy(&moHeader.first, kMagic, sizeof moHeader.first);
+    std::memcpy(&moHeader.second, kMagic + sizeof moHeader.first, sizeof moHeader.second);
+    moHeader.word = moTag.version;
+    moHeader.SetName(name);
+    mFlags |= keSkipNextRead;
+    if (name)
+        SetSpecPart(name, 0);
+    if (!Reopen(kOpenReadWrite | keOpenTrunc))
+        return ShowFileMessage(keMessageCreate, FullFileSpec());
+    return UpdateHeader() && WritePrefBuffer(moTag);
+}
+
+void UserPrefFile::Encode(AppPrefTag& tag) {
+    auto* const bytes = static_cast<unsigned char*>(tag.buffer);
+    unsigned int key = sizeof kKey;
+    for (unsigned int i = tag.size; bytes && i > 0; --i) {
+        bytes[i - 1] ^= kKey[--key];
+        if (key == 0)
+            key = sizeof kKey;
+    }
+}
+
+int UserPrefFile::ReadAppHeader(unsigned int id) {
+    mStatus &= ~keRecordFound;
+    if (!MoveTo(0))
+        return FileError(kePrefSeekError);
+    if (!(*this >> moHeader))
+        return FileError(kePrefReadError);
+    for (unsigned int i = 0; i < Count(moHeader); ++i) {
+        AppRecHeader record;
+        if (!(*this >> record))
+            return FileError(kePrefReadError);
+        if (record.id == id) {
+            moRecord = record;
+            mStatus |= keRecordFound;
+            break;
+        }
+    }
+    return 1;
+}
+
+int UserPrefFile::ReadPrefBuffer(AppPrefTag& tag, long offset) {
+    if (offset < 0 || !MoveTo(offset))
+        return FileError(kePrefSeekError);
+    read(static_cast<char*>(tag.buffer), tag.size);
+    return good() ? 1 : FileError(kePrefReadError);
+}
+
+int UserPrefFile::ReadAppPrefs(AppPrefTag& tag, int create) {
+    if (mFlags & keSkipNextRead) {
+        mFlags &= ~keSkipNextRead;
+        return 1;
+    }
+    if (!ReadAppHeader(tag.id))
+        return 0;
+    int result = 0;
+    if (mStatus & keRecordFound) {
+        result = ReadPrefBuffer(tag, static_cast<long>(moRecord.Offset()));
+    } else if (create && Reopen(kOpenReadWrite)) {
+        // With the two inside, the block is written as it stands in memory.
+        Encode(tag);
+        result = WriteAppPrefs(tag);
+    }
+    Encode(tag);
+    return result;
+}
+
+int UserPrefFile::WriteAppPrefs(AppPrefTag& tag) {
+    Encode(tag);
+    const int result = WritePrefBuffer(tag);
+    Encode(tag);
+    return result;
+}
+
+int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
+    if (!ReadAppHeader(tag.id))
+        return 0;
+    const auto* const block = static_cast<const char*>(tag.buffer);
+    if (mStatus & keRecordFound) {
+        if (static_cast<unsigned short>(moRecord.size) == tag.size) {
+            const long offset = static_cast<long>(moRecord.Offset());
+            if (offset < 0 || !MoveTo(offset))
+                return FileError(kePrefSeekError);
+            if (!write(block, tag.size))
+                return FileError(kePrefWriteError);
+        }
+        return UpdateHeader();
+    }
+
+    clear();
+    seekg(0, std::ios::end);
+    const long fileEnd = tellg();
+    if (!good() || fileEnd < 0)
+        return FileError(kePrefSeekError);
+    moRecord = AppRecHeader();
+    moRecord.id = tag.id;
+    moRecord.version = tag.version;
+    moRecord.size = static_cast<short>(tag.size);
+    moRecord.SetOffset(static_cast<unsigned long>(fileEnd) + sizeof moRecord);
+    ++moHeader.number;
+    moRecord.ordinal = moHeader.number;
+    if (Count(moHeader) == 1) {
+        if (!(*this << moRecord) || !write(block, tag.size))
+            return FileError(kePrefWriteError);
+    } else if (!InsertPrefRec(moRecord, tag)) {
+        return 0;
+    } else if (!Reopen(kOpenReadWrite)) {
+        return FileError(kePrefOpenError);
+    }
+    return UpdateHeader();
+}
+
+// A file beside the given one.
+static FileSpec Beside(const FileSpec& file, const char* name) {
+    FileSpec other(file.FullPath(), 1);
+    other.SetSpecPart(name, 0);
+    return other;
+}
+
+int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
+    RbFile copy(Beside(*this, "RB.BAK"));
+    if (!copy.Open(keOpenRewrite))
+        return FileError(kePrefOpenError);
+    const bool copied = CopyWithRecord(copy, record, tag);
+    copy.close();
+    if (!copied)
+        return 0;
+    if (copy.fail())
+        return FileError(kePrefCloseError);
+    return PutInPlace(copy);
+}
+
+// Writes the file with the new record behind the others, whose blocks so move on by its size, and
+// the new block at the end.
+bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag& tag) {
+    clear();
+    seekg(0, std::ios::end);
+    const long length = tellg();
+    if (!(copy << moHeader))
+        return FileError(kePrefWriteError);
+    if (!MoveTo(kHeaderSize))
+        return FileError(kePrefSeekError);
+    for (unsigned int i = 1; i < Count(moHeader); ++i) {
+        AppRecHeader existing;
+        if (!(*this >> existing))
+            return FileError(kePrefReadError);
+        existing.SetOffset(existing.Offset() + sizeof existing);
+        if (!(copy << existing))
+            return FileError(kePrefWriteError);
+    }
+    if (!(copy << record))
+        return FileError(kePrefWriteError);
+    const long blocks = length - tellg();
+    switch (copy.DupStream(*this, blocks, nullptr, keDupLargeBuffer)) {
+    case keCopyWriteFailed:
+        return ShowFileMessage(keMessageAccess, copy.FullFileSpec());
+    case keCopyReadFailed:
+        return ShowFileMessage(keMessageAccess, FullFileSpec());
+    default:
+        break;
+    }
+    if (!copy.write(static_cast<const char*>(tag.buffer), tag.size) || !copy.flush())
+        return FileError(kePrefWriteError);
+    return true;
+}
+
+// Exchanges the file and its rebuilt copy. Where a step fails, the old file gets its name back.
+bool UserPrefFile::PutInPlace(RbFile& copy) {
+    ClosePrefFile();
+    FileSpec aside = Beside(*this, "RB.TMP");
+    DiskDriver::RemoveFile(aside);
+    if (!DiskDriver::Rename(*this, aside))
+        return false;
+    if (!DiskDriver::Rename(copy, *this)) {
+        DiskDriver::Rename(aside, *this);
+        return false;
+    }
+    DiskDriver::Rename(aside, copy);
+    return true;
+}
+
+int UserPrefFile::UpdateHeader() {
+    if (!MoveTo(0))
+        return FileError(kePrefSeekError);
+    if (!(*this << moHeader) || !flush())
+        return FileError(kePrefWriteError);
+    return 1;
+}

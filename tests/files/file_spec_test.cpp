@@ -1,0 +1,78 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "postrider.h"
+
+// The parts, each behind a bar: drive number, path, name, extension.
+static std::string Parts(const FileSpec& spec) {
+    return std::to_string(static_cast<short>(spec.Drive())) + "|" + spec.Path().Text() + "|" +
+           spec.FileName() + "|" + spec.FileExt();
+}
+
+static std::string Of(size_t length) { return std::string(length, 'x'); }
+
+TEST(FileSpecTest, ParsesIntoPartsAndCodes) {
+    const struct {
+        const char* text;
+        int code;
+        const char* parts; // replacing all of C:\OLD\OLD.OLD
+        const char* kept;  // replacing what is given
+    } specs[] = {
+        {"c:\\MAIL\\INBOX.DAT", 0, "2|\\MAIL\\|INBOX|.DAT", "2|\\MAIL\\|INBOX|.DAT"},
+        {"MAIL\\a.b.c", 0, "-1|\\MAIL\\|a.b|.c", "2|\\MAIL\\|a.b|.c"},
+        {".BAK", 0, "-1|||.BAK", "2|\\OLD\\|OLD|.BAK"},
+        {"NEW", 0, "-1||NEW|", "2|\\OLD\\|NEW|.OLD"},
+        {"\\\\HOST\\SHARE\\F.X", 0, "-1|\\\\HOST\\SHARE\\|F|.X", "2|\\\\HOST\\SHARE\\|F|.X"},
+        {"1:\\A\\F.X", 340, "2|\\OLD\\|OLD|.OLD", "2|\\OLD\\|OLD|.OLD"},
+        {"D:\\A\\\\B\\F.X", 346, "3|\\OLD\\|F|.X", "3|\\OLD\\|F|.X"},
+        {"\\\\\\A\\F", 346, "-1|\\OLD\\|F|", "2|\\OLD\\|F|.OLD"},
+        {nullptr, 347, "2|\\OLD\\|OLD|.OLD", "2|\\OLD\\|OLD|.OLD"},
+    };
+    for (const auto& [text, code, parts, kept] : specs) {
+        SCOPED_TRACE(text ? text : "null");
+        FileSpec all("C:\\OLD\\OLD.OLD"), some(all);
+        EXPECT_EQ(all.Parse(text, 1), code);
+        EXPECT_EQ(Parts(all), parts);
+        EXPECT_EQ(some.SetSpecPart(text, 0), code);
+        EXPECT_EQ(Parts(some), kept);
+    }
+    EXPECT_EQ(Parts(FileSpec("E:MAIL\\IN.BOX", 1)), "4|\\MAIL\\IN.BOX\\||");
+}
+
+TEST(FileSpecTest, LimitsEveryPartTo260Characters) {
+    const auto build = [](std::string path, std::string name = "", std::string ext = "") {
+        return FileSpec().Build(0, path.c_str(), name.c_str(), ext.c_str(), 1);
+    };
+    EXPECT_EQ(build("", Of(260), Of(260)), 0);
+    EXPECT_EQ(build("", Of(261)), 344);
+    EXPECT_EQ(build("", "", Of(261)), 345);
+    EXPECT_EQ(build("\\" + Of(259) + "\\"), 0);
+    EXPECT_EQ(build(Of(260)), 342);
+    EXPECT_EQ(build("\\" + Of(260) + "\\"), 342);
+    EXPECT_EQ(build("A\\" + Of(261)), 343);
+    FileSpec spec("C:\\A\\B.C");
+    EXPECT_NE(spec.Parse(("D:\\" + Of(10000) + "\\" + Of(100) + ".X").c_str(), 0), 0);
+    EXPECT_EQ(Parts(spec), "3|\\A\\|" + Of(100) + "|.X");
+}
+
+TEST(FileSpecTest, HashesAnyTextToAName) {
+    const char* const set = FileSpec().InvalidSet();
+    const auto hash = [&](const std::string& text, const char* ext, const char* forbidden) {
+        RBString result("before"), source(text.c_str()), extension(ext ? ext : "");
+        const int done =
+            FileSpec::HashFileName(result, source, ext ? &extension : nullptr, forbidden);
+        return std::to_string(done) + result.Text();
+    };
+    EXPECT_EQ(hash("\\*:\".?/<>", nullptr, set), "15C2A3A222E3F2F3C3E");
+    EXPECT_EQ(hash("", nullptr, set), "0NO_NAME");
+    EXPECT_EQ(hash("a*b", nullptr, "x"), "0NO_NAME");
+    EXPECT_EQ(hash("\xE9t\x7F \x80", nullptr, set), "1E9T\x7F 80");
+    EXPECT_EQ(hash("report.t x*\xE9t", ".EML", set), "1REPORT.TXT");
+    EXPECT_EQ(hash("a.b.c", ".EML", set), "1A.BC");
+    EXPECT_EQ(hash("report", "eml", set), "1REPORT.EML");
+    EXPECT_EQ(hash(".hidden.", ".EML", set), "12EHIDDEN2E.EML");
+    EXPECT_EQ(hash("a.***", ".EML", set), "1A..EML");
+    EXPECT_EQ(hash(std::string(10000, 'X') + ".txt", ".EML", set),
+              "1" + std::string(260, 'X') + ".TXT");
+    EXPECT_EQ(hash("a." + std::string(10000, 'X'), ".EML", set), "1A." + std::string(259, 'X'));
+}

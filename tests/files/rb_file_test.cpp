@@ -1,0 +1,108 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "postrider.h"
+#include "tests/support/helper_process.h"
+#include "tests/support/message_boxes.h"
+#include "tests/support/scratch.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RbFileTest : public testing::Test {
+protected:
+    ScratchFolder mFolder;
+    MessageBoxes mBoxes;
+};
+
+TEST_F(RbFileTest, RemovesReadOnlyAndOpenFilesAndNamesFailures) {
+    WriteFileBytes("RO.DAT", "x");
+    SetFileAttributesA("RO.DAT", FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(RbFile("RO.DAT").ImpRemove(), 1);
+    RbFile open("OPEN.DAT");
+    open.Open(0x82);
+    EXPECT_EQ(open.Remove(), 1);
+    EXPECT_FALSE(open.isOpen() || FileThere("OPEN.DAT"));
+    EXPECT_EQ(open.ImpRemove(), -3);
+    WriteFileBytes("HELD.DAT", "x");
+    HeldFile held(mFolder.Path("HELD.DAT"));
+    EXPECT_EQ(RbFile("HELD.DAT").ImpRemove(), -2);
+    EXPECT_THAT(mBoxes.Shown(), IsEmpty());
+    EXPECT_EQ(open.Remove(), -3);
+    EXPECT_THAT(mBoxes.Texts(), ElementsAre("Assert Failed!\neResult == keDELETE_OK\n54\n"
+                                            "JXRESIDT\\RBFILE1.CPP\n"));
+}
+
+TEST_F(RbFileTest, TellsTheStampAndSize) {
+    WriteFileBytes("A.DAT", "12345");
+    const SYSTEMTIME when = {1998, 3, 0, 15, 14, 30, 20, 0};
+    FILETIME stamp;
+    SystemTimeToFileTime(&when, &stamp);
+    const HANDLE handle =
+        CreateFileA("A.DAT", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    SetFileTime(handle, nullptr, nullptr, &stamp);
+    CloseHandle(handle);
+
+    RbFile file("A.DAT");
+    long size = -1;
+    std::tm parts = {};
+    parts.tm_wday = 77;
+    EXPECT_TRUE(file.FileInfo(&parts, &size));
+    EXPECT_THAT((std::vector<int>{parts.tm_mday, parts.tm_mon, parts.tm_year, parts.tm_hour,
+                                  parts.tm_min, parts.tm_sec, parts.tm_wday}),
+                ElementsAre(15, 2, 98, 14, 30, 20, 77));
+    EXPECT_EQ(size, 5);
+}
+
+static std::vector<unsigned int> positions;
+static size_t stopAfter;
+
+static int Progress(unsigned int position) {
+    positions.push_back(position);
+    return positions.size() < stopAfter;
+}
+
+// Copies `size` bytes with progress, which ends the copy at its n-th call; the copy's result.
+static int CopyBytes(size_t size, enumDupStream buffer, size_t stop = 1000) {
+    positions.clear();
+    stopAfter = stop;
+    WriteFileBytes("FROM", std::string(size, 'f'));
+    RbFile from("FROM"), to("TO");
+    return to.Copy(from, 1, Progress, buffer);
+}
+
+TEST_F(RbFileTest, CopyShowsItsProgressInTheScaleOfItsBuffer) {
+    EXPECT_EQ(CopyBytes(0, keDupSmallBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(20));
+    EXPECT_EQ(CopyBytes(10, keDupSmallBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(20, 10));
+    EXPECT_EQ(CopyBytes(25, keDupSmallBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(5, 10, 15));
+    EXPECT_EQ(CopyBytes(99, keDupSmallBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10));
+    EXPECT_EQ(CopyBytes(70000, keDupLargeBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(16000, 32000, 48000));
+    EXPECT_EQ(ReadFileBytes("TO"), std::string(70000, 'f'));
+
+    EXPECT_EQ(CopyBytes(25, keDupSmallBuffer, 2), 0);
+    EXPECT_EQ(ReadFileBytes("TO"), std::string(20, 'f'));
+}
+
+TEST_F(RbFileTest, CopyOpensClearsAndClosesAsAsked) {
+    const std::string bytes("a\r\n\x1A\0\xFF", 6);
+    WriteFileBytes("FROM", bytes);
+    RbFile from("FROM"), to("TO"), nowhere("C:\\NOWHERE\\TO"), missing("MISSING");
+    char all[10];
+    from.Open(0x81);
+    from.read(all, 10);
+    EXPECT_EQ(to.Copy(from, 0, nullptr, keDupSmallBuffer), 1);
+    EXPECT_EQ(to.Copy(from, 1, nullptr, keDupSmallBuffer), 1);
+    EXPECT_FALSE(from.isOpen() || to.isOpen());
+    EXPECT_EQ(ReadFileBytes("TO"), bytes + bytes);
+
+    EXPECT_EQ(nowhere.Copy(from, 0, nullptr, keDupSmallBuffer), -3);
+    EXPECT_EQ(to.Copy(missing, 0, nullptr, keDupSmallBuffer), -4);
+    EXPECT_TRUE(to.isOpen());
+    to.Copy(missing, 1, nullptr, keDupSmallBuffer);
+    EXPECT_FALSE(to.isOpen());
+}
