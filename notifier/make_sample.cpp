@@ -1,4 +1,6 @@
-// Makes the sample inbox that ./run lists: a D file with a dozen messages of all sorts.
+// Makes the sample user that ./run lists: account data, preferences, local folders, and an inbox
+// with a dozen messages of all sorts. All of it is written by the library, in the Windows directory
+// and in the folder named.
 
 #include <cstdio>
 #include <cstring>
@@ -45,42 +47,110 @@ void SetPascal(unsigned char* field, const RBString& text) {
     std::memcpy(field, text.Pascal(), text.LengthByte() + 1);
 }
 
-DirectoryRecord MakeRecord(const SampleMessage& message, int number) {
+// A message's own file: its record, and its text.
+bool WriteMessageFile(const FileSpec& file, const SampleMessage& message, int number) {
     DirectoryRecord record;
     DiskDirRec& fields = record.Record();
-    RBString fileName;
-    fileName.Sprintf("MSG%05d.EML", number);
-    fields.index = static_cast<short>(message.state == SampleMessage::Broken ? 0xFFFF : number);
-    fields.used = message.state != SampleMessage::Deleted;
+    fields.index = static_cast<short>(number);
+    fields.used = 1;
     fields.status = message.processed ? keStatusProcessed : 0;
     fields.kind = static_cast<short>(message.kind);
     fields.date = FlipLong(2082844800ul + 900000000ul + 3600ul * number);
     SetPascal(fields.topic, message.topic);
-    SetPascal(fields.fileName, fileName);
     SetPascal(fields.sender.name, message.sender);
-    return record;
+    RbFile stream(file);
+    if (!stream.Open(keOpenRewrite))
+        return false;
+    stream << record << "A sample message.\r\n";
+    const bool written = static_cast<bool>(stream.flush());
+    stream.close();
+    return written;
+}
+
+// Puts the messages into the inbox as the mail client does, and then what time does to an inbox:
+// slots are freed, and one is overwritten.
+bool FillInbox(const FileSpec& dFile) {
+    DirectoryFile inbox(keDirFolder);
+    static_cast<FileSpec&>(inbox) = dFile;
+    if (!inbox.CreateDFile())
+        return false;
+    unsigned int slot = 0;
+    for (const SampleMessage& message : kMessages) {
+        RBString name;
+        name.Sprintf("MSG%05u.EML", ++slot);
+        RbFile file(dFile);
+        file.SetSpecPart(name, 0);
+        if (!WriteMessageFile(file, message, static_cast<int>(slot)) || !inbox.AddMessage(&file))
+            return false;
+        DirectoryRecord record;
+        if (message.state == SampleMessage::Sound || inbox.AlterDirectoryBlock(record, slot, 0) < 0)
+            continue;
+        if (message.state == SampleMessage::Deleted)
+            inbox.DeleteMail(record);
+        else
+            record.Record().index = static_cast<short>(DiskDirRec::keBrokenIndex);
+        if (message.state == SampleMessage::Broken &&
+            inbox.AlterDirectoryBlock(record, slot, 1) < 0)
+            return false;
+    }
+    return true;
+}
+
+bool WriteUserFiles(JxLoggedMailUser& user, const FileSpec& inbox) {
+    JxBackgndData data;
+    data.mstrSettings[JxBackgndData::keMailDirectory].puts(inbox.FullPath());
+    data.mstrSettings[JxBackgndData::keDFileName].puts(inbox.FullFileName());
+    data.SetFullPopAccount("lindqvist:110");
+    data.SetFullSmtpHost("post:25");
+
+    JxCurrentUserDataFile file;
+    bool written = file.OpenUserDataFile(keOpenRewrite) && (*file.GetStream() << data).flush();
+    file.Close();
+    written =
+        written && file.OpenLoggedUserFile(keOpenRewrite) && user.WriteInfo(*file.GetStream());
+    if (written)
+        file.Close();
+    return written;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fprintf(stderr, "usage: make_sample DFILE\n");
+        std::fprintf(stderr, "usage: make_sample FOLDER\n");
         return 2;
     }
-    RbFile dFile(argv[1]);
-    if (!dFile.Open(keOpenRewrite)) {
+    FileSpec folder(argv[1], 1);
+    if (!DiskDriver::FileExists(folder, keAttrDirectory) && !DiskDriver::MakeDir(folder)) {
         std::fprintf(stderr, "Cannot make %s.\n", argv[1]);
         return 1;
     }
-    DiskDirRec header = {};
-    dFile << header;
-    int number = 0;
-    for (const SampleMessage& message : kMessages) {
-        DirectoryRecord record = MakeRecord(message, ++number);
-        dFile << record;
+    MailUser person("Lindqvist|Maja", "lindqvist@post", keUserOrdinary);
+    JxLoggedMailUser user(person);
+    user.SetLoggedText(folder.FullPath());
+
+    FileSpec prefsFile(folder);
+    prefsFile.SetSpecPart("RB.DAT", 0);
+    JXMailPrefs prefs(JXMailPrefs::keAllowWriting);
+    bool made = prefs.CreatePrefsFile(prefsFile.FullFileSpec());
+    prefs.SetMailDirectory(folder);
+    prefs.SetUserData(user);
+    prefs.SetReturnAddress("lindqvist@post");
+    prefs.SetFullSmtpHost("post:25");
+    prefs.SetDialupConnection("Office");
+    made = made && prefs.WriteJXPrefs();
+
+    FileSpec inbox;
+    for (int which = keLocalInbox; which <= keLocalDeadMail; ++which) {
+        FileSpec directoryFile;
+        made = made && user.SetupLocalMailDirectory(&prefs, directoryFile,
+                                                    static_cast<enumLocalMailDir>(which));
+        if (which == keLocalInbox)
+            inbox = directoryFile;
     }
-    const bool written = static_cast<bool>(dFile.flush());
-    dFile.close();
-    return written ? 0 : 1;
+    if (!made || !FillInbox(inbox) || !WriteUserFiles(user, inbox)) {
+        std::fprintf(stderr, "Cannot make the sample user in %s.\n", argv[1]);
+        return 1;
+    }
+    return 0;
 }

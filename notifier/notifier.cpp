@@ -95,9 +95,19 @@ int main(int argc, char** argv) {
     CLI::App app("Lists the messages of a Postrider inbox.");
     std::string path;
     std::string shownAs;
-    app.add_option("dfile", path, "The inbox's D file")->required();
+    app.add_option("dfile", path, "A D file; the current user's inbox without one");
     app.add_option("--shown-as", shownAs, "The name to call that file by");
     CLI11_PARSE(app, argc, argv);
+    if (path.empty()) {
+        char* inbox;
+        char* userData;
+        if (!GetCurUserPath(&inbox, &userData)) {
+            fmt::print(stderr, "There is no current user: JXUSER.DAT of the Windows directory is "
+                               "missing or cannot be read.\n");
+            return 1;
+        }
+        path = inbox;
+    }
     if (shownAs.empty())
         shownAs = Printable(path.c_str());
 

@@ -22,6 +22,7 @@ build() {
             awk '/^\[/ { split($1, s, /[][\/]/); if (int(s[2] * 10 / s[3]) > shown) {
                      shown = int(s[2] * 10 / s[3]); print "   " s[2] " of " s[3] " steps"; fflush() }
                      next }
+                 /^-- / { next }
                  { print; fflush() }'
         return "${PIPESTATUS[0]}"
     fi

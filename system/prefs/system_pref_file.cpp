@@ -23,6 +23,8 @@ SystemPrefFile::SystemPrefFile(RBString spec)
 SystemPrefFile::SystemPrefFile(const FileSpec& spec)
     : PreferenceFile(spec), mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
 
+SystemPrefFile::~SystemPrefFile() = default;
+
 int SystemPrefFile::OpenPrefFile() {
     if (isOpen()) {
         // The stream does not move as long as the end of the file stands in its state.

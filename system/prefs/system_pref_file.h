@@ -13,6 +13,7 @@ public:
     SystemPrefFile();
     explicit SystemPrefFile(RBString spec);
     explicit SystemPrefFile(const FileSpec& spec);
+    ~SystemPrefFile() override;
 
     // Opens the file, which must exist; goes back to its start when it is open already. Returns 1
     // when the stream's state is good, else 0.
