@@ -8,7 +8,7 @@ int main(int argc, char** argv) {
     CreateDirectoryA(folder.c_str(), nullptr);
     std::printf("%-58s %12s %12s   %5s   %4s\n", "", "library", "reference", "ratio", "goal");
     bool sound = true;
-    for (const auto contests : {ListingContests})
+    for (const auto contests : {ListingContests, AccountContests})
         for (const Contest& contest : contests(folder))
             sound &= Run(contest);
     PrintListingMemory(folder);

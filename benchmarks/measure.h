@@ -23,6 +23,7 @@ bool Run(const Contest& contest, int rounds = 9);
 
 // The contests of each source.
 std::vector<Contest> ListingContests(const std::string& folder);
+std::vector<Contest> AccountContests(const std::string& folder);
 
 // Prints what a walk through 1,000 and through 1,000,000 records takes of memory.
 void PrintListingMemory(const std::string& folder);
