@@ -1,3 +1,4 @@
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -73,10 +74,10 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
         tickerResults.userDataPath->reset();
     tickerResults.topic->puts(record->topic);
     tickerResults.fileName->puts(record->fileName);
-    const unsigned char* const name = record->sender.name;
+    // The name as a C text: what stands behind a zero is not part of it.
+    const char* const name = reinterpret_cast<const char*>(record->sender.name) + 1;
     MailUser::OrderedUserName(*tickerResults.sender,
-                              std::string_view(reinterpret_cast<const char*>(name) + 1, name[0]),
-                              1);
+                              std::string_view(name, strnlen(name, record->sender.name[0])), 1);
     lastKind = static_cast<unsigned short>(record->kind);
     lastFlag = record->status & keStatusProcessed;
     *kind = lastKind;

@@ -15,52 +15,29 @@ public:
 
     // With `keOwnsObjects` in `flags` the container deletes its objects when it is cleared or
     // destroyed; otherwise they stay the caller's.
-    explicit RB_Container(unsigned int flags) : mFlags(flags), mpoList(new S_List) {}
+    explicit RB_Container(unsigned int flags);
     RB_Container(const RB_Container&) = delete;
     RB_Container& operator=(const RB_Container&) = delete;
-    virtual ~RB_Container() {
-        ClearContainer();
-        delete mpoList;
-    }
+    virtual ~RB_Container();
 
     // The object under the cursor, or null.
-    virtual T* GetObject() { return Object(mpoList->mpoCurrent); }
-    virtual T* GetFirstObject() {
-        mpoList->mpoCurrent = mpoList->mpoHead;
-        return GetObject();
-    }
-    virtual T* GetNextObject() {
-        mpoList->Next();
-        return GetObject();
-    }
+    virtual T* GetObject();
+    virtual T* GetFirstObject();
+    virtual T* GetNextObject();
 
     // Results as S_List gives them: 1, or 0 when nothing was added or removed.
-    virtual int AddObject(T& object) { return mpoList->AppendItem(&object); }
-    virtual int RemoveObject(T& object) { return mpoList->RemoveItem(&object); }
-    virtual int InsertObjectAfter(T& object, T& existing) {
-        return mpoList->InsertAfter(&object, &existing);
-    }
-    virtual int InsertObjectBefore(T& object, T& existing) {
-        return mpoList->InsertBefore(&object, &existing);
-    }
-    virtual int InsertObjectAfterCurrent(T& object) { return mpoList->InsertAfterCurrent(&object); }
-    virtual int InsertObjectBeforeCurrent(T& object) {
-        return mpoList->InsertBeforeCurrent(&object);
-    }
+    virtual int AddObject(T& object);
+    virtual int RemoveObject(T& object);
+    virtual int InsertObjectAfter(T& object, T& existing);
+    virtual int InsertObjectBefore(T& object, T& existing);
+    virtual int InsertObjectAfterCurrent(T& object);
+    virtual int InsertObjectBeforeCurrent(T& object);
 
     // The object at `index`, or null.
-    T* operator[](short index) { return Object((*mpoList)[index]); }
+    T* operator[](short index);
 
     // Empties the list; deletes the objects when the container owns them.
-    void ClearContainer() {
-        if (mFlags & keOwnsObjects) {
-            while (T* object = GetFirstObject()) {
-                RemoveObject(*object);
-                delete object;
-            }
-        }
-        mpoList->ClearList();
-    }
+    void ClearContainer();
 
 private:
     static T* Object(ListNode* node) { return node ? static_cast<T*>(node->data) : nullptr; }
@@ -68,3 +45,85 @@ private:
     unsigned int mFlags;
     S_List* mpoList;
 };
+
+// The DLL exports the containers of its own types: each is declared beside its type, and
+// instantiated in one source, which defines JX_INSTANTIATE_CONTAINERS.
+#ifdef JX_INSTANTIATE_CONTAINERS
+#define JX_EXPORTED_CONTAINER(T) template class JX_API RB_Container<T>
+#else
+#define JX_EXPORTED_CONTAINER(T) extern template class JX_API RB_Container<T>
+#endif
+
+// The members stand outside the class, or an exported instantiation would leave them out.
+
+template <class T>
+RB_Container<T>::RB_Container(unsigned int flags) : mFlags(flags), mpoList(new S_List) {}
+
+template <class T>
+RB_Container<T>::~RB_Container() {
+    ClearContainer();
+    delete mpoList;
+}
+
+template <class T>
+T* RB_Container<T>::GetObject() {
+    return Object(mpoList->mpoCurrent);
+}
+
+template <class T>
+T* RB_Container<T>::GetFirstObject() {
+    mpoList->mpoCurrent = mpoList->mpoHead;
+    return GetObject();
+}
+
+template <class T>
+T* RB_Container<T>::GetNextObject() {
+    mpoList->Next();
+    return GetObject();
+}
+
+template <class T>
+int RB_Container<T>::AddObject(T& object) {
+    return mpoList->AppendItem(&object);
+}
+
+template <class T>
+int RB_Container<T>::RemoveObject(T& object) {
+    return mpoList->RemoveItem(&object);
+}
+
+template <class T>
+int RB_Container<T>::InsertObjectAfter(T& object, T& existing) {
+    return mpoList->InsertAfter(&object, &existing);
+}
+
+template <class T>
+int RB_Container<T>::InsertObjectBefore(T& object, T& existing) {
+    return mpoList->InsertBefore(&object, &existing);
+}
+
+template <class T>
+int RB_Container<T>::InsertObjectAfterCurrent(T& object) {
+    return mpoList->InsertAfterCurrent(&object);
+}
+
+template <class T>
+int RB_Container<T>::InsertObjectBeforeCurrent(T& object) {
+    return mpoList->InsertBeforeCurrent(&object);
+}
+
+template <class T>
+T* RB_Container<T>::operator[](short index) {
+    return Object((*mpoList)[index]);
+}
+
+template <class T>
+void RB_Container<T>::ClearContainer() {
+    if (mFlags & keOwnsObjects) {
+        while (T* object = GetFirstObject()) {
+            RemoveObject(*object);
+            delete object;
+        }
+    }
+    mpoList->ClearList();
+}

@@ -147,7 +147,8 @@ BaseString& BaseString::Append(const char* text, unsigned int n) {
         RBString::Error(keStringTooLong);
         return *this;
     }
-    const unsigned int own = LengthByte() ? TextLength(Text()) : 0;
+    // Not behind the recorded length: a caller may be in the middle of writing the text.
+    const unsigned int own = LengthByte() ? strnlen(Text(), Length()) : 0;
     unsigned char* buffer = AllocBuffer(Length() + n + 2);
     std::memcpy(buffer + 1, Text(), own);
     std::memcpy(buffer + 1 + own, text, n);

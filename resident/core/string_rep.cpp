@@ -84,7 +84,9 @@ void StringRep::operator delete(void* memory) {
 }
 
 void StringRep::SetText(const char* text, unsigned int length, unsigned int capacity) {
-    // A capacity below the text's length would not hold it.
+    // A capacity that no text can have is none; one below the text's length would not hold it.
+    if (capacity > keMaxLength)
+        capacity = 0;
     AllocMem(std::max(capacity, length) + 2);
     if (length)
         std::memcpy(mpBuffer + 1, text, length);

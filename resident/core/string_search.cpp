@@ -1,6 +1,7 @@
 // The search and word members of BaseString.
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 
@@ -151,8 +152,7 @@ private:
             const unsigned int size = CharacterSize(place, mfDoubleByte);
             if (size != CharacterSize(pattern, mfDoubleByte))
                 return false;
-            if (size == 2 ? place[1] != pattern[1] || place[0] != pattern[0]
-                          : Folded(*place) != *pattern)
+            if (!std::equal(pattern, pattern + size, Folded(place, size).begin()))
                 return false;
             place += size;
             pattern += size;
@@ -160,10 +160,12 @@ private:
         return true;
     }
 
-    char Folded(char c) const {
+    // The character at `place` as the pattern has it.
+    std::array<char, 2> Folded(const char* place, unsigned int size) const {
+        std::array<char, 2> character = {place[0], size == 2 ? place[1] : '\0'};
         if (mfNoCase)
-            CharUpperBuffA(&c, 1);
-        return c;
+            CharUpperBuffA(character.data(), size);
+        return character;
     }
 
     // A trail byte is no character of its own.

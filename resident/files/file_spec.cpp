@@ -16,7 +16,14 @@ FileSpec::FileSpec(const char* spec, int isPath) : FileSpec() {
         Parse(spec, 1);
 }
 
-FileSpec::FileSpec(RBString spec, int isPath) : FileSpec(spec.Text(), isPath) {}
+FileSpec::FileSpec(RBString spec, int isPath) : FileSpec() {
+    if (spec.Length() == 0)
+        return;
+    if (isPath)
+        ForceToPath(spec.Text(), 1);
+    else
+        Parse(spec.Text(), 1);
+}
 
 FileSpec::FileSpec(const FileSpec& other)
     : mwDrive(other.mwDrive), mpszInvalidSet(other.mpszInvalidSet), mstrPath(other.mstrPath),
@@ -157,10 +164,11 @@ int FileSpec::Build(char drive, const char* path, const char* name, const char* 
 }
 
 int FileSpec::ForceToPath(const char* spec, int replaceAll) {
-    std::string path(spec ? spec : "");
-    if (path.empty())
+    if (!spec)
         return keSpecEmpty;
-    if (path.back() != '\\')
+    // An empty text becomes the root.
+    std::string path(spec);
+    if (path.empty() || path.back() != '\\')
         path += '\\';
     return Parse(path.c_str(), replaceAll);
 }
@@ -216,6 +224,14 @@ void FileSpec::SetFileExt(const char* ext) {
     if (stored.front() != '.')
         stored.insert(0, 1, '.');
     mstrExt.puts(stored.substr(0, keMaxPart).c_str());
+}
+
+FileSpec FileSpec::Beside(const char* fileName) const {
+    FileSpec other(*this);
+    other.mstrName.reset();
+    other.mstrExt.reset();
+    other.SetSpecPart(fileName, 0);
+    return other;
 }
 
 void FileSpec::Reset() {

@@ -45,7 +45,7 @@ public:
     // Parts that the text or the arguments do not give are cleared with `replaceAll`, else kept.
     int Parse(const char* spec, int replaceAll);
     int Build(char drive, const char* path, const char* name, const char* ext, int replaceAll);
-    // The whole text is a path.
+    // The whole text is a path; an empty one is the root.
     int ForceToPath(const char* spec, int replaceAll);
 
     // Set the parts that `text` has: ".BAK" the extension alone, a bare name the name alone.
@@ -61,6 +61,8 @@ public:
     // With or without the dot; an empty text clears it.
     void SetFileExt(const char* ext);
     void ClearName() { mstrName.reset(); }
+    // The file `fileName` of the same folder.
+    FileSpec Beside(const char* fileName) const;
     void Reset();
 
     // The joined forms. The text stays valid until the next of these calls on this object.

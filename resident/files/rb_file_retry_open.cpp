@@ -1,5 +1,7 @@
 #include "resident/files/rb_file_retry_open.h"
 
+#include <vector>
+
 #include "resident/files/error_mode.h"
 #include "resident/runtime/jx_timer.h"
 #include "resident/runtime/rb_yield.h"
@@ -16,6 +18,11 @@ RbFileRetryOpen::RbFileRetryOpen(const char* spec)
 
 RbFileRetryOpen::~RbFileRetryOpen() = default;
 
+// The files whose opens are waiting, the innermost last: the messages that a wait lets run may open
+// another held file. One registered callback serves them all, so that taking it off the timer never
+// takes another file's.
+static std::vector<RbFileRetryOpen*> waiting;
+
 bool RbFileRetryOpen::DoOpen(const char* name, int mode, int prot) {
     // A copy: `name` is usually this object's scratch text, which the attempts rebuild.
     const RBString kept(name);
@@ -26,20 +33,28 @@ bool RbFileRetryOpen::DoOpen(const char* name, int mode, int prot) {
     if (!mfOpened && Exists()) {
         mpoTimer = JxTimer::GetInstance();
         if (mpoTimer && mpoTimer->IsGood() &&
-            mpoTimer->RegisterCallback(RbFileRetryTimerProc, kRetryInterval, this)) {
-            while (!mfOpened && mwTries < kMaxTries) {
-                // No timer ticks any more once the program is told to quit.
-                if (RbYield())
-                    break;
-                // Nothing happens before the next message.
-                if (!mfOpened)
-                    MsgWaitForMultipleObjects(0, nullptr, FALSE, kRetryInterval, QS_ALLINPUT);
-            }
-            mpoTimer->UnRegisterCallback(RbFileRetryTimerProc);
+            (!waiting.empty() ||
+             mpoTimer->RegisterCallback(RbFileRetryTimerProc, kRetryInterval, this))) {
+            waiting.push_back(this);
+            WaitForFile();
+            waiting.pop_back();
+            if (waiting.empty())
+                mpoTimer->UnRegisterCallback(RbFileRetryTimerProc);
         }
     }
     mpszName = nullptr;
     return mfOpened;
+}
+
+void RbFileRetryOpen::WaitForFile() {
+    while (!mfOpened && mwTries < kMaxTries) {
+        // No timer ticks any more once the program is told to quit.
+        if (RbYield())
+            break;
+        // Nothing happens before the next message.
+        if (!mfOpened)
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, kRetryInterval, QS_ALLINPUT);
+    }
 }
 
 bool RbFileRetryOpen::TrySilentOpen(RbFileRetryOpen* file) {
@@ -49,8 +64,11 @@ bool RbFileRetryOpen::TrySilentOpen(RbFileRetryOpen* file) {
     return file->rdstate() == std::ios::goodbit;
 }
 
-void RbFileRetryOpen::RbFileRetryTimerProc(void* file) {
-    auto* const retried = static_cast<RbFileRetryOpen*>(file);
-    retried->mfOpened = TrySilentOpen(retried);
-    ++retried->mwTries;
+void RbFileRetryOpen::RbFileRetryTimerProc(void*) {
+    for (RbFileRetryOpen* file : waiting) {
+        // Two ticks may come before the wait looks: an open file is not opened again.
+        if (!file->mfOpened)
+            file->mfOpened = TrySilentOpen(file);
+        ++file->mwTries;
+    }
 }

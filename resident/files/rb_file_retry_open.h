@@ -16,6 +16,7 @@ public:
     bool DoOpen(const char* name, int mode, int prot) override;
 
 private:
+    void WaitForFile();
     static bool TrySilentOpen(RbFileRetryOpen* file);
     static void RbFileRetryTimerProc(void* file);
 

@@ -4,8 +4,6 @@
 #include "resident/runtime/check.h"
 #include "resident/runtime/hidden_window.h"
 
-template class RB_Container<JxTimerItem>;
-
 static const char kSource[] = "JXRESIDT\\JXTIMER.CPP";
 
 static constexpr long kTick = 500;

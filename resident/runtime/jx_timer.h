@@ -13,7 +13,7 @@ struct JxTimerItem {
     long elapsed; // since the last call or reset
 };
 
-extern template class JX_API RB_Container<JxTimerItem>;
+JX_EXPORTED_CONTAINER(JxTimerItem);
 
 // The process's timer: a hidden window whose Windows timer ticks every 500 ms and calls the
 // registered callbacks, in the order of their registration, whose interval has run out. An interval
@@ -26,8 +26,8 @@ public:
     JxTimer(void* instance, enumCreateOptions option);
     JxTimer(const JxTimer&) = delete;
     JxTimer& operator=(const JxTimer&) = delete;
-    // Clears the client instance pointer whichever timer this was; a program that ends its
-    // background timer relies on GetInstance telling it so.
+    // Clears the client instance pointer whichever timer this was, and never the background one:
+    // after a background timer's end GetInstance must not be asked for it.
     virtual ~JxTimer();
 
     // The client's timer, else the background process's; null, after an assertion, when there is

@@ -24,6 +24,7 @@ RbResFileRef& RbResFileRef::operator=(const RbResFileRef& other) {
         DecrementUsage();
         Take(other);
     }
+    mfValid = 1;
     return *this;
 }
 

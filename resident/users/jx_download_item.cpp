@@ -3,8 +3,6 @@
 #include <istream>
 #include <ostream>
 
-template class RB_Container<JxDownloadItem>;
-
 JxDownloadItem::JxDownloadItem() : mulNumber(0) {}
 
 JxDownloadItem::JxDownloadItem(const RBString& text) : mstrText(text), mulNumber(0) {}

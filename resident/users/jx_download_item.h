@@ -27,4 +27,4 @@ private:
     unsigned long mulNumber;
 };
 
-extern template class JX_API RB_Container<JxDownloadItem>;
+JX_EXPORTED_CONTAINER(JxDownloadItem);

@@ -10,8 +10,6 @@
 #include "resident/core/windows_api.h"
 #include "resident/files/rb_file.h"
 
-template class RB_Container<MailUser>;
-
 MailUser::MailUser() = default;
 MailUser::MailUser(MailUser& other) : BaseMailUser(other) {}
 MailUser::MailUser(const MailUser& other) : BaseMailUser(other) {}

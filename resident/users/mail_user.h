@@ -72,4 +72,4 @@ private:
     enumUserListResult ImportFields(std::string_view line);
 };
 
-extern template class JX_API RB_Container<MailUser>;
+JX_EXPORTED_CONTAINER(MailUser);

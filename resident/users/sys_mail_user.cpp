@@ -38,7 +38,6 @@ std::istream& operator>>(std::istream& in, SysUserLRec& record) {
     const std::streampos next = in.tellg();
     if (!in.read(reinterpret_cast<char*>(&Continuation()), sizeof(SysUserContinuation))) {
         in.clear();
-        std::memset(&Continuation(), 0, sizeof(SysUserContinuation));
         in.seekg(next);
     } else if (!SysMailUser::IsContinued()) {
         in.seekg(next);

@@ -36,9 +36,8 @@ std::istream& operator>>(std::istream& in, UserLRec& record) {
         return in;
     const std::streampos next = in.tellg();
     if (!in.read(ContinuationBytes(), sizeof(UserContinuation))) {
-        // The end of the file, or a piece of a record: no continuation.
+        // The end of the file is no error; a piece of a continuation stays in the buffer.
         in.clear();
-        std::memset(ContinuationBytes(), 0, sizeof(UserContinuation));
         if (next != std::streampos(-1))
             in.seekg(next);
     } else if (!BaseMailUser::Continued()) {

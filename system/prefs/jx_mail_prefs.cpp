@@ -150,12 +150,8 @@ void JXMailPrefs::SetDefaults() {
 }
 
 void JXMailPrefs::MakeIniFile() {
-    FileSpec spec;
-    if (mwDrive != keNoDrive || mstrPath.Length())
-        spec.SetSpecPart(FullPath(), 1);
-    spec.SetSpecPart(kIniFile, 0);
     delete mpoUserIniFile;
-    mpoUserIniFile = new SystemPrefFile(spec);
+    mpoUserIniFile = new SystemPrefFile(Beside(kIniFile));
 }
 
 int JXMailPrefs::CreatePrefsFile(const char* path) {
@@ -243,13 +239,16 @@ void JXMailPrefs::FixMailDirectory(int toRecord) {
         SetText(kMailDirectory, directory.Text());
         return;
     }
+    // No directory stays none.
+    mstrMailDirectory.reset();
+    const RBString directory = Text(kMailDirectory);
+    if (directory.Length() == 0)
+        return;
     FileSpec spec;
     if (mwDrive != keNoDrive)
         spec.Build(static_cast<char>('A' + mwDrive), nullptr, nullptr, nullptr, 0);
-    if (spec.SetSpecPart(Text(kMailDirectory), 1) == keSpecOk)
+    if (spec.SetSpecPart(directory, 1) == keSpecOk)
         mstrMailDirectory.puts(spec.FullSpec());
-    else
-        mstrMailDirectory.reset();
 }
 
 void JXMailPrefs::SetMailDirectory(FileSpec& directory) {

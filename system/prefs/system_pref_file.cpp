@@ -110,6 +110,11 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
     GetPrefToken(section, mpszNextKey, defaultValue);
     CopyCut(keyOut, mpszNextKey, keySize);
     CopyCut(valueOut, mszToken, valueSize);
+    // The last byte too, whatever the text's length: callers hand on whole buffers.
+    if (keyOut && keySize > 0)
+        keyOut[keySize - 1] = 0;
+    if (valueOut && valueSize > 0)
+        valueOut[valueSize - 1] = 0;
 
     const long used = std::strlen(mpszNextKey) + 1;
     mlKeyListLeft -= used;
@@ -133,7 +138,7 @@ bool SystemPrefFile::FindSection(const char* section) {
 int SystemPrefFile::GetNextUnKeyPrefLine(const char* section, char* keyOut, int keySize,
                                          const char* defaultValue, char* valueOut, int valueSize) {
     enum { keSectionEnd = -1, keFailure = -2 };
-    if (!isOpen() || !section || !*section || mstrPath.Length() == 0)
+    if (!isOpen() || !section || !*section || *FullFileSpec() == 0)
         return keFailure;
     const bool found = (keyOut && *keyOut) || FindSection(section);
     if (bad())

@@ -202,15 +202,8 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     return UpdateHeader();
 }
 
-// A file beside the given one.
-static FileSpec Beside(const FileSpec& file, const char* name) {
-    FileSpec other(file.FullPath(), 1);
-    other.SetSpecPart(name, 0);
-    return other;
-}
-
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
-    RbFile copy(Beside(*this, "RB.BAK"));
+    RbFile copy(Beside("RB.BAK"));
     if (!copy.Open(keOpenRewrite))
         return FileError(kePrefOpenError);
     const bool copied = CopyWithRecord(copy, record, tag);
@@ -259,7 +252,7 @@ bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag
 // Exchanges the file and its rebuilt copy. Where a step fails, the old file gets its name back.
 bool UserPrefFile::PutInPlace(RbFile& copy) {
     ClosePrefFile();
-    FileSpec aside = Beside(*this, "RB.TMP");
+    FileSpec aside = Beside("RB.TMP");
     DiskDriver::RemoveFile(aside);
     if (!DiskDriver::Rename(*this, aside))
         return false;

@@ -32,8 +32,8 @@ bool BaseDirFile::MessageFile(const DirectoryRecord& record, FileSpec& file) con
     const RBString name = record.FileName();
     if (!IsPlainName(name.Text()))
         return false;
-    file = FileSpec(FullFilePath(), 1);
-    return file.SetSpecPart(name, 0) == FileSpec::keSpecOk;
+    file = Beside(name.Text());
+    return true;
 }
 
 // Applies an action of MarkRecord.

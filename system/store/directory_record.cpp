@@ -8,8 +8,6 @@
 #include "resident/core/byte_order.h"
 #include "resident/users/base_mail_user.h"
 
-template class RB_Container<DirectoryRecord>;
-
 static_assert(offsetof(DiskDirRec, attributes) == 36 && offsetof(DiskDirRec, sender) == 72 &&
               offsetof(DiskDirRec, date) == 300 && offsetof(DiskDirRec, kind) == 310);
 

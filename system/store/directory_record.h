@@ -103,4 +103,4 @@ private:
 JX_API std::ostream& operator<<(std::ostream& out, DiskDirRec& record);
 JX_API std::istream& operator>>(std::istream& in, DiskDirRec& record);
 
-extern template class JX_API RB_Container<DirectoryRecord>;
+JX_EXPORTED_CONTAINER(DirectoryRecord);
