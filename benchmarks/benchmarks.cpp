@@ -8,9 +8,10 @@ int main(int argc, char** argv) {
     CreateDirectoryA(folder.c_str(), nullptr);
     std::printf("%-58s %12s %12s   %5s   %4s\n", "", "library", "reference", "ratio", "goal");
     bool sound = true;
-    for (const auto contests : {ListingContests, AccountContests})
+    for (const auto contests : {ListingContests, StoreContests, AccountContests})
         for (const Contest& contest : contests(folder))
             sound &= Run(contest);
+    PrintTakingTimes(folder);
     PrintListingMemory(folder);
     return sound ? 0 : 1;
 }

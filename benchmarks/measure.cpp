@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "resident/core/windows_api.h"
 
-static double Seconds() {
+double Seconds() {
     LARGE_INTEGER now;
     LARGE_INTEGER frequency;
     QueryPerformanceCounter(&now);
@@ -13,12 +14,12 @@ static double Seconds() {
     return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
-static double Median(std::vector<double> times) {
+double Median(std::vector<double> times) {
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
 }
 
-bool Run(const Contest& contest, int rounds) {
+bool Run(const Contest& contest) {
     std::vector<double> reference;
     std::vector<double> library;
     bool equal = true;
@@ -28,9 +29,9 @@ bool Run(const Contest& contest, int rounds) {
         const double start = Seconds();
         const std::uint64_t sum = work();
         times.push_back(Seconds() - start);
-        return sum;
+        return std::pair(sum, contest.inspect ? contest.inspect() : 0);
     };
-    for (int round = 0; round <= rounds; ++round) {
+    for (int round = 0; round <= contest.rounds; ++round) {
         equal &= time(contest.reference, reference) == time(contest.library, library);
         // The first round warms the caches.
         if (round == 0) {

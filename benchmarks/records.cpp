@@ -1,8 +1,7 @@
 #include "benchmarks/records.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
-#include <vector>
 
 #include "resident/core/byte_order.h"
 #include "resident/core/windows_api.h"
@@ -26,13 +25,22 @@ DiskDirRec MadeUpRecord(unsigned int number, bool free) {
 }
 
 void WriteDFile(const std::string& path, unsigned int count, unsigned int freeEvery) {
-    std::vector<DiskDirRec> records(count + 1);
-    std::memset(static_cast<void*>(&records[0]), 0, sizeof records[0]);
+    std::vector<DiskDirRec> records(count);
     for (unsigned int i = 1; i <= count; ++i)
-        records[i] = MadeUpRecord(i, freeEvery && i % freeEvery == 0);
+        records[i - 1] = MadeUpRecord(i, freeEvery && i % freeEvery == 0);
+    WriteDFile(path, records);
+}
+
+void WriteDFile(const std::string& path, const std::vector<DiskDirRec>& records) {
+    std::vector<DiskDirRec> file(1 + records.size(), DiskDirRec());
+    std::copy(records.begin(), records.end(), file.begin() + 1);
+    WriteWholeFile(path, file.data(), file.size() * sizeof file[0]);
+}
+
+void WriteWholeFile(const std::string& path, const void* bytes, unsigned int size) {
     const HANDLE file =
         CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     DWORD written;
-    WriteFile(file, records.data(), records.size() * sizeof records[0], &written, nullptr);
+    WriteFile(file, bytes, size, &written, nullptr);
     CloseHandle(file);
 }

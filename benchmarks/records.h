@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "system/store/directory_record.h"
 
@@ -9,3 +10,9 @@ DiskDirRec MadeUpRecord(unsigned int number, bool free = false);
 
 // A type 0 D file of `count` such records behind its header; every `freeEvery`-th slot is free.
 void WriteDFile(const std::string& path, unsigned int count, unsigned int freeEvery = 0);
+
+// A D file of these records behind its header.
+void WriteDFile(const std::string& path, const std::vector<DiskDirRec>& records);
+
+// Writes one block of bytes as a new file.
+void WriteWholeFile(const std::string& path, const void* bytes, unsigned int size);
