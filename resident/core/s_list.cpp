@@ -1,7 +1,52 @@
 #include "resident/core/s_list.h"
 
 #include <climits>
-#include <new>
+
+#include "resident/core/windows_api.h"
+
+namespace {
+
+// Memory for a node, aligned as the system's list of free ones asks.
+struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
+    unsigned char node[sizeof(ListNode)];
+};
+
+constexpr unsigned int kChunk = 256; // slots, side by side, that are allocated at once
+
+// Slots to come, never given back to the heap. Lists on any thread share them. Zero is empty.
+SLIST_HEADER freeSlots;
+
+void Give(void* slot) { InterlockedPushEntrySList(&freeSlots, static_cast<SLIST_ENTRY*>(slot)); }
+
+void* Take() {
+    if (void* const slot = InterlockedPopEntrySList(&freeSlots))
+        return slot;
+    Slot* const chunk = new (std::nothrow) Slot[kChunk];
+    for (unsigned int i = chunk ? kChunk : 1; --i > 0;)
+        Give(&chunk[i]);
+    return chunk;
+}
+
+} // namespace
+
+void* ListNode::operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept {
+    // A derived class's nodes have another size.
+    return size == sizeof(ListNode) ? Take() : ::operator new(size, nothrow);
+}
+
+void* ListNode::operator new(std::size_t size) {
+    void* const node = operator new(size, std::nothrow);
+    if (!node)
+        throw std::bad_alloc();
+    return node;
+}
+
+void ListNode::operator delete(void* node, std::size_t size) {
+    if (size == sizeof(ListNode))
+        Give(node);
+    else
+        ::operator delete(node);
+}
 
 ListNode::ListNode(void* item, ListNode* following) : next(following), data(item) {}
 

@@ -1,11 +1,20 @@
 #pragma once
 
+#include <cstddef>
+#include <new>
+
 #include "resident/core/jx_api.h"
 
 // One link of an S_List. The item is never the node's to free.
 struct JX_API ListNode {
     ListNode(void* item, ListNode* following);
     virtual ~ListNode();
+
+    // Nodes lie close together: every append walks over all nodes of its list, and the heap
+    // scatters them.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* node, std::size_t size);
 
     ListNode* next;
     void* data;
