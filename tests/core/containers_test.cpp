@@ -49,6 +49,34 @@ TEST(SList, RemovesTheFirstNodeAndMovesTheCursorOffIt) {
         EXPECT_EQ(Name(list.Next()), name);
 }
 
+TEST(SList, NodesAreReusedAndHoldTheirOwnItems) {
+    static char items[1000];
+    for (int round = 0; round < 2; ++round) {
+        S_List list;
+        S_List other;
+        for (char& item : items)
+            EXPECT_EQ((&item - items) % 3 ? list.AppendItem(&item) : other.AppendItem(&item), 1);
+        EXPECT_EQ(list.mlCount + other.mlCount, 1000);
+        for (long index = 0; index < other.mlCount; ++index)
+            EXPECT_EQ(other[index]->data, items + 3 * index);
+        for (long index = 0; index < list.mlCount; ++index)
+            EXPECT_EQ(list[index]->data, items + index / 2 * 3 + index % 2 + 1);
+    }
+}
+
+TEST(SList, ADerivedNodeHasRoomForItsOwnMembers) {
+    struct WideNode : ListNode {
+        WideNode() : ListNode(nullptr, nullptr) {}
+        char text[64] = "";
+    };
+    ListNode* const wide = new WideNode;
+    delete wide;
+    S_List list;
+    list.AppendItem(Item('a'));
+    list.AppendItem(Item('b'));
+    EXPECT_EQ(Contents(list), "ab -");
+}
+
 static std::string deleted;
 
 struct Recorded {
