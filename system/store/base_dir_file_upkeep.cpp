@@ -209,9 +209,11 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     miUsed = miUnprocessed = 0;
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");
+    bool made = false;
     bool copied = false;
     if (Open(keOpenIn | keOpenBinary)) {
-        if (stripped.Open(keOpenWrite)) {
+        made = stripped.Open(keOpenWrite);
+        if (made) {
             copied = CopyUsedRecords(stripped, [option](DiskDirRec& stored) {
                 if (option == keRemoveUnkept && (stored.status & keStatusKeepMessageID))
                     return;
@@ -233,7 +235,7 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
             result = DiskDriver::Rename(stripped, *this);
         else
             DiskDriver::RemoveFile(stripped);
-    } else {
+    } else if (made) {
         DiskDriver::RemoveFile(stripped);
     }
     if (!result)

@@ -146,7 +146,7 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         const bool old = static_cast<unsigned long long>(filed.Seconds()) + age < now.Seconds();
         if (!old || (onlyProcessed && !(record.Record().status & keStatusProcessed)))
             continue;
-        sound = MoveMessage(record, *target);
+        sound = target && MoveMessage(record, *target);
         if (sound) {
             record.Record().used = 0;
             sound = MoveTo(position) && (*this << record).flush();
@@ -159,10 +159,12 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
 }
 
 bool DirectoryFile::MoveMessage(const DirectoryRecord& record, DirectoryFile& target) {
-    FileSpec message;
+    RbFile message;
     RbFile moved;
-    return MessageFile(record, message) && HashUniqueFileName(&moved, target, ".EML") &&
-           DiskDriver::Rename(message, moved) && target.AddMessage(&moved);
+    // A folder of that name is no message, and stays where it is.
+    return MessageFile(record, message) && !message.DirectoryExists() &&
+           HashUniqueFileName(&moved, target, ".EML") && DiskDriver::Rename(message, moved) &&
+           target.AddMessage(&moved);
 }
 
 void DirectoryFile::UpdateDFile() {
