@@ -1,4 +1,5 @@
-#include "resident/files/rb_file.h"
+#include "resident/files/file_spec.h"
+#include "resident/files/open_mode.h"
 #include "resident/users/jx_backgnd_data.h"
 #include "resident/users/jx_current_user_data_file.h"
 #include "ticker/ticker.h"
@@ -8,10 +9,7 @@
 static bool ReadUserData(JxBackgndData& data) {
     JxCurrentUserDataFile file;
     if (!file.OpenUserDataFile(keOpenRead)) {
-        // A file that is there, but was not opened, is hidden again; one that is missing cannot be.
-        RBString path;
-        if (JxCurrentUserDataFile::GetUserDataFileSpec(path) && RbFile(path).Exists())
-            file.Close();
+        file.CloseFailed();
         return false;
     }
     std::fstream& stream = *file.GetStream();

@@ -78,6 +78,11 @@ void JxCurrentUserDataFile::Close() {
     JX_CHECK_MESSAGE(iiResult == 0, "iiResult == 0", "Can't set JxBackgnd file attributes");
 }
 
+void JxCurrentUserDataFile::CloseFailed() {
+    if (mpoRbFile && mpoRbFile->Exists())
+        Close();
+}
+
 std::fstream* JxCurrentUserDataFile::GetStream() {
     JX_CHECK(mpszFileSpec);
     JX_CHECK(mpoRbFile);

@@ -30,6 +30,8 @@ public:
     int OpenUserDataFile(int mode);
     int OpenLoggedUserFile(int mode);
     void Close();
+    // Closes after a failed open, when the file may be missing: hides one that is there.
+    void CloseFailed();
 
     // The open file's stream, owned by this object; null when there is no file.
     std::fstream* GetStream();

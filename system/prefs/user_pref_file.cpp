@@ -9,6 +9,7 @@
 static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
 static constexpr long kHeaderSize = 46;
 static constexpr unsigned int kCaption = 110;
+static constexpr unsigned int kFirstMessage = 604; // that of UserPrefError 0
 
 static const char kMagic[] = "PREFRBSW";
 
@@ -67,7 +68,6 @@ int UserPrefFile::ShowFileMessage(unsigned int textId, const char* path) {
 }
 
 int UserPrefFile::FileError(UserPrefError code) {
-    static constexpr unsigned int kFirstMessage = 604;
     return code == kePrefCloseError ? 0 : ShowFileMessage(kFirstMessage + code, FullFileSpec());
 }
 
@@ -205,7 +205,7 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
     RbFile copy(Beside("RB.BAK"));
     if (!copy.Open(keOpenRewrite))
-        return FileError(kePrefOpenError);
+        return ShowFileMessage(kFirstMessage, copy.FullFileSpec());
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();
     if (!copied)

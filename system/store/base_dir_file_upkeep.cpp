@@ -9,14 +9,17 @@
 
 static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
 
-// Whether a record's file name is a plain name: one that, put behind any folder, stays in it.
+// Whether a name is a plain one: one that, put behind any folder, is a file of that folder.
 static bool IsPlainName(const char* name) {
-    if (!*name || std::strpbrk(name, "\\/:*?\"<>|") || std::strcmp(name, ".") == 0 ||
-        std::strcmp(name, "..") == 0)
+    if (!*name || std::strpbrk(name, "\\/:*?\"<>|"))
         return false;
     for (const char* p = name; *p; ++p)
         if (static_cast<unsigned char>(*p) < 0x20)
             return false;
+    // Dots and blanks at a name's end fall away: what is left of it, if anything, is another name.
+    const char last = name[std::strlen(name) - 1];
+    if (last == '.' || last == ' ')
+        return false;
     // Devices have a place in every folder.
     const std::size_t length = std::strcspn(name, ". ");
     const auto is = [&](const char* device, std::size_t size) {
@@ -30,7 +33,10 @@ static bool IsPlainName(const char* name) {
 
 bool BaseDirFile::MessageFile(const DirectoryRecord& record, FileSpec& file) const {
     const RBString name = record.FileName();
-    if (!IsPlainName(name.Text()))
+    // As it crosses to the file system too: the conversion knows fewer characters, and makes dots
+    // of some that it does not know.
+    const OemName oemName(name.Text());
+    if (!IsPlainName(name.Text()) || !oemName || !IsPlainName(oemName.Text()))
         return false;
     file = Beside(name.Text());
     return true;
