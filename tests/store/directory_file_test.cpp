@@ -130,7 +130,8 @@ TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
     for (const char* name : {"A.EML", "SHORT.EML", "OLD\\IN.EML"})
         WriteFileBytes(name, "short");
     for (const std::string& name : std::vector<std::string>{
-             "GONE.EML", mFolder.Path("A.EML"), "OLD\\IN.EML", "*.EML", "..", "", "SHORT.EML"}) {
+             "GONE.EML", mFolder.Path("A.EML"), "OLD\\IN.EML", "*.EML", "..", "", " ", ". ", "...",
+             "....", "\x85\x85", "AUX.EML", "OLD", "SHORT.EML"}) {
         const std::string records = kHeader + Date(Message("B", name), 3029529600u) + mA;
         Write(records);
         EXPECT_EQ(Names() + Names("OLD"), "A.EML INBOX.DAT OLD SHORT.EML IN.EML OLD.DAT ");
@@ -139,6 +140,35 @@ TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
         EXPECT_EQ(Reports(), (name == "GONE.EML" ? kNotRenamed : "") + kNotAged) << name;
     }
     EXPECT_EQ(Names(), "A.EML INBOX.DAT OLD ");
+}
+
+TEST_F(OldMail, MovedIntoItsOwnFolderIsMovedOnce) {
+    WriteFileBytes("A.EML", Message("from A"));
+    Write(kHeader + mA);
+    DFile same(keDirFolder);
+    mFile.DeleteOldMail(0, 0, &same);
+    EXPECT_EQ(Read().substr(0, 632), kHeader + Free(mA));
+    EXPECT_EQ(Read().size(), 948u);
+    EXPECT_EQ(Reports(), "");
+}
+
+// Another program that maps the file keeps it from being cut.
+TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
+    for (DFile* file : {&mFile, &mMessages}) {
+        const std::string bytes = kHeader + Message("A") + Free(Message("B"));
+        Write(bytes);
+        const HANDLE held =
+            CreateFileA("INBOX.DAT", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                        OPEN_EXISTING, 0, nullptr);
+        const HANDLE mapping = CreateFileMappingA(held, nullptr, PAGE_READONLY, 0, 0, nullptr);
+        const void* view = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+        file->UpdateDFile();
+        EXPECT_EQ(Reports(), Inbox("0|Error copy file: DirectoryFile"));
+        UnmapViewOfFile(view);
+        CloseHandle(mapping);
+        CloseHandle(held);
+        EXPECT_EQ(Read(), bytes);
+    }
 }
 
 TEST_F(DirectoryFileTest, TrimsFreeSlotsAtTheEndOrEverywhere) {
