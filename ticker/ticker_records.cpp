@@ -69,8 +69,7 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
     }
     if (!tickerResults.topic)
         tickerResults.MakeForRecord();
-    if (tickerResults.userDataPath->Length())
-        tickerResults.userDataPath->reset();
+    tickerResults.EmptyUserDataPath();
     tickerResults.topic->puts(record->topic);
     tickerResults.fileName->puts(record->fileName);
     const char* const name = reinterpret_cast<const char*>(record->sender.name) + 1;

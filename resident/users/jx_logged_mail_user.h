@@ -7,10 +7,10 @@
 class FileSpec;
 class JXMailPrefs;
 
-enum enumLoggedUserStatus { keLoggedStatusNone = 0 };
+enum enumLoggedUserStatus : int { keLoggedStatusNone = 0 };
 
 // A user's local folders.
-enum enumLocalMailDir {
+enum enumLocalMailDir : int {
     keLocalInbox = 0,
     keLocalMailLog = 1,
     keLocalPublic = 2,

@@ -6,7 +6,7 @@
 class RbFile;
 
 // Results of Export and Import.
-enum enumUserListResult {
+enum enumUserListResult : int {
     keUserListDone = 0,
     keUserListNoName = 1,       // export: nothing written
     keUserListNotWritten = 2,   // export

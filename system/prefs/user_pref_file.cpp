@@ -83,6 +83,12 @@ bool UserPrefFile::MoveTo(long position) {
     return good();
 }
 
+long UserPrefFile::FileSize() {
+    clear();
+    seekg(0, std::ios::end);
+    return tellg();
+}
+
 int UserPrefFile::OpenPrefFile() {
     return Reopen(kOpenReadWrite | keOpenNoCreate) ? 1 : FileError(kePrefOpenError);
 }
@@ -170,8 +176,13 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     const auto* const block = static_cast<const char*>(tag.buffer);
     if (mStatus & keRecordFound) {
         if (static_cast<unsigned short>(moRecord.size) == tag.size) {
-            const long offset = static_cast<long>(moRecord.Offset());
-            if (offset < 0 || !MoveTo(offset))
+            // A block stands behind the directory, and begins within the file.
+            const long directoryEnd =
+                kHeaderSize + static_cast<long>(Count(moHeader) * sizeof moRecord);
+            const unsigned long offset = moRecord.Offset();
+            if (offset < static_cast<unsigned long>(directoryEnd) ||
+                offset > static_cast<unsigned long>(FileSize()) ||
+                !MoveTo(static_cast<long>(offset)))
                 return FileError(kePrefSeekError);
             if (!write(block, tag.size))
                 return FileError(kePrefWriteError);
@@ -179,11 +190,12 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         return UpdateHeader();
     }
 
-    clear();
-    seekg(0, std::ios::end);
-    const long fileEnd = tellg();
-    if (!good() || fileEnd < 0)
+    const long fileEnd = FileSize();
+    if (fileEnd < 0)
         return FileError(kePrefSeekError);
+    // One record more than the header can count would lose them all.
+    if (Count(moHeader) == 0xFFFF)
+        return FileError(kePrefWriteError);
     moRecord = AppRecHeader();
     moRecord.id = tag.id;
     moRecord.version = tag.version;
@@ -218,9 +230,7 @@ int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
 // Writes the file with the new record behind the others, whose blocks so move on by its size, and
 // the new block at the end.
 bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag& tag) {
-    clear();
-    seekg(0, std::ios::end);
-    const long length = tellg();
+    const long length = FileSize();
     if (!(copy << moHeader))
         return FileError(kePrefWriteError);
     if (!MoveTo(kHeaderSize))
