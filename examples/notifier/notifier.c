@@ -5,8 +5,7 @@
 
 #include <postrider/postrider_ticker.h>
 
-int main(int argc, char **argv)
-{
+int main(int argc, char** argv) {
     char *inbox, *userData, *topic, *fileName, *sender;
     unsigned short kind, processed;
     int more, waiting = 0;

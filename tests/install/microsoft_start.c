@@ -1,5 +1,5 @@
 /* The entry point of the notifier example when a linker of Microsoft's kind links it, without the
-   start-up code of a C run-time. Tells as well whether PrintError came from the library. */
+   start-up code of a C run-time. Tells as well whether every function is the library's own. */
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -7,19 +7,22 @@
 
 #include <postrider/postrider_ticker.h>
 
-int main(int argc, char **argv);
+int main(int argc, char** argv);
 
 /* The compiler has main call it. */
-void __main(void)
-{
+void __main(void) {}
+
+static int Is(const char* name, FARPROC function) {
+    return function && function == GetProcAddress(GetModuleHandleA("JXTICDLL.DLL"), name);
 }
 
-void start(void)
-{
-    static char *arguments[] = {"notifier", FOLDER "\\DFile", NULL};
-    FARPROC printError = GetProcAddress(GetModuleHandleA("JXTICDLL.DLL"), "PrintError");
-
+void start(void) {
+    static char* arguments[] = {"notifier", FOLDER "\\DFile", NULL};
     int status = main(2, arguments);
-    puts(printError == (FARPROC)PrintError ? "PrintError is there" : "PrintError is missing");
+    int all = Is("GetCurUserPath", (FARPROC)GetCurUserPath) &&
+              Is("GetFirstRecord", (FARPROC)GetFirstRecord) &&
+              Is("GetNextRecord", (FARPROC)GetNextRecord) && Is("Done", (FARPROC)Done) &&
+              Is("PrintError", (FARPROC)PrintError);
+    puts(all ? "All functions are there" : "Functions are missing");
     exit(status);
 }
