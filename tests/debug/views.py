@@ -168,8 +168,8 @@ def printed(name):
 
 
 class Tests:
-    def __init__(self, natvis):
-        self.natvis = natvis
+    def __init__(self):
+        self.natvis = Natvis(os.environ["POSTRIDER_NATVIS"])
 
     def printed_values(self):
         for name, text in kPrinted.items():
@@ -289,13 +289,12 @@ def main():
     tests, failed = 0, 0
     gdb.execute("up", to_string=True)
     report = ElementTree.Element("testsuites")
-    natvis = Natvis(os.environ["POSTRIDER_NATVIS"])
     for name, test in vars(Tests).items():
         if name.startswith("_"):
             continue
         del failures[:]
         try:
-            test(Tests(natvis))
+            test(Tests())
         except Exception:
             failures.append(traceback.format_exc())
         tests += 1
