@@ -89,13 +89,14 @@ def unreadable(what, address):
     return "<%s at 0x%x cannot be read>" % (what, address)
 
 
-def readable(value):
+def behind(pointer):
     """The value behind a pointer, or None when its memory cannot be read."""
+    # A copy of its bytes: a value in its place would have gdb look up its dynamic type, and warn
+    # of every class of a library without symbols.
+    kind = pointer.type.strip_typedefs().target()
     try:
-        target = value.dereference()
-        target.fetch_lazy()
-        return target
-    except gdb.error:
+        return gdb.Value(read(int(pointer), kind.sizeof), kind)
+    except (gdb.error, OverflowError):
         return None
 
 
@@ -104,7 +105,7 @@ def string_data(string, most):
     instead of both."""
     if int(string["mpRep"]) == 0:
         return None, "<no text>"
-    rep = readable(string["mpRep"])
+    rep = behind(string["mpRep"])
     if rep is None:
         return None, unreadable("text", int(string["mpRep"]))
     address, length = int(rep["mpBuffer"]), int(rep["miLength"])
@@ -243,7 +244,7 @@ class ContainerView(View):
         address = self.value["mpoList"]
         if int(address) == 0:
             return "<no list>"
-        objects = readable(address)
+        objects = behind(address)
         if objects is None:
             return unreadable("list", int(address))
         count = int(objects["mlCount"])
@@ -254,7 +255,7 @@ class ContainerView(View):
         return "array"
 
     def children(self):
-        objects = readable(self.value["mpoList"]) if int(self.value["mpoList"]) else None
+        objects = behind(self.value["mpoList"]) if int(self.value["mpoList"]) else None
         if objects is None:
             return
         kind = gdb.types.get_basic_type(self.value.type).template_argument(0).pointer()
@@ -264,13 +265,13 @@ class ContainerView(View):
             if int(link) in seen or len(seen) == kMaxObjects:
                 yield name, "<the list goes round>" if int(link) in seen else "..."
                 return
-            node = readable(link)
+            node = behind(link)
             if node is None:
                 yield name, unreadable("node", int(link))
                 return
             seen.add(int(link))
             item = node["data"].cast(kind)
-            found = readable(item)
+            found = behind(item)
             yield name, unreadable("object", int(item)) if found is None else found
             link = node["next"]
 
