@@ -307,7 +307,8 @@ def main():
     totals = {"tests": str(tests), "failures": str(failed), "disabled": "0", "name": "debug"}
     for key, text in totals.items():
         report.set(key, text)
-    ElementTree.ElementTree(report).write(os.environ["POSTRIDER_REPORT"], encoding="utf-8")
+    with open(os.environ["POSTRIDER_REPORT"], "w", encoding="utf-8") as file:
+        file.write(ElementTree.tostring(report, encoding="unicode") + "\n")
     return 1 if failed else 0
 
 
