@@ -47,8 +47,7 @@ int main() {
     nowhere.mpBuffer = reinterpret_cast<unsigned char*>(0x10);
     nowhere.miLength = 5;
     endless.miLength = 0xFFFFFFF0;
-    StringRep* const reps[4] = {nullptr, reinterpret_cast<StringRep*>(0x20), &nowhere,
-                                &endless};
+    StringRep* const reps[4] = {nullptr, reinterpret_cast<StringRep*>(0x20), &nowhere, &endless};
     for (int i = 0; i < 4; ++i) {
         std::memcpy(strings[i], &plain, sizeof plain);
         std::memcpy(strings[i] + sizeof(RBString) - sizeof(StringRep*), &reps[i], sizeof reps[i]);
