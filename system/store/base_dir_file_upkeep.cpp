@@ -11,8 +11,8 @@ static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
 
 // Whether a record's file name is a plain name: one that, put behind any folder, stays in it.
 static bool IsPlainName(const char* name) {
-    if (!*name || std::strpbrk(name, "\\/:*?\"<>|") || std::strcmp(name, ".") == 0 ||
-        std::strcmp(name, "..") == 0)
+    // The system drops dots and spaces at a name's end: one of nothing else is the folder.
+    if (std::strpbrk(name, "\\/:*?\"<>|") || !name[std::strspn(name, ". ")])
         return false;
     for (const char* p = name; *p; ++p)
         if (static_cast<unsigned char>(*p) < 0x20)
@@ -147,8 +147,10 @@ static FileSpec WithExtension(const FileSpec& file, const char* ext) {
 static constexpr unsigned int kCopyBuffer = 0x10000;
 
 int BaseDirFile::CompressDFile() {
+    FileSpec backup = WithExtension(*this, ".BAK");
     RbFile compressed;
-    if (!HashUniqueFileName(&compressed, *this, ".TMP"))
+    // A file that has the backup's name would be removed as an older backup.
+    if (IsSameFile(backup) || !HashUniqueFileName(&compressed, *this, ".TMP"))
         return 0;
     bool copied = false;
     {
@@ -166,7 +168,6 @@ int BaseDirFile::CompressDFile() {
         return 0;
     }
 
-    FileSpec backup = WithExtension(*this, ".BAK");
     DiskDriver::RemoveFile(backup);
     if (!DiskDriver::Rename(*this, backup)) {
         DiskDriver::RemoveFile(compressed);
@@ -209,8 +210,10 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     miUsed = miUnprocessed = 0;
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");
+    FileSpec backup = WithExtension(*this, ".BAK");
+    const bool namesFree = !IsSameFile(stripped) && !IsSameFile(backup);
     bool copied = false;
-    if (Open(keOpenIn | keOpenBinary)) {
+    if (namesFree && Open(keOpenIn | keOpenBinary)) {
         if (stripped.Open(keOpenWrite)) {
             copied = CopyUsedRecords(stripped, [option](DiskDirRec& stored) {
                 if (option == keRemoveUnkept && (stored.status & keStatusKeepMessageID))
@@ -226,14 +229,13 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
 
     int result = 0;
     if (copied) {
-        FileSpec backup = WithExtension(*this, ".BAK");
         DiskDriver::RemoveFile(backup);
         // Without a way back: when the second one fails, the file stays as the backup.
         if (DiskDriver::Rename(*this, backup))
             result = DiskDriver::Rename(stripped, *this);
         else
             DiskDriver::RemoveFile(stripped);
-    } else {
+    } else if (namesFree) {
         DiskDriver::RemoveFile(stripped);
     }
     if (!result)

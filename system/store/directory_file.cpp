@@ -158,11 +158,19 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         JX_FAIL("Error DirectoryFile: DeleteOldMail()");
 }
 
+// Folders can be renamed as files can, but are no messages.
+static bool IsFolder(const FileSpec& spec) {
+    ffblk found;
+    return DiskDriver::GetFileInfo(spec.FullFileSpec(), &found, keAttrDirectory) &&
+           (found.ff_attrib & keAttrDirectory);
+}
+
 bool DirectoryFile::MoveMessage(const DirectoryRecord& record, DirectoryFile& target) {
     FileSpec message;
     RbFile moved;
-    return MessageFile(record, message) && HashUniqueFileName(&moved, target, ".EML") &&
-           DiskDriver::Rename(message, moved) && target.AddMessage(&moved);
+    return MessageFile(record, message) && !IsFolder(message) &&
+           HashUniqueFileName(&moved, target, ".EML") && DiskDriver::Rename(message, moved) &&
+           target.AddMessage(&moved);
 }
 
 void DirectoryFile::UpdateDFile() {
