@@ -8,6 +8,7 @@
 
 static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
 static constexpr long kHeaderSize = 46;
+static constexpr unsigned int kMaxRecords = 0xFFFF;
 static constexpr unsigned int kCaption = 110;
 
 static const char kMagic[] = "PREFRBSW";
@@ -168,22 +169,27 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     if (!ReadAppHeader(tag.id))
         return 0;
     const auto* const block = static_cast<const char*>(tag.buffer);
+    clear();
+    seekg(0, std::ios::end);
+    const long fileEnd = tellg();
+    if (!good() || fileEnd < 0)
+        return FileError(kePrefSeekError);
     if (mStatus & keRecordFound) {
         if (static_cast<unsigned short>(moRecord.size) == tag.size) {
+            // A block elsewhere than behind the records would be written over them, or far behind
+            // the file's end.
             const long offset = static_cast<long>(moRecord.Offset());
-            if (offset < 0 || !MoveTo(offset))
+            const long records = static_cast<long>(Count(moHeader) * sizeof moRecord);
+            if (offset < kHeaderSize + records || offset > fileEnd || !MoveTo(offset))
                 return FileError(kePrefSeekError);
             if (!write(block, tag.size))
                 return FileError(kePrefWriteError);
         }
         return UpdateHeader();
     }
-
-    clear();
-    seekg(0, std::ios::end);
-    const long fileEnd = tellg();
-    if (!good() || fileEnd < 0)
-        return FileError(kePrefSeekError);
+    // One record more could not be counted.
+    if (Count(moHeader) == kMaxRecords)
+        return FileError(kePrefWriteError);
     moRecord = AppRecHeader();
     moRecord.id = tag.id;
     moRecord.version = tag.version;
@@ -204,7 +210,8 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
 
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
     RbFile copy(Beside("RB.BAK"));
-    if (!copy.Open(keOpenRewrite))
+    // The two names that the exchange needs are not the file's own.
+    if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !copy.Open(keOpenRewrite))
         return FileError(kePrefOpenError);
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();
