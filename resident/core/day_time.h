@@ -14,7 +14,7 @@ struct ftime {
     unsigned int ft_year : 7;
 };
 
-enum enum_DayTime_Constructor_Format {
+enum enum_DayTime_Constructor_Format : int {
     keDayTimeMac = 0, // local time, seconds since 1904-01-01
     keDayTimePC = 1   // UTC, seconds since 1970-01-01
 };

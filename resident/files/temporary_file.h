@@ -2,7 +2,7 @@
 
 #include "resident/files/rb_file.h"
 
-enum enumTempFileOptions {
+enum enumTempFileOptions : int {
     keTempDirectory = 0, // the text is the directory to use
     keTempExtension = 1  // the text is the extension to use
 };

@@ -7,7 +7,7 @@
 class FileSpec;
 class JXMailPrefs;
 
-enum enumLoggedUserStatus { keLoggedStatusNone = 0 };
+enum enumLoggedUserStatus : int { keLoggedStatusNone = 0 };
 
 // A user's local folders.
 enum enumLocalMailDir {

@@ -2,12 +2,13 @@
 
 // How mail to a user is formatted. The numbers are those of the user records; a user's platform
 // follows from its message format and enclosure encoding (BaseMailUser::SetPlatformFromEncoding).
+// Programs may set other values.
 
-enum enumMessageFormat { keFormat1 = 1, keFormat2 = 2, keFormat3 = 3, keFormat4 = 4 };
+enum enumMessageFormat : int { keFormat1 = 1, keFormat2 = 2, keFormat3 = 3, keFormat4 = 4 };
 
-enum enumEnclosureEncode { keEncode1 = 1, keEncode2 = 2, keEncode7 = 7 };
+enum enumEnclosureEncode : int { keEncode1 = 1, keEncode2 = 2, keEncode7 = 7 };
 
-enum enumUserPlatformType {
+enum enumUserPlatformType : int {
     kePlatform1 = 1,
     kePlatform2 = 2,
     kePlatform3 = 3,

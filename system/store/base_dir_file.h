@@ -4,19 +4,19 @@
 #include "resident/users/jx_download_item.h"
 #include "system/store/directory_record.h"
 
-enum TypeDirFile {
+enum TypeDirFile : int {
     keDirFolder = 0,  // a zero header of 316 bytes, then the records
     keDirForeign = 1, // the same, but never made by this library
     keDirMessages = 2 // records alone, made from the message files "*.EML" of its folder
 };
 
-enum enumFindRecord {
+enum enumFindRecord : int {
     keFindPosition = 0,
     keFindExisting = 1 // -3 when there is a match
 };
 
 // GetInfo counts the same whatever it is given.
-enum enumGetInfoOptions { keInfoAll = 0 };
+enum enumGetInfoOptions : int { keInfoAll = 0 };
 
 // Results of the searching operations besides a byte position.
 constexpr long keDirError = -1;
@@ -24,7 +24,7 @@ constexpr long keDirNotFound = -2;
 constexpr long keDirExists = -3;
 
 // What MarkRecord does to the stored record. Other values write it back as it is.
-enum enumMarkMailAction {
+enum enumMarkMailAction : int {
     keMarkProcessed = 0, // and clears the return receipt
     keMarkUnprocessed = 1,
     keMarkUnused = 2,
@@ -47,7 +47,7 @@ enum enumMarkMailAction {
 // have none.
 class JX_API BaseDirFile : public RbFileRetryOpen {
 public:
-    enum enumRemoveOptions {
+    enum enumRemoveOptions : int {
         keRemoveAll = 0,
         keRemoveUnkept = 1 // spares records with status bit 0x20
     };

@@ -3,14 +3,14 @@
 #include "system/store/base_dir_file.h"
 
 // What CheckUnprocessedDDRs looks for; the values add up.
-enum enumCheckOptions {
+enum enumCheckOptions : int {
     keCheckProcessable = 0,
     keCheckAlways = 0x01,     // scan even when the file's directory entry is not found
     keCheckInstallable = 0x02 // with an installable attribute
 };
 
 // What GetUnprocessedDDRs takes. Other values take what is processable.
-enum enumGetDDROptions {
+enum enumGetDDROptions : int {
     keGetProcessable = 0,
     keGetInstallable = 1,    // and has an installable attribute
     keGetInstallRequests = 2 // status bit 0x40, processable or not
