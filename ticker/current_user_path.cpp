@@ -1,4 +1,5 @@
-#include "resident/files/rb_file.h"
+#include "resident/files/file_spec.h"
+#include "resident/files/open_mode.h"
 #include "resident/users/jx_backgnd_data.h"
 #include "resident/users/jx_current_user_data_file.h"
 #include "ticker/ticker.h"
@@ -7,13 +8,8 @@
 // Reads the current user's data; false, with nothing reported, when it cannot be read.
 static bool ReadUserData(JxBackgndData& data) {
     JxCurrentUserDataFile file;
-    if (!file.OpenUserDataFile(keOpenRead)) {
-        // A file that is there, but was not opened, is hidden again; one that is missing cannot be.
-        RBString path;
-        if (JxCurrentUserDataFile::GetUserDataFileSpec(path) && RbFile(path).Exists())
-            file.Close();
+    if (!file.OpenUserDataFile(keOpenRead))
         return false;
-    }
     std::fstream& stream = *file.GetStream();
     stream >> data;
     const bool read = stream.good();

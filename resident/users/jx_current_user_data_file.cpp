@@ -15,10 +15,13 @@ static constexpr unsigned short kSpecSize = 260;
 JxCurrentUserDataFile::JxCurrentUserDataFile() : mpszFileSpec(nullptr), mpoRbFile(nullptr) {}
 
 JxCurrentUserDataFile::~JxCurrentUserDataFile() {
-    delete[] mpszFileSpec;
-    // An open file stays open: closing it is the owner's duty.
-    if (mpoRbFile && !mpoRbFile->isOpen())
+    // An open file stays open: closing it is the owner's duty. One that was not opened is hidden
+    // again.
+    if (mpoRbFile && !mpoRbFile->isOpen()) {
+        SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_HIDDEN);
         delete mpoRbFile;
+    }
+    delete[] mpszFileSpec;
 }
 
 unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
@@ -27,7 +30,9 @@ unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
     if (length == 0 || length >= size)
         return 0;
     FileSpec spec(buffer, 1);
-    spec.SetSpecPart(name, 0);
+    // A name that is none would leave the directory itself.
+    if (spec.SetSpecPart(name, 0) != FileSpec::keSpecOk)
+        return 0;
     const char* const path = spec.FullFileSpec();
     if (std::strlen(path) >= size)
         return 0;

@@ -14,7 +14,7 @@ public:
     JxCurrentUserDataFile();
     JxCurrentUserDataFile(const JxCurrentUserDataFile&) = delete;
     JxCurrentUserDataFile& operator=(const JxCurrentUserDataFile&) = delete;
-    // Does not close an open file.
+    // Does not close an open file; hides one that could not be opened.
     virtual ~JxCurrentUserDataFile();
 
     // The full path of `name` in the Windows directory. Returns 0, with an undefined buffer, when
