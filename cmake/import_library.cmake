@@ -22,3 +22,17 @@ function(add_import_library name dll_target def)
     target_link_libraries(${name} INTERFACE ${library})
     add_dependencies(${name} ${name}_import_library)
 endfunction()
+
+# add_microsoft_import_library(name def): <name>.lib with the export list's functions, for linkers of
+# Microsoft's kind. Its short entries let them look for the name without its decoration; the MinGW
+# tool does not write them.
+function(add_microsoft_import_library name def)
+    find_program(POSTRIDER_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14 REQUIRED)
+    set(library ${PROJECT_BINARY_DIR}/lib/${name}.lib)
+    add_custom_command(OUTPUT ${library}
+        COMMAND ${POSTRIDER_LLVM_DLLTOOL} -m i386 -k -d ${def} -l ${library}
+        DEPENDS ${def}
+        COMMENT "Making the import library ${name}.lib"
+        VERBATIM)
+    add_custom_target(${name}_microsoft_import_library ALL DEPENDS ${library})
+endfunction()

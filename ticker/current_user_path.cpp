@@ -8,8 +8,10 @@
 // Reads the current user's data; false, with nothing reported, when it cannot be read.
 static bool ReadUserData(JxBackgndData& data) {
     JxCurrentUserDataFile file;
-    if (!file.OpenUserDataFile(keOpenRead))
+    if (!file.OpenUserDataFile(keOpenRead)) {
+        file.CloseFailed();
         return false;
+    }
     std::fstream& stream = *file.GetStream();
     stream >> data;
     const bool read = stream.good();

@@ -5,7 +5,7 @@
 #include "resident/core/windows_api.h"
 #include "ticker/ticker.h"
 
-int PrintError(unsigned int textId, unsigned int captionId, int, void* instance, ...) {
+int __cdecl PrintError(unsigned int textId, unsigned int captionId, int, void* instance, ...) {
     const RBString format(textId, instance);
     const RBString caption(captionId, instance);
     char text[256];

@@ -1,4 +1,3 @@
-#include <cstring>
 #include <memory>
 #include <new>
 
@@ -72,14 +71,12 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
     }
     if (!tickerResults.topic)
         tickerResults.MakeForRecord();
-    if (tickerResults.userDataPath->Length())
-        tickerResults.userDataPath->reset();
+    tickerResults.EmptyUserDataPath();
     tickerResults.topic->puts(record->topic);
     tickerResults.fileName->puts(record->fileName);
-    // The name as a C text: what stands behind a zero is not part of it.
     const char* const name = reinterpret_cast<const char*>(record->sender.name) + 1;
-    MailUser::OrderedUserName(*tickerResults.sender,
-                              std::string_view(name, strnlen(name, record->sender.name[0])), 1);
+    MailUser::OrderedUserName(*tickerResults.sender, std::string_view(name, record->sender.name[0]),
+                              1);
     lastKind = static_cast<unsigned short>(record->kind);
     lastFlag = record->status & keStatusProcessed;
     *kind = lastKind;

@@ -16,9 +16,12 @@ void TickerResults::MakeForRecord() {
 
 void TickerResults::Reset() {
     MakeForRecord();
-    for (RBString* result : {topic, fileName, sender, userDataPath})
+    for (RBString* result : {topic, fileName, sender})
         result->reset();
+    EmptyUserDataPath();
 }
+
+void TickerResults::EmptyUserDataPath() { userDataPath->Truncate(0); }
 
 void TickerResults::Free() {
     for (RBString** result : {&topic, &fileName, &inboxPath, &sender, &userDataPath}) {

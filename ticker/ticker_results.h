@@ -17,6 +17,8 @@ struct TickerResults {
     // What every record call begins with. The inbox path keeps its text, so that it can be opened;
     // the user data path does not.
     void Reset();
+    // In its place: the pointer handed out stays valid until Done, and then reads as empty.
+    void EmptyUserDataPath();
     void Free();
 
     static char* TextOf(RBString* result) { return const_cast<char*>(result->Text()); }

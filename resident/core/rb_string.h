@@ -20,7 +20,7 @@
 class BaseString;
 class RBString;
 
-enum StringError {
+enum StringError : int {
     keStringIndexOutOfRange = 3,
     keStringTooLong = 5,
     keStringNoSize = 1000,
@@ -28,7 +28,7 @@ enum StringError {
 };
 
 // How FindTextA compares.
-enum enumStringSearch {
+enum enumStringSearch : int {
     keSearchExact = 0,
     keSearchNoCase = 1,
     keSearchExactWord = 2,
@@ -36,8 +36,8 @@ enum enumStringSearch {
 };
 
 // With 1, a word runs over one period.
-enum enumGSEPOptions { keGSEPPlain = 0, keGSEPOverPeriod = 1 };
-enum enumGetWordOptions { keGetWordPlain = 0, keGetWordOverPeriod = 1 };
+enum enumGSEPOptions : int { keGSEPPlain = 0, keGSEPOverPeriod = 1 };
+enum enumGetWordOptions : int { keGetWordPlain = 0, keGetWordOverPeriod = 1 };
 
 // Which ends StripChars works on; the values add up.
 enum { keStripLeading = 1, keStripTrailing = 2 };

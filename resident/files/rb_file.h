@@ -8,7 +8,7 @@
 #include "resident/files/open_mode.h"
 
 // Results of removing a file.
-enum enumDeleteResult {
+enum enumDeleteResult : int {
     keDELETE_OK = 1,
     keDELETE_FAILED = -1,
     keDELETE_ACCESS_DENIED = -2,
@@ -16,13 +16,13 @@ enum enumDeleteResult {
 };
 
 // The buffer of a copy.
-enum enumDupStream {
+enum enumDupStream : int {
     keDupLargeBuffer = 0, // 32,000 bytes
     keDupSmallBuffer = 1  // 10 bytes
 };
 
 // Results of Copy and DupStream.
-enum enumCopyResult {
+enum enumCopyResult : int {
     keCopyDone = 1,
     keCopyStopped = 0, // by the progress callback
     keCopyReadFailed = -1,

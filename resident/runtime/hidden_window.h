@@ -2,7 +2,7 @@
 
 #include "resident/core/jx_api.h"
 
-enum enumJxCreateWin {
+enum enumJxCreateWin : int {
     keRegisterClass = 0, // register the window class first
     keClassRegistered = 1
 };

@@ -21,7 +21,7 @@ JX_EXPORTED_CONTAINER(JxTimerItem);
 // pumps messages.
 class JX_API JxTimer {
 public:
-    enum enumCreateOptions { keClient = 0, keBackground = 1 };
+    enum enumCreateOptions : int { keClient = 0, keBackground = 1 };
 
     JxTimer(void* instance, enumCreateOptions option);
     JxTimer(const JxTimer&) = delete;

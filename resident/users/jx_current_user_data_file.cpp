@@ -15,13 +15,10 @@ static constexpr unsigned short kSpecSize = 260;
 JxCurrentUserDataFile::JxCurrentUserDataFile() : mpszFileSpec(nullptr), mpoRbFile(nullptr) {}
 
 JxCurrentUserDataFile::~JxCurrentUserDataFile() {
-    // An open file stays open: closing it is the owner's duty. One that was not opened is hidden
-    // again.
-    if (mpoRbFile && !mpoRbFile->isOpen()) {
-        SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_HIDDEN);
-        delete mpoRbFile;
-    }
     delete[] mpszFileSpec;
+    // An open file stays open: closing it is the owner's duty.
+    if (mpoRbFile && !mpoRbFile->isOpen())
+        delete mpoRbFile;
 }
 
 unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
@@ -81,6 +78,11 @@ void JxCurrentUserDataFile::Close() {
     mpszFileSpec = nullptr;
     mpoRbFile = nullptr;
     JX_CHECK_MESSAGE(iiResult == 0, "iiResult == 0", "Can't set JxBackgnd file attributes");
+}
+
+void JxCurrentUserDataFile::CloseFailed() {
+    if (mpoRbFile && mpoRbFile->Exists())
+        Close();
 }
 
 std::fstream* JxCurrentUserDataFile::GetStream() {

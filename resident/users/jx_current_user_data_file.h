@@ -14,7 +14,7 @@ public:
     JxCurrentUserDataFile();
     JxCurrentUserDataFile(const JxCurrentUserDataFile&) = delete;
     JxCurrentUserDataFile& operator=(const JxCurrentUserDataFile&) = delete;
-    // Does not close an open file; hides one that could not be opened.
+    // Does not close an open file.
     virtual ~JxCurrentUserDataFile();
 
     // The full path of `name` in the Windows directory. Returns 0, with an undefined buffer, when
@@ -30,6 +30,8 @@ public:
     int OpenUserDataFile(int mode);
     int OpenLoggedUserFile(int mode);
     void Close();
+    // Closes after a failed open, when the file may be missing: hides one that is there.
+    void CloseFailed();
 
     // The open file's stream, owned by this object; null when there is no file.
     std::fstream* GetStream();

@@ -10,7 +10,7 @@ class JXMailPrefs;
 enum enumLoggedUserStatus : int { keLoggedStatusNone = 0 };
 
 // A user's local folders.
-enum enumLocalMailDir {
+enum enumLocalMailDir : int {
     keLocalInbox = 0,
     keLocalMailLog = 1,
     keLocalPublic = 2,

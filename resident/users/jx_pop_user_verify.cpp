@@ -23,8 +23,10 @@ int JxPopUserVerify::WriteDataToUserFile() {
     JX_CHECK(mpszOutputIPAddress);
     JX_CHECK(mpszOutputDialupName);
     JxCurrentUserDataFile file;
-    if (!file.OpenUserDataFile(keOpenRewrite))
+    if (!file.OpenUserDataFile(keOpenRewrite)) {
+        file.CloseFailed();
         return 0;
+    }
     std::fstream& stream = *file.GetStream();
     for (const char* text :
          {mpszOutputUserName, mpszOutputPassword, mpszOutputIPAddress, mpszOutputDialupName})
@@ -38,8 +40,10 @@ int JxPopUserVerify::WriteDataToUserFile() {
 int JxPopUserVerify::ReadDataFromUserFile(RBString& userName, RBString& password,
                                           RBString& ipAddress, RBString& dialupName) {
     JxCurrentUserDataFile file;
-    if (!file.OpenUserDataFile(keOpenRead))
+    if (!file.OpenUserDataFile(keOpenRead)) {
+        file.CloseFailed();
         return 0;
+    }
     std::fstream& stream = *file.GetStream();
     for (RBString* text : {&userName, &password, &ipAddress, &dialupName})
         if (stream.good())

@@ -6,7 +6,7 @@
 class RbFile;
 
 // Results of Export and Import.
-enum enumUserListResult {
+enum enumUserListResult : int {
     keUserListDone = 0,
     keUserListNoName = 1,       // export: nothing written
     keUserListNotWritten = 2,   // export
@@ -52,7 +52,7 @@ public:
     // The display form of "family|given": "given family" with bit 0 of `flags`, else
     // "family, given", at most 51 characters; a name without a bar as it is. `out` may be `name`.
     static RBString& OrderedUserName(RBString& out, RBString& name, unsigned short flags);
-    // The same for a name that is not in `out`.
+    // The same for a name that is not in `out`, up to its first zero.
     static RBString& OrderedUserName(RBString& out, std::string_view name, unsigned short flags);
     RBString& OrderedUserName(RBString& out, unsigned short flags);
 

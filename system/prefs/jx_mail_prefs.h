@@ -7,7 +7,7 @@
 class JxLoggedMailUser;
 class JxMailUserRepresentation;
 
-enum ConvertPrefTo { kePrefsToAnsi = 0, kePrefsToOem = 1 };
+enum ConvertPrefTo : int { kePrefsToAnsi = 0, kePrefsToOem = 1 };
 
 enum { LP_MAX_PRIORITY_LEVELS = 5 };
 

@@ -8,8 +8,8 @@
 
 static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
 static constexpr long kHeaderSize = 46;
-static constexpr unsigned int kMaxRecords = 0xFFFF;
 static constexpr unsigned int kCaption = 110;
+static constexpr unsigned int kFirstMessage = 604; // that of UserPrefError 0
 
 static const char kMagic[] = "PREFRBSW";
 
@@ -68,7 +68,6 @@ int UserPrefFile::ShowFileMessage(unsigned int textId, const char* path) {
 }
 
 int UserPrefFile::FileError(UserPrefError code) {
-    static constexpr unsigned int kFirstMessage = 604;
     return code == kePrefCloseError ? 0 : ShowFileMessage(kFirstMessage + code, FullFileSpec());
 }
 
@@ -82,6 +81,12 @@ bool UserPrefFile::MoveTo(long position) {
     clear();
     seekg(position);
     return good();
+}
+
+long UserPrefFile::FileSize() {
+    clear();
+    seekg(0, std::ios::end);
+    return tellg();
 }
 
 int UserPrefFile::OpenPrefFile() {
@@ -169,26 +174,27 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     if (!ReadAppHeader(tag.id))
         return 0;
     const auto* const block = static_cast<const char*>(tag.buffer);
-    clear();
-    seekg(0, std::ios::end);
-    const long fileEnd = tellg();
-    if (!good() || fileEnd < 0)
-        return FileError(kePrefSeekError);
     if (mStatus & keRecordFound) {
         if (static_cast<unsigned short>(moRecord.size) == tag.size) {
-            // A block elsewhere than behind the records would be written over them, or far behind
-            // the file's end.
-            const long offset = static_cast<long>(moRecord.Offset());
-            const long records = static_cast<long>(Count(moHeader) * sizeof moRecord);
-            if (offset < kHeaderSize + records || offset > fileEnd || !MoveTo(offset))
+            // A block stands behind the directory, and begins within the file.
+            const long directoryEnd =
+                kHeaderSize + static_cast<long>(Count(moHeader) * sizeof moRecord);
+            const unsigned long offset = moRecord.Offset();
+            if (offset < static_cast<unsigned long>(directoryEnd) ||
+                offset > static_cast<unsigned long>(FileSize()) ||
+                !MoveTo(static_cast<long>(offset)))
                 return FileError(kePrefSeekError);
             if (!write(block, tag.size))
                 return FileError(kePrefWriteError);
         }
         return UpdateHeader();
     }
-    // One record more could not be counted.
-    if (Count(moHeader) == kMaxRecords)
+
+    const long fileEnd = FileSize();
+    if (fileEnd < 0)
+        return FileError(kePrefSeekError);
+    // One record more than the header can count would lose them all.
+    if (Count(moHeader) == 0xFFFF)
         return FileError(kePrefWriteError);
     moRecord = AppRecHeader();
     moRecord.id = tag.id;
@@ -212,7 +218,7 @@ int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
     RbFile copy(Beside("RB.BAK"));
     // The two names that the exchange needs are not the file's own.
     if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !copy.Open(keOpenRewrite))
-        return FileError(kePrefOpenError);
+        return ShowFileMessage(kFirstMessage, copy.FullFileSpec());
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();
     if (!copied)
@@ -225,9 +231,7 @@ int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
 // Writes the file with the new record behind the others, whose blocks so move on by its size, and
 // the new block at the end.
 bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag& tag) {
-    clear();
-    seekg(0, std::ios::end);
-    const long length = tellg();
+    const long length = FileSize();
     if (!(copy << moHeader))
         return FileError(kePrefWriteError);
     if (!MoveTo(kHeaderSize))

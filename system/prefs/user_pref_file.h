@@ -26,7 +26,7 @@ struct AppRecHeader {
 static_assert(sizeof(AppRecHeader) == 12);
 
 // What went wrong with a preference file.
-enum UserPrefError {
+enum UserPrefError : int {
     kePrefOpenError = 0,
     kePrefReadError = 1,
     kePrefWriteError = 2,
@@ -84,6 +84,8 @@ protected:
     bool Reopen(int mode);
     // Moves to `position` from the start, whatever the last operation left in the stream's state.
     bool MoveTo(long position);
+    // The opened file's size; leaves it at its end. -1 when it cannot be told.
+    long FileSize();
 
     unsigned int mStatus;
     int miOpenMode;

@@ -29,6 +29,12 @@ bool BaseDirFile::MoveTo(long position) {
     return good();
 }
 
+long BaseDirFile::FileSize() {
+    clear();
+    seekg(0, std::ios::end);
+    return tellg();
+}
+
 int BaseDirFile::AddMessage(RbFile* message) {
     if (!Open(keOpenAppend))
         return 0;
@@ -89,7 +95,7 @@ int BaseDirFile::CreateDFile() {
         DiskDriver driver;
         driver.ChangeLocation(*this);
         driver.SetSearchPattern(pattern);
-        while (good() && driver.FindFile()) {
+        for (bool more = good() && driver.FindFile(); more; more = driver.FindFile()) {
             if (!driver.ValidFind() || driver.FoundDirectory())
                 continue;
             RbFile message(pattern);
@@ -130,8 +136,8 @@ long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
         oFindBufDDR.Check_Fixed_Validity();
         if (!(oFindBufDDR == probe))
             continue;
-        // The stream has been read on behind the match.
-        if (option == keFindPosition && !MoveTo(position))
+        // The stream has been read on behind the match: it goes back to it, or to its end.
+        if (!MoveTo(option == keFindPosition ? position : position + keRecordSize))
             continue;
         result = option == keFindPosition ? position : keDirExists;
         break;

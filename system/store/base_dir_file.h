@@ -119,6 +119,8 @@ protected:
     // Clears what the last operation left in the stream's state, which would hold it in its place,
     // and moves to `position`.
     bool MoveTo(long position);
+    // The opened file's size; leaves it at its end. -1 when it cannot be told.
+    long FileSize();
     // The file of a record's message in this folder; false when the name leads anywhere else.
     bool MessageFile(const DirectoryRecord& record, FileSpec& file) const;
     // Whether the stream stopped because the file ended, and for no other reason.

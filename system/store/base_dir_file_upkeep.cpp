@@ -9,14 +9,17 @@
 
 static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
 
-// Whether a record's file name is a plain name: one that, put behind any folder, stays in it.
+// Whether a name is a plain one: one that, put behind any folder, is a file of that folder.
 static bool IsPlainName(const char* name) {
-    // The system drops dots and spaces at a name's end: one of nothing else is the folder.
-    if (std::strpbrk(name, "\\/:*?\"<>|") || !name[std::strspn(name, ". ")])
+    if (!*name || std::strpbrk(name, "\\/:*?\"<>|"))
         return false;
     for (const char* p = name; *p; ++p)
         if (static_cast<unsigned char>(*p) < 0x20)
             return false;
+    // Dots and blanks at a name's end fall away: what is left of it, if anything, is another name.
+    const char last = name[std::strlen(name) - 1];
+    if (last == '.' || last == ' ')
+        return false;
     // Devices have a place in every folder.
     const std::size_t length = std::strcspn(name, ". ");
     const auto is = [&](const char* device, std::size_t size) {
@@ -30,7 +33,10 @@ static bool IsPlainName(const char* name) {
 
 bool BaseDirFile::MessageFile(const DirectoryRecord& record, FileSpec& file) const {
     const RBString name = record.FileName();
-    if (!IsPlainName(name.Text()))
+    // As it crosses to the file system too: the conversion knows fewer characters, and makes dots
+    // of some that it does not know.
+    const OemName oemName(name.Text());
+    if (!IsPlainName(name.Text()) || !oemName || !IsPlainName(oemName.Text()))
         return false;
     file = Beside(name.Text());
     return true;
@@ -211,10 +217,13 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");
     FileSpec backup = WithExtension(*this, ".BAK");
+    // Neither of the two that are made may be this file itself.
     const bool namesFree = !IsSameFile(stripped) && !IsSameFile(backup);
+    bool made = false;
     bool copied = false;
     if (namesFree && Open(keOpenIn | keOpenBinary)) {
-        if (stripped.Open(keOpenWrite)) {
+        made = stripped.Open(keOpenWrite);
+        if (made) {
             copied = CopyUsedRecords(stripped, [option](DiskDirRec& stored) {
                 if (option == keRemoveUnkept && (stored.status & keStatusKeepMessageID))
                     return;
@@ -235,7 +244,7 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
             result = DiskDriver::Rename(stripped, *this);
         else
             DiskDriver::RemoveFile(stripped);
-    } else if (namesFree) {
+    } else if (made) {
         DiskDriver::RemoveFile(stripped);
     }
     if (!result)

@@ -133,8 +133,11 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
     if (mType != keDirFolder)
         return;
     const DayTime now;
-    bool sound = Open(keOpenUpdate) && MoveTo(kScanStart);
-    for (long position = kScanStart; sound; position += keRecordSize) {
+    bool sound = Open(keOpenUpdate);
+    // What is appended meanwhile was moved just now: the target may be this very file.
+    const long size = sound ? FileSize() : 0;
+    sound = sound && MoveTo(kScanStart);
+    for (long position = kScanStart; sound && position < size; position += keRecordSize) {
         DirectoryRecord record;
         if (!(*this >> record).good()) {
             sound = AtEnd();
@@ -146,7 +149,7 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         const bool old = static_cast<unsigned long long>(filed.Seconds()) + age < now.Seconds();
         if (!old || (onlyProcessed && !(record.Record().status & keStatusProcessed)))
             continue;
-        sound = MoveMessage(record, *target);
+        sound = target && MoveMessage(record, *target);
         if (sound) {
             record.Record().used = 0;
             sound = MoveTo(position) && (*this << record).flush();
@@ -158,17 +161,11 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         JX_FAIL("Error DirectoryFile: DeleteOldMail()");
 }
 
-// Folders can be renamed as files can, but are no messages.
-static bool IsFolder(const FileSpec& spec) {
-    ffblk found;
-    return DiskDriver::GetFileInfo(spec.FullFileSpec(), &found, keAttrDirectory) &&
-           (found.ff_attrib & keAttrDirectory);
-}
-
 bool DirectoryFile::MoveMessage(const DirectoryRecord& record, DirectoryFile& target) {
-    FileSpec message;
+    RbFile message;
     RbFile moved;
-    return MessageFile(record, message) && !IsFolder(message) &&
+    // A folder of that name is no message, and stays where it is.
+    return MessageFile(record, message) && !message.DirectoryExists() &&
            HashUniqueFileName(&moved, target, ".EML") && DiskDriver::Rename(message, moved) &&
            target.AddMessage(&moved);
 }
@@ -205,6 +202,10 @@ bool DirectoryFile::DropFreeSlots() {
     copy.seekg(0);
     MoveTo(0);
     UpdateFile();
+    // Not cut, it is still whole.
+    if (FileSize() != 0)
+        return false;
+    MoveTo(0);
     RecordReader records(copy);
     while (DiskDirRec* record = good() ? records.Next() : nullptr)
         if (record->used)
@@ -213,29 +214,25 @@ bool DirectoryFile::DropFreeSlots() {
 }
 
 bool DirectoryFile::CutFreeSlots() {
-    seekg(0, std::ios::end);
-    const long size = tellg();
+    long size = FileSize();
     // A file that ends inside a slot has no free slot at its end.
-    if (good() && size >= keRecordSize && size % keRecordSize)
+    if (size >= keRecordSize && size % keRecordSize)
         return true;
-    const auto toLastSlot = [this] {
-        seekg(-keRecordSize, std::ios::end);
-        return good();
-    };
-    bool sound = toLastSlot();
-    while (sound && tellg() != 0) {
+    while (size != keRecordSize) {
+        const long lastSlot = size - keRecordSize;
         DirectoryRecord record;
-        if (!(*this >> record).good())
+        if (lastSlot < 0 || !MoveTo(lastSlot) || !(*this >> record).good())
             return false;
         if (record.Record().used)
             break;
-        sound = toLastSlot();
-        if (sound) {
-            UpdateFile();
-            sound = toLastSlot();
-        }
+        MoveTo(lastSlot);
+        UpdateFile();
+        size = FileSize();
+        // A file that another program maps cannot be cut.
+        if (size != lastSlot)
+            return false;
     }
-    return sound;
+    return true;
 }
 
 int DirectoryFile::GetDFile(RbFile& copy) {

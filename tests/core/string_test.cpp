@@ -185,3 +185,14 @@ TEST(StringValue, ASmallerBufferCutsTheRecordedLength) {
         EXPECT_EQ(Stored(text), Image(text.Length(), Many(text.Length())));
     }
 }
+
+TEST(StringBuffer, NeverHoldsMoreThanItHasRoomFor) {
+    const std::string text = Many(5000);
+    for (const unsigned int capacity : {1u, 0xFFFFFFFDu + 1, 0xFFFFFFFFu})
+        EXPECT_EQ(RBString(text.c_str(), capacity).Text(), text);
+    // A writer that has not yet said how long its text is.
+    RBString string("ab");
+    std::memset(string.AdjustSize(3000), 'y', 2900);
+    string.concat("c");
+    EXPECT_STREQ(string.Text(), "yyc");
+}

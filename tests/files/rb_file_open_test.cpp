@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 #include "postrider.h"
 #include "tests/support/helper_process.h"
@@ -96,6 +97,30 @@ TEST_F(RetryOpen, OpensWithinATickOfTheRelease) {
     EXPECT_TRUE(opened && file.isOpen());
     EXPECT_NEAR(milliseconds, 1500, 400);
     file.close();
+}
+
+static RbFileRetryOpen* nested;
+
+TEST_F(RetryOpen, WaitsForASecondFileOpenedMeanwhile) {
+    WriteFileBytes("B.DAT", "x");
+    RbFileRetryOpen outer("A.DAT"), inner("B.DAT");
+    nested = &inner;
+    // While the outer open waits, a message opens the other file, and late ticks come in pairs.
+    mTimer->RegisterCallback(
+        [](void* timer) {
+            if (RbFileRetryOpen* file = std::exchange(nested, nullptr))
+                EXPECT_TRUE(file->Open(0xA3));
+            else
+                PostMessageA(static_cast<HWND>(timer), WM_TIMER, 100, 0);
+        },
+        600, mTimer->Window());
+    HeldFile heldOuter(mFolder.Path("A.DAT"), 2600);
+    HeldFile heldInner(mFolder.Path("B.DAT"), 1600);
+    const auto [opened, milliseconds] = TimedOpen(outer);
+    EXPECT_TRUE(opened && outer.isOpen() && inner.isOpen());
+    EXPECT_NEAR(milliseconds, 2800, 700);
+    outer.close();
+    inner.close();
 }
 
 TEST_F(RetryOpen, DoesNotWaitForAMissingFileOrWithoutATimer) {

@@ -11,8 +11,11 @@ static std::string ProgramBeside(const std::string& name) {
     return own.substr(0, own.rfind('\\') + 1) + name;
 }
 
-HelperProcess::HelperProcess(const std::string& arguments) {
-    std::string command = "\"" + ProgramBeside("helper_process.exe") + "\" " + arguments;
+HelperProcess::HelperProcess(const std::string& arguments)
+    : HelperProcess("helper_process.exe", arguments) {}
+
+HelperProcess::HelperProcess(const std::string& program, const std::string& arguments) {
+    std::string command = "\"" + ProgramBeside(program) + "\" " + arguments;
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process;

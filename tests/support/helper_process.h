@@ -7,6 +7,7 @@ class HelperProcess {
 public:
     // `arguments` begin with the command; see tests/helper/helper_process.cpp.
     explicit HelperProcess(const std::string& arguments);
+    HelperProcess(const std::string& program, const std::string& arguments);
     HelperProcess(const HelperProcess&) = delete;
     HelperProcess& operator=(const HelperProcess&) = delete;
     ~HelperProcess();

@@ -76,17 +76,30 @@ bool FileThere(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-KeptFile::KeptFile(std::string path) : mPath(std::move(path)), mExisted(FileThere(mPath)) {
-    if (mExisted)
+bool MakeReadOnly(const std::string& path) {
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return true;
+    CloseHandle(file);
+    return false;
+}
+
+KeptFile::KeptFile(std::string path)
+    : mPath(std::move(path)), mAttributes(GetFileAttributesA(mPath.c_str())) {
+    if (mAttributes != INVALID_FILE_ATTRIBUTES)
         mBytes = ReadFileBytes(mPath);
 }
 
 KeptFile::~KeptFile() {
     SetFileAttributesA(mPath.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (mExisted)
-        WriteFileBytes(mPath, mBytes);
-    else
-        DeleteFileA(mPath.c_str());
+    RemoveDirectoryA(mPath.c_str());
+    DeleteFileA(mPath.c_str());
+    if (mAttributes == INVALID_FILE_ATTRIBUTES)
+        return;
+    WriteFileBytes(mPath, mBytes);
+    SetFileAttributesA(mPath.c_str(), mAttributes);
 }
 
 std::string WindowsDirectory() {

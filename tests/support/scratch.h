@@ -23,9 +23,11 @@ private:
 void WriteFileBytes(const std::string& path, const std::string& bytes);
 std::string ReadFileBytes(const std::string& path);
 bool FileThere(const std::string& path);
+// Makes a file read-only. Returns whether that keeps writers out: a superuser's it does not.
+bool MakeReadOnly(const std::string& path);
 
-// Keeps a file's bytes, or its absence, and puts them back: for the few files that all programs of
-// the prefix share.
+// Keeps a file's bytes and attributes, or its absence, and puts them back: for the few files that
+// all programs of the prefix share.
 class KeptFile {
 public:
     explicit KeptFile(std::string path);
@@ -36,7 +38,7 @@ public:
 private:
     std::string mPath;
     std::string mBytes;
-    bool mExisted;
+    unsigned long mAttributes; // INVALID_FILE_ATTRIBUTES for no file
 };
 
 // The Windows directory, without a trailing backslash.

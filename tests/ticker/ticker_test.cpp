@@ -56,6 +56,11 @@ TEST_F(Ticker, WalksTheUsedRecordsFromTheFilesStart) {
     EXPECT_TRUE(mBoxes.Shown().empty());
 }
 
+TEST_F(Ticker, ASenderEndsAtItsFirstZero) {
+    Inbox(Mail("Hi", Bytes("ab\0c|Anna")));
+    EXPECT_EQ(First(mInbox), "Hi/1.EML/ab 5 0");
+}
+
 TEST_F(Ticker, NoUsedRecordAndNoFileGiveNothing) {
     for (const std::string& bytes : {std::string(316, '\0'), std::string(), std::string(3, 'x')})
         EXPECT_EQ(First(Inbox(bytes)), "");

@@ -184,3 +184,13 @@ TEST(MailUserRecord, DamagedLengthsAreCutAtTheirFields) {
         EXPECT_EQ(ReadFrom(Written(user)).Name().Text(), std::string(31, 'n'));
     }
 }
+
+// Linked from a program: the library has these containers' members.
+TEST(MailUserList, IsAContainerOfTheLibrary) {
+    RB_Container<MailUser> users(RB_Container<MailUser>::keOwnsObjects);
+    for (const char* name : {"Smith|Anna", "Jones|Bo"})
+        users.AddObject(*new MailUser(name, nullptr, keUserOrdinary));
+    EXPECT_EQ(users.GetFirstObject()->GetUserNameFirstChar(), 'S');
+    EXPECT_EQ(users.GetNextObject()->GetUserNameFirstChar(), 'J');
+    EXPECT_EQ(users[2], nullptr);
+}

@@ -1,0 +1,192 @@
+#include <gmock/gmock.h>
+
+#include "postrider.h"
+#include "resident/core/windows_api.h"
+#include "tests/prefs/pref_bytes.h"
+#include "tests/support/helper_process.h"
+#include "tests/support/message_boxes.h"
+#include "tests/support/resource_text.h"
+#include "tests/support/scratch.h"
+
+using namespace testing;
+
+static std::string DefaultRecord() {
+    std::string record = With(std::string(1500, '\0'), 0, Bytes("\xCB\x34\x3B\0\0\x24\x08"));
+    record = With(record, 150, Bytes("\0\x0A\0\x0A\0\x04\0\x0A\0\x07"));
+    record = With(With(record, 168, "\x04????"), 174, "\x04????");
+    record = With(record, 212, Pascal(ResourceText(110)));
+    record = With(record, 916, Bytes("\0\x2D\x10\0\x04\0\x01>"));
+    return With(record, 1244, Pascal(ResourceText(3424)));
+}
+static std::string RecordOf(JXMailPrefs& prefs) {
+    return std::string(reinterpret_cast<char*>(prefs.Record()), 1500);
+}
+static std::string Report(const char* expression, int line) {
+    return ReportText(expression, "", line, "JXSYSTEM\\MAILPREF.CPP");
+}
+
+class MailPrefs : public Test {
+protected:
+    MailPrefs() { mPrefs.SetSpecPart(mPath.c_str(), 0); }
+    std::string File(const std::string& record) {
+        return PrefHeader("\x90\x01", mPath, 1) + PrefEntry("\x51\x46", "\x90\x01", 1, 58, 1500) +
+               ScrambledBlock(record);
+    }
+    int Read(const std::string& record) {
+        WriteFileBytes(mPath, File(record));
+        return mPrefs.ReadJXPrefs();
+    }
+    void SetMailDirectory(const std::string& path) {
+        FileSpec spec(path.c_str(), 1);
+        mPrefs.SetMailDirectory(spec);
+    }
+    std::string Message(unsigned int id) { return FileMessage(id, mPath); }
+
+    ScratchFolder mFolder;
+    MessageBoxes mBoxes;
+    const std::string mPath = mFolder.Path("RB.DAT"), mIniPath = mFolder.Path("USER.INI");
+    JxMailUserRepresentation mUser{"Smith|Anna", mFolder.Path().c_str()};
+    JXMailPrefs mPrefs{JXMailPrefs::keAllowWriting};
+};
+
+TEST_F(MailPrefs, NewFileHoldsTheDefaults) {
+    EXPECT_TRUE(RecordOf(mPrefs) == DefaultRecord() && mPrefs.GetPopPort() == 110);
+    ASSERT_EQ(mPrefs.CreatePrefsFile(mPath.c_str()), 1);
+    mPrefs.SetDialupConnection("Home");
+    mPrefs.SetDisconnectFlag(-7);
+    EXPECT_EQ(ReadFileBytes(mIniPath),
+              "[Dial-Up Networking]\r\nConnection=Home\r\nDisconnect=1\r\n");
+    RBString name;
+    mPrefs.GetDialupConnection(&name);
+    EXPECT_TRUE(name == "Home" && mPrefs.GetDisconnectFlag() == 1);
+    EXPECT_EQ(mPrefs.WriteJXPrefs(), 1);
+    EXPECT_EQ(ReadFileBytes(mPath), File(DefaultRecord()));
+    EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+// An a with two dots is 0xE4 in memory and 0x84 in the file, where it is converted.
+TEST_F(MailPrefs, TextsAreOemInTheFile) {
+    std::string ansi = With(DefaultRecord(), 8, "kept"), oem = ansi;
+    const auto put = [&](std::vector<unsigned int> offsets, std::string inMemory,
+                         std::string inFile) {
+        for (unsigned int offset : offsets) {
+            ansi = With(ansi, offset, inMemory);
+            oem = With(oem, offset, inFile);
+        }
+    };
+    put({168, 174, 180, 212, 246, 346, 380, 514, 648, 988}, "\x01\xE4", "\x01\x84");
+    put({16, 32, 48, 64, 80, 96}, "\xE4", "\x84");
+    put({782, 922, 955, 1244}, "\x01\xE4", "\x01\xE4");
+    put({280}, "\x02\\\xE4", "\x02\\\x84");
+    EXPECT_TRUE(Read(oem) == 1 && RecordOf(mPrefs) == ansi);
+    EXPECT_STREQ(mPrefs.MailDirectory().Text(), "C:\\\xE4\\");
+    SetMailDirectory("\\\xE4");
+    EXPECT_TRUE(mPrefs.WriteJXPrefs() == 1 && RecordOf(mPrefs) == ansi);
+    EXPECT_EQ(ReadFileBytes(mPath), File(oem));
+}
+
+TEST_F(MailPrefs, ReadingSplitsAddressesAndFindsTheFolders) {
+    const std::string hosts = With(DefaultRecord(), 782, Pascal("smtp7:2525"));
+    const std::string record = With(hosts, 380, Pascal("anna@pop7:1110"));
+    WriteFileBytes(mPath, File(With(record, 280, Pascal("\\MAIL"))));
+    JXMailPrefs prefs(mUser, 0);
+    EXPECT_TRUE(prefs.IsValid() == 1 && prefs.GetPopPort() == 1110 && prefs.GetSmtpPort() == 2525);
+    EXPECT_EQ(prefs.GetPopAccount() + std::string("/") + prefs.GetSmtpHost(), "anna@pop7/smtp7");
+    RBString folder;
+    prefs.GetBackgndWorkDir(&folder);
+    EXPECT_STREQ(folder.Text(), "C:\\MAIL\\BckgWork\\");
+    // Built without permission to write, it does not, and says that all is well.
+    const std::string file = ReadFileBytes(mPath);
+    prefs.SetReturnAddress("other");
+    EXPECT_TRUE(prefs.WriteJXPrefs() == 1 && ReadFileBytes(mPath) == file);
+    // Without ports, the next read goes back to the usual ones.
+    ASSERT_EQ(Read(With(record, 380,
+                        Bytes("\x04"
+                              "anna\0"))),
+              1);
+    EXPECT_TRUE(mPrefs.GetPopPort() == 110 && mPrefs.GetSmtpPort() == 2525);
+}
+
+TEST_F(MailPrefs, TextsStayInTheirFields) {
+    const std::string x(10000, 'x'), path = "C:\\" + std::string(70, 'm');
+    mPrefs.SetReturnAddress(x.c_str());
+    mPrefs.SetFullSmtpHost(("smtp7:99:" + x).c_str());
+    mPrefs.SetDefaultDsApiName(const_cast<char*>(x.c_str()));
+    mPrefs.SetPriority(x.c_str(), 4);
+    mPrefs.SetPriority("Low", 0);
+    mPrefs.SetPriority(x.c_str(), 5);
+    JxLoggedMailUser user;
+    user.SetAddress(("anna:" + std::string(200, '9')).c_str());
+    user.SetSecondText(std::string(255, 'p').c_str());
+    mPrefs.SetUserData(user);
+    mPrefs.SetClientWindowRect(-1, 32767, -32768, 258);
+    SetMailDirectory(path);
+    mPrefs.FixMailDirectory(1);
+    std::string record = With(DefaultRecord(), 514, Pascal(x.substr(0, 132)));
+    record = With(record, 782, Pascal(("smtp7:99:" + x).substr(0, 132)));
+    record = With(With(record, 955, Pascal(x.substr(0, 31))), 96, x.substr(0, 15));
+    record = With(With(record, 32, "Low"), 380, Pascal("anna:" + std::string(127, '9')));
+    record =
+        With(With(record, 988, Pascal(std::string(254, 'p'))), 280, Pascal(path.substr(0, 64)));
+    EXPECT_EQ(RecordOf(mPrefs), With(record, 112, Bytes("\xFF\xFF\x7F\xFF\x80\0\x01\x02")));
+    EXPECT_EQ(mPrefs.GetPopAccount() + std::string("/") + mPrefs.GetSmtpHost(), "anna/smtp7");
+    int left, top, right, bottom;
+    mPrefs.GetClientWindowRect(left, top, right, bottom);
+    EXPECT_THAT((std::vector{left, top, right, bottom}), ElementsAre(-1, 32767, -32768, 258));
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Report("wLevel < LP_MAX_PRIORITY_LEVELS", 349)));
+    // Lengths that a file gives are not followed past a field either.
+    ASSERT_EQ(Read(std::string(1500, '\xFF')), 1);
+    EXPECT_LE(mPrefs.GetReturnAddress().Length(), 133u);
+    for (unsigned int seed = 1; seed <= 50; ++seed)
+        EXPECT_TRUE(Read(RandomBytes(seed, 1500)) == 1 && mPrefs.WriteJXPrefs() == 1);
+}
+
+TEST_F(MailPrefs, DamagedOrMissingFileIsReportedAsAWhole) {
+    JXMailPrefs missing(mUser, 1); // says nothing, and has no settings file
+    EXPECT_TRUE(missing.IsValid() == 0 && mBoxes.Shown().empty() && !FileThere(mPath));
+    missing.SetDialupConnection("Home");
+    missing.SetDisconnectFlag(1);
+    missing.GetPopAccount();
+    missing.GetSmtpHost();
+    EXPECT_THAT(mBoxes.TakeTexts(),
+                ElementsAre(Report("mpoUserIniFile", 455), Report("mpoUserIniFile", 483),
+                            Report("mstrPopAccount.Length () > 0", 416),
+                            Report("mstrSmtpHost.Length () > 0", 423)));
+    WriteFileBytes(mPath, With(File(DefaultRecord()), 46, "\x01")); // another application's
+    EXPECT_EQ(JXMailPrefs(mUser, 1).IsValid(), 0);
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(701)));
+    for (unsigned int size : {0, 45, 57, 58, 1557}) {
+        WriteFileBytes(mPath, File(DefaultRecord()).substr(0, size));
+        EXPECT_EQ(JXMailPrefs(mUser, 1).IsValid(), 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(605), Message(701)));
+    }
+}
+
+TEST_F(MailPrefs, FileThatCannotBeWrittenIsReportedAndKept) {
+    const std::string file = File(With(DefaultRecord(), 514, "\x04kept"));
+    mPrefs.SetReturnAddress("J\xE4rg");
+    const auto fails = [&] {
+        EXPECT_EQ(mPrefs.WriteJXPrefs(), 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(701)));
+        EXPECT_TRUE(mPrefs.GetReturnAddress() == "J\xE4rg"); // ANSI again
+    };
+    EXPECT_EQ(mPrefs.VerifyFileExists(mUser), 0);
+    CreateDirectoryA(mPath.c_str(), nullptr);
+    fails();
+    RemoveDirectoryA(mPath.c_str());
+    WriteFileBytes(mPath, file);
+    EXPECT_EQ(mPrefs.VerifyFileExists(mUser), 1);
+    {
+        const HeldFile held(mPath);
+        fails();
+        EXPECT_EQ(mPrefs.ReadJXPrefs() + mPrefs.IsValid(), 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(701)));
+    }
+    if (MakeReadOnly(mPath))
+        fails();
+    EXPECT_EQ(ReadFileBytes(mPath), file);
+    char block[] = "other";
+    AppPrefTag tag = {7, 1, 5, block};
+    EXPECT_EQ(mPrefs.ReadOtherPrefs(tag), 0);
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(701)));
+}

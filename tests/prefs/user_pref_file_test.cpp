@@ -1,0 +1,153 @@
+#include <gmock/gmock.h>
+
+#include "postrider.h"
+#include "resident/core/windows_api.h"
+#include "tests/prefs/pref_bytes.h"
+#include "tests/support/helper_process.h"
+#include "tests/support/message_boxes.h"
+#include "tests/support/resource_text.h"
+#include "tests/support/scratch.h"
+
+using namespace testing;
+
+class PrefFile : public Test {
+protected:
+    // One application's block in memory.
+    struct App {
+        App(unsigned short id, std::string text)
+            : bytes(text), tag{id, 0x0102, static_cast<unsigned short>(text.size()), bytes.data()} {
+        }
+        std::string bytes;
+        AppPrefTag tag;
+    };
+    static constexpr unsigned int kSize = 45; // the scrambling key goes round twice
+
+    PrefFile() { mFile.SetSpecPart(mPath.c_str(), 0); }
+    static std::string Entry(char low, unsigned int ordinal, unsigned long offset,
+                             unsigned int size = kSize) {
+        return PrefEntry(std::string{low, '\x07'}, "\x02\x01", ordinal, offset, size);
+    }
+    std::string Header(unsigned int count) { return PrefHeader("\x02\x01", mPath, count); }
+    std::string OneBlock(const std::string& block) {
+        return Header(1) + Entry(1, 1, 58) + ScrambledBlock(block);
+    }
+    void Open(const std::string& bytes) {
+        mFile.ClosePrefFile();
+        WriteFileBytes(mPath, bytes);
+        ASSERT_EQ(mFile.OpenPrefFile(), 1);
+    }
+    std::string Closed() { return mFile.ClosePrefFile(), ReadFileBytes(mPath); }
+    std::string Message(unsigned int id) { return FileMessage(id, mPath); }
+
+    ScratchFolder mFolder;
+    MessageBoxes mBoxes;
+    const std::string mPath = mFolder.Path("RB.DAT"), mBackup = mFolder.Path("RB.BAK");
+    App mApp{0x0701, std::string(kSize, 'f')}, mSecond{0x0702, "a longer text than a string keeps"};
+    UserPrefFile mFile{mApp.bytes.data(), 0x0701, kSize, 0x0102};
+    const std::string mText = std::string(kSize, 'f'), mOther = mSecond.bytes;
+};
+
+TEST_F(PrefFile, NewFileHoldsTheBlockAsItStandsInMemory) {
+    ASSERT_EQ(mFile.CreatePrefsFile(mPath.c_str()), 1);
+    // What follows the creation is not read; the next is.
+    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == mText);
+    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == ScrambledBlock(mText));
+    EXPECT_EQ(Closed(), Header(1) + Entry(1, 1, 58) + mText);
+}
+
+TEST_F(PrefFile, BlocksAreScrambledInTheFileAlone) {
+    const std::string text = RandomBytes(1, kSize);
+    Open(OneBlock(text));
+    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == text);
+    mApp.bytes.replace(0, kSize, mText);
+    EXPECT_TRUE(mFile.WriteAppPrefs(mApp.tag) == 1 && mApp.bytes == mText);
+    // A block of another size is not written.
+    for (unsigned int size : {0u, kSize - 1, kSize + 1, 65535u}) {
+        App other(0x0701, std::string(size, 'o'));
+        EXPECT_EQ(mFile.WriteAppPrefs(other.tag), 1);
+    }
+    EXPECT_EQ(Closed(), OneBlock(mText));
+    EXPECT_FALSE(FileThere(mBackup));
+}
+
+TEST_F(PrefFile, FurtherBlockRebuildsTheFileAndKeepsTheOldOne) {
+    for (const char* name : {"RB.BAK", "RB.TMP"})
+        WriteFileBytes(mFolder.Path(name), std::string(500, 'x'));
+    Open(OneBlock(mText));
+    EXPECT_TRUE(mFile.WriteAppPrefs(mSecond.tag) == 1 && mSecond.bytes == mOther);
+    EXPECT_EQ(ReadFileBytes(mBackup), OneBlock(mText));
+    // One that is not found stays scrambled in memory; added by reading, it is so in the file.
+    App third(0x0703, mText);
+    EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 0) == 0 && third.bytes == ScrambledBlock(mText));
+    EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 1) == 1 && third.bytes == ScrambledBlock(mText));
+    const unsigned int size = mOther.size();
+    const std::string blocks = ScrambledBlock(mText) + ScrambledBlock(mOther);
+    EXPECT_EQ(Closed(), Header(3) + Entry(1, 1, 82) + Entry(2, 2, 82 + kSize, size) +
+                            Entry(3, 3, 82 + kSize + size) + blocks + ScrambledBlock(mText));
+    EXPECT_EQ(ReadFileBytes(mBackup),
+              Header(2) + Entry(1, 1, 70) + Entry(2, 2, 70 + kSize, size) + blocks);
+    EXPECT_FALSE(FileThere(mFolder.Path("RB.TMP")));
+    EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+TEST_F(PrefFile, DamagedFileIsReportedAndLeftAsItWas) {
+    std::vector<std::string> files = {Header(65535) + Entry(5, 1, 58)};
+    for (unsigned int size : {0, 1, 45, 46, 57})
+        files.push_back(OneBlock(mText).substr(0, size));
+    for (unsigned int seed = 21; seed <= 30; ++seed)
+        files.push_back(With(RandomBytes(seed, 2000), 44, "\xFF"));
+    for (const std::string& bytes : files) {
+        Open(bytes);
+        EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 1) == 0 && mFile.WriteAppPrefs(mApp.tag) == 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(605), Message(605)));
+        EXPECT_EQ(mApp.bytes, mText);
+        EXPECT_EQ(Closed(), bytes);
+    }
+    // A block that is cut, or not there.
+    for (const std::string& bytes :
+         {OneBlock(mText).substr(0, 58), OneBlock(mText).substr(0, 57 + kSize),
+          Header(65535) + Entry(1, 1, 0x7FFFFFF0), Header(1) + Entry(1, 1, 0xFFFFFFFF)}) {
+        Open(bytes);
+        EXPECT_EQ(mFile.ReadAppPrefs(mApp.tag, 1), 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(AnyOf(Message(605), Message(607))));
+    }
+}
+
+TEST_F(PrefFile, FileThatCannotBeOpenedIsReported) {
+    EXPECT_TRUE(mFile.OpenPrefFile() == 0 && !FileThere(mPath));
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(604)));
+    const auto fails = [&] {
+        EXPECT_TRUE(mFile.OpenPrefFile() == 0 && mFile.CreatePrefsFile(mPath.c_str()) == 0);
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(604), Message(703)));
+    };
+    CreateDirectoryA(mPath.c_str(), nullptr);
+    fails();
+    RemoveDirectoryA(mPath.c_str());
+    WriteFileBytes(mPath, "kept");
+    {
+        const HeldFile held(mPath);
+        fails();
+    }
+    if (MakeReadOnly(mPath))
+        fails();
+    EXPECT_EQ(ReadFileBytes(mPath), "kept");
+}
+
+TEST_F(PrefFile, FailedRebuildLeavesTheFileAsItWas) {
+    const auto fails = [&] {
+        Open(OneBlock(mText));
+        EXPECT_TRUE(mFile.WriteAppPrefs(mSecond.tag) == 0 && mSecond.bytes == mOther);
+        EXPECT_EQ(Closed(), OneBlock(mText));
+    };
+    CreateDirectoryA(mBackup.c_str(), nullptr);
+    fails();
+    RemoveDirectoryA(mBackup.c_str());
+    WriteFileBytes(mBackup, "older");
+    {
+        const HeldFile held(mBackup);
+        fails();
+    }
+    EXPECT_EQ(ReadFileBytes(mBackup), "older");
+    CreateDirectoryA(mFolder.Path("RB.TMP").c_str(), nullptr);
+    fails();
+}

@@ -1,0 +1,189 @@
+#include <cstring>
+
+#include "tests/store/mail_folder.h"
+
+static const std::string kAlter = "Error BaseDirFile: AlterDirectoryBlock()";
+static const std::string kFileError = Base("0|Error BaseDirFile: DeleteOldMail(), File error");
+static const std::string kNotCreated = Base("0|Error BaseDirFile: CreateDFile()");
+static const std::string kNoRecord = Base("0|Error BaseDirFile: CreateDFile(), writing record");
+
+class BaseDirFileTest : public MailFolder {};
+
+TEST(JXDatHeader, KeepsThirtyTwoCharactersAndTheWholeLength) {
+    JXExtendDatHeader header;
+    const std::string zeros = Written<JXDatHeader>(header);
+    EXPECT_EQ(zeros, std::string(44, '\0'));
+    for (const auto& [length, stored] : {std::pair(32, 32), {33, 33}, {40, 40}, {300, 44}}) {
+        std::memset(header.name, 'x', sizeof header.name);
+        header.SetName(std::string(length, 'n').c_str());
+        EXPECT_EQ(Written<JXDatHeader>(header),
+                  With(zeros, 10, char(stored) + std::string(32, 'n')));
+    }
+    std::istringstream in(std::string(44, 'h') + "\x05\x06 tail"), cut(std::string(43, 'c'));
+    EXPECT_TRUE(in >> header && header.number == 0x0506 && in.tellg() == 46);
+    EXPECT_EQ(Written(header), std::string(44, 'h') + "\x05\x06");
+    EXPECT_TRUE(!(cut >> header) && header.number == 0x0506);
+}
+
+TEST_F(BaseDirFileTest, CreatesAHeaderOrNothing) {
+    Write(std::string(5000, 'x'));
+    EXPECT_EQ(Left(mFile.CreateDFile()), "1" + kHeader);
+    EXPECT_EQ(Left(mMessages.CreateDFile()), "1");
+    Write("kept");
+    EXPECT_EQ(Left(mForeign.CreateDFile()), "0kept");
+    CreateDirectoryA("FOLDER", nullptr);
+    EXPECT_EQ(DFile(keDirFolder, "FOLDER").CreateDFile(), 1);
+    EXPECT_EQ(Names(), "FOLDER INBOX.DAT ");
+}
+
+TEST_F(BaseDirFileTest, IsBuiltFromTheFoldersMessageFiles) {
+    const std::string own = With(Message("A", "LONG NAME OF BEFORE.EML"), 70, "zz");
+    WriteFileBytes("A.EML", Free(own) + "text of the message");
+    WriteFileBytes("B.EML", Broken(Message("", "B.EML")) + "text");
+    WriteFileBytes("C.EMX", Message("other extension"));
+    CreateDirectoryA("D.EML", nullptr);
+    CreateDirectoryA("SUB", nullptr);
+    SetCurrentDirectoryA("SUB");
+    WriteFileBytes("E.EML", Message("other folder"));
+    EXPECT_EQ(mMessages.CreateDFile(), 1);
+    EXPECT_EQ(Names(), "E.EML "); // the current folder is still the same
+    SetCurrentDirectoryA("..");
+    EXPECT_EQ(Read(), With(own, 38, Pascal("A.EML")) +
+                          With(Message("", "B.EML"), 0, Bytes("\0\0\x01\0\0 ")));
+}
+
+TEST_F(BaseDirFileTest, ReportsEachMessageFileThatHasNoRecordAndOnceMore) {
+    WriteFileBytes("A.EML", Cut(Message("A")));
+    WriteFileBytes("B.EML", Message("B", "B.EML"));
+    EXPECT_EQ(Left(mMessages.CreateDFile()), "1" + Message("B", "B.EML")); // as the last one went
+    EXPECT_EQ(Reports(), kNoRecord + kNotCreated);
+    WriteFileBytes("C.EML", "");
+    EXPECT_EQ(Left(mMessages.CreateDFile()), "0" + Message("B", "B.EML"));
+    EXPECT_EQ(Reports(), kNoRecord + kNoRecord + kNotCreated);
+}
+
+TEST_F(BaseDirFileTest, DamagedAndLongNamedMessageFilesStayInTheirFields) {
+    WriteFileBytes("A.EML", std::string(400, '\xFF'));
+    WriteFileBytes(std::string(36, 'L') + ".EML", Message("long"));
+    EXPECT_EQ(mMessages.CreateDFile(), 1);
+    std::string clamped = With(std::string(316, '\xFF'), 0, Bytes("\0\0\x01\xFF\x1B"));
+    clamped = With(With(With(clamped, 38, Pascal("A.EML")), 72, "\x1F"), 186, "\x1F");
+    EXPECT_EQ(Read().substr(0, 316), With(clamped, 308, Bytes("\0\x10\0\x06")));
+    EXPECT_EQ(Read().substr(316 + 39), With(Message("long"), 39, std::string(33, 'L')).substr(39));
+}
+
+TEST_F(BaseDirFileTest, AppendsAtTheVeryEndOfAFileThatIsThere) {
+    const std::string added = Message("A", "A.EML");
+    WriteFileBytes("A.EML", added + "text");
+    WriteFileBytes("SHORT.EML", Cut(added));
+    RbFile message(mFolder.Path("A.EML").c_str()), cut(mFolder.Path("SHORT.EML").c_str());
+    Write("odd");
+    EXPECT_EQ(Left(mFile.AddMessage(&message)), "1odd" + added);
+    EXPECT_EQ(Left(mFile.AddMessage(&cut)), "0odd" + added);
+    EXPECT_EQ(Left(mMessages.AddMessage(&message)), "1odd" + added + added);
+    EXPECT_TRUE(mMissing.AddMessage(&message) == 0 && !message.isOpen());
+    // An open one is read from its start, and stays where it was.
+    DirectoryRecord record;
+    for (RbFile* open : {&message, &cut}) {
+        ASSERT_TRUE(open->Open(keOpenRead));
+        open->seekg(7L);
+        EXPECT_EQ(mFile.ReadDDR(*open, record), open == &message);
+        EXPECT_TRUE(open->isOpen() && open->tellg() == 7);
+        open->close();
+    }
+}
+
+TEST_F(BaseDirFileTest, FindsTheFirstWholeUsedRecordThatIsTheSameMessage) {
+    DirectoryRecord a = Record(Message("A")), cut = Record(Message("c"));
+    DirectoryRecord broken = Record(Broken(Message("\x01")));
+    for (DFile* file : {&mFile, &mForeign, &mMessages}) {
+        const std::string header = file == &mMessages ? "" : Message("A");
+        const long found = static_cast<long>(header.size()) + 632;
+        Write(header + Free(Message("A")) + Message("\x01") + Status(Message("A"), 0x81) +
+              Message("A") + Message(" ") + Cut(Message("c")));
+        EXPECT_EQ(file->FindRecord(a, keFindPosition), found);
+        EXPECT_EQ(file->FindRecord(a, keFindExisting), -3);
+        EXPECT_EQ(file->FindRecord(cut, keFindPosition), -2);
+        EXPECT_EQ(file->FindRecord(cut, keFindExisting), -2);
+        // The probe is repaired, stored records are not.
+        EXPECT_EQ(file->FindRecord(broken, keFindPosition), found + 632);
+        ASSERT_TRUE(!file->isOpen() && file->Open(keOpenRead));
+        EXPECT_EQ(file->FindRecord(a, keFindPosition), found);
+        EXPECT_EQ(file->tellg(), found);
+        file->setstate(std::ios::badbit);
+        EXPECT_EQ(file->FindRecord(a, keFindPosition), -1);
+        file->close();
+    }
+    EXPECT_EQ(Written(broken), With(Message(" "), 0, Bytes("\0\0")));
+    EXPECT_EQ(mMissing.FindRecord(a, keFindPosition), -1);
+}
+
+TEST_F(BaseDirFileTest, AltersByPositionAndProbeInAnOpenFileAlone) {
+    DirectoryRecord record, b = Record(Message("B")), c = Record(Message("C"));
+    const std::string stored = Status(Message("B"), 0x81), cut = Cut(Message("cut"));
+    Write(kHeader + Kind(Message("A"), 9) + stored + cut);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, 316L, 0), -1);
+    EXPECT_EQ(Reports(), Base("isOpen()|" + kAlter + ", File not open") + kFileError);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(b, record, 0), -1);
+    EXPECT_EQ(Reports(), Base("isOpen()|" + kAlter + ", file not OPEN"));
+
+    ASSERT_TRUE(mFile.Open(keOpenUpdate));
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, 316L, 0), 316);
+    EXPECT_EQ(Written(record), Kind(Message("A"), 6));
+    EXPECT_EQ(mFile.AlterDirectoryBlock(b, record, 0), 632);
+    EXPECT_EQ(Written(record), stored);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(c, 316L, 1), 316);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(b, c, 1), 632);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, 948L, 0), -1);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, -2L, 1), -1);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(b, record, 0), -2);
+    EXPECT_EQ(Reports(), kFileError + kFileError + Base("0|" + kAlter + ", Record not found"));
+    mFile.setstate(std::ios::badbit);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(c, record, 0), -1);
+    EXPECT_EQ(Reports(), Base("0|" + kAlter));
+    mFile.close();
+    EXPECT_EQ(Read(), kHeader + Message("C") + Message("C") + cut);
+}
+
+TEST_F(BaseDirFileTest, AltersBySlotAndLeavesTheFileAsItWas) {
+    DirectoryRecord record, b = Record(Message("B"));
+    Write(Message("header") + Message("A"));
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, 0u, 0), 0);
+    EXPECT_EQ(Written(record), Message("header"));
+    ASSERT_TRUE(!mFile.isOpen() && mFile.Open(keOpenUpdate));
+    mFile.seekg(5L);
+    EXPECT_EQ(mFile.AlterDirectoryBlock(b, 2u, 1), 632);
+    EXPECT_TRUE(mFile.isOpen() && mFile.tellg() == 5);
+    mFile.close();
+    EXPECT_EQ(mFile.AlterDirectoryBlock(record, 3u, 0), -1);
+    EXPECT_EQ(Reports(), kFileError);
+    // Counted in 32 bits, the first would be slot 1.
+    for (unsigned int slot : {0x40000001u, 0xFFFFFFFFu})
+        EXPECT_EQ(mFile.AlterDirectoryBlock(b, slot, 1), -1);
+    EXPECT_NE(Reports(), "");
+    EXPECT_EQ(Read(), Message("header") + Message("A") + Message("B"));
+    EXPECT_EQ(mMissing.AlterDirectoryBlock(record, 0u, 1), -1);
+    EXPECT_EQ(Reports(), Base("0|" + kAlter + ", can't OPEN file"));
+}
+
+TEST_F(BaseDirFileTest, CountsUsedRecordsAnewEachTime) {
+    const std::string late = Date(Message("C"), 0x99223344), last = Date(late, 0xFFFFFFFF);
+    const auto counts = [](BaseDirFile& file, int result) {
+        EXPECT_EQ(file.GetInfo(keInfoAll), result);
+        return std::to_string(file.UsedCount()) + " " + std::to_string(file.UnprocessedCount()) +
+               " " + std::to_string(file.NewestDate()) + " " +
+               std::to_string(file.HasUnprocessedKind1());
+    };
+    Write(last + Status(late, 1) + Kind(Message("D"), 2) + Free(last) + Broken(last) +
+          With(last, 5, "\x1F") + Cut(last));
+    EXPECT_EQ(counts(mFile, 1), "2 1 2569155396 0");
+    EXPECT_EQ(counts(mMessages, 1), "3 2 4294967295 1");
+    ASSERT_TRUE(mFile.CheckDateStamp() && mFile.Open(keOpenRead));
+    mFile.seekg(9L);
+    EXPECT_EQ(mFile.GetInfo(static_cast<enumGetInfoOptions>(1)), 1);
+    EXPECT_TRUE(mFile.isOpen() && mFile.tellg() == 9);
+    mFile.close();
+    DeleteFileA("INBOX.DAT");
+    EXPECT_EQ(counts(mFile, 0), "0 0 0 0");
+    EXPECT_EQ(mFile.CheckDateStamp(), 0);
+}

@@ -1,0 +1,229 @@
+#include <ctime>
+
+#include "tests/store/mail_folder.h"
+
+static const std::string kNotAged = Inbox("0|Error DirectoryFile: DeleteOldMail()");
+static const std::string kNotRenamed = "0|DiskDriver::Rename() failed.|JXRESIDT\\DISKDRVR.CPP|";
+
+static int idleCalls;
+static void CountIdle() { idleCalls++; }
+
+class DirectoryFileTest : public MailFolder {
+protected:
+    int Check(DirectoryFile& file, int options) {
+        idleCalls = 0;
+        return file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(options), CountIdle);
+    }
+    // The records taken, or the result when there are none.
+    std::string Take(DirectoryFile& file, int option) {
+        const std::unique_ptr<RB_Container<DirectoryRecord>> list(
+            new RB_Container<DirectoryRecord>(1));
+        const auto options = static_cast<enumGetDDROptions>(option);
+        idleCalls = 0;
+        const int result = file.GetUnprocessedDDRs(list.get(), CountIdle, options);
+        std::string taken;
+        for (auto* record = list->GetFirstObject(); record; record = list->GetNextObject())
+            taken += Written(*record);
+        EXPECT_EQ(result == 2, !taken.empty());
+        return taken.empty() ? std::to_string(result) : taken;
+    }
+};
+
+TEST_F(DirectoryFileTest, ProcessableIsUsedUnprocessedOfAKindAndNotTaken) {
+    const auto ok = [&](const std::string& bytes) {
+        DirectoryRecord record = Record(bytes);
+        const int installable = mFile.OkToProcess(&record, keCheckInstallable);
+        EXPECT_EQ(mFile.OkToProcess(&record, keGetInstallable), installable);
+        EXPECT_EQ(mFile.OkToProcess(&record), mFile.OkToProcess(&record, keGetInstallRequests));
+        return mFile.OkToProcess(&record, keCheckAlways) * 10 + installable;
+    };
+    const std::string a = Message("A");
+    EXPECT_EQ(ok(Attributes(Status(a, 0xFE), 0xC0FF)), 10);
+    EXPECT_EQ(ok(Attributes(a, 0x1000)), 11);
+    EXPECT_EQ(ok(Kind(Attributes(a, 0x2000), 9)), 11);
+    for (int taken : {0x3100, 0x3200, 0x3400, 0x3800})
+        EXPECT_EQ(ok(Attributes(a, taken)), 0) << taken;
+    for (const std::string& no : {Kind(a, 0), Status(a, 1), Free(a), Broken(a)})
+        EXPECT_EQ(ok(Attributes(no, 0x3000)), 0);
+}
+
+TEST_F(DirectoryFileTest, ChecksForTheFirstRecordToProcess) {
+    const std::string a = Message("A"), done = Status(a, 1);
+    EXPECT_TRUE(Check(mMissing, 0) == 2 && Check(mMissing, 1) == 1 && idleCalls == 0);
+    Write(a + done + Free(a) + Cut(a));
+    EXPECT_EQ(Check(mFile, 0), 2);
+    EXPECT_EQ(idleCalls, 1 + 2 + 2 + 1);
+    // Behind a header, whether there is one or not.
+    EXPECT_EQ(Check(mMessages, 0), 2);
+    Write(kHeader + done + a + Attributes(a, 0x2000));
+    EXPECT_EQ(Check(mFile, keCheckAlways), 3);
+    EXPECT_EQ(idleCalls, 1 + 2 + 2);
+    EXPECT_EQ(Check(mFile, keCheckInstallable), 3);
+    EXPECT_EQ(idleCalls, 1 + 2 + 2 + 2);
+    Write("");
+    EXPECT_EQ(Check(mFile, 0), 2);
+}
+
+TEST_F(DirectoryFileTest, TakesRecordsOnceAndMarksThemInTheFileFirst) {
+    const std::string a = Status(Message("A"), 0x40), b = Attributes(Message("B"), 0x1002);
+    const std::string c = Kind(Message("C"), 9), taken = Attributes(Kind(c, 6), 0x0400);
+    const std::string done = Status(Message("D"), 0x41), tail = done + Broken(b) + Cut(b);
+    const std::string aTaken = Attributes(a, 0x0400), bTaken = Attributes(b, 0x1402);
+    Write(kHeader + c + b + Free(a) + a + tail);
+    EXPECT_EQ(Take(mFile, keGetInstallable), bTaken);
+    EXPECT_EQ(Read(), kHeader + c + bTaken + Free(a) + a + tail);
+    EXPECT_EQ(Take(mFile, 3), taken + aTaken);
+    EXPECT_EQ(idleCalls, 1 + 3 + 1 + 0 + 3 + 1);
+    EXPECT_EQ(Take(mFile, keGetProcessable), "1");
+    // Requests are taken whatever else holds, and their attributes stay.
+    EXPECT_EQ(Take(mFile, keGetInstallRequests), Status(aTaken, 0) + Status(done, 1));
+    EXPECT_EQ(Read(), kHeader + taken + bTaken + Free(a) + Status(aTaken, 0) + Status(done, 1) +
+                          Broken(b) + Cut(b));
+    EXPECT_EQ(Take(mFile, keGetInstallRequests), "1");
+    EXPECT_EQ(Take(mMissing, keGetProcessable), "1");
+    EXPECT_EQ(Take(mMissing, keGetInstallRequests), "1");
+    EXPECT_EQ(Reports(), Inbox("fGood"));
+}
+
+class OldMail : public MailFolder {
+protected:
+    OldMail() { CreateDirectoryA("OLD", nullptr) && mOld.CreateDFile(); }
+    // Moves what is older than a message of 2000, and younger ones by less than `more` seconds.
+    void Age(DirectoryFile& file, int onlyProcessed = 0, long more = 100) {
+        file.DeleteOldMail(std::time(nullptr) - 946684800 - more, onlyProcessed, &mOld);
+    }
+    DFile mOld{keDirFolder, "OLD\\OLD.DAT"};
+    const std::string mA = Date(Message("A", "A.EML"), 3029529600u);
+};
+
+TEST_F(OldMail, MovesOlderMessagesIntoTheOtherFolder) {
+    const std::string later = Date(mA, 3029529600u + 10000);
+    const std::string b = Status(With(mA, 38, Pascal("B.EML")), 0x01);
+    WriteFileBytes("A.EML", Message("from A") + "text");
+    WriteFileBytes("B.EML", Message("from B") + "text");
+    Write(kHeader + Free(mA) + mA + later + b);
+    Age(mForeign);
+    Age(mMessages);
+    const std::time_t start = std::time(nullptr);
+    while (std::time(nullptr) == start)
+        Sleep(1);
+    Age(mFile, 0, 0); // exactly as old stays
+    if (std::time(nullptr) != start + 1)
+        GTEST_SKIP() << "took a second";
+    EXPECT_EQ(Read(), kHeader + Free(mA) + mA + later + b);
+    Age(mFile, 1);
+    EXPECT_EQ(Read(), kHeader + Free(mA) + mA + later + Free(b));
+    Age(mFile);
+    EXPECT_EQ(Read(), kHeader + Free(mA) + Free(mA) + later + Free(b));
+    EXPECT_EQ(Names(), "INBOX.DAT OLD ");
+    const std::string old = ReadFileBytes("OLD\\OLD.DAT");
+    for (const auto& [at, from] : {std::pair(316u, "from B"), {632u, "from A"}}) {
+        const std::string name = old.substr(at + 39, old[at + 38]);
+        EXPECT_EQ(name.find_first_not_of("0123456789"), name.find(".EML"));
+        EXPECT_EQ(ReadFileBytes("OLD\\" + name), Message(from) + "text");
+        EXPECT_EQ(With(old.substr(at, 316), 38, Pascal("GONE.EML") + std::string(25, '\0')),
+                  Message(from));
+    }
+}
+
+TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
+    for (const char* name : {"A.EML", "SHORT.EML", "OLD\\IN.EML"})
+        WriteFileBytes(name, "short");
+    for (const std::string& name : std::vector<std::string>{
+             "GONE.EML", mFolder.Path("A.EML"), "OLD\\IN.EML", "*.EML", "..", "", " ", ". ", "...",
+             "....", "\x85\x85", "AUX.EML", "OLD", "SHORT.EML"}) {
+        const std::string records = kHeader + Date(Message("B", name), 3029529600u) + mA;
+        Write(records);
+        EXPECT_EQ(Names() + Names("OLD"), "A.EML INBOX.DAT OLD SHORT.EML IN.EML OLD.DAT ");
+        Age(mFile);
+        EXPECT_EQ(Read() + ReadFileBytes("OLD\\OLD.DAT"), records + kHeader) << name;
+        EXPECT_EQ(Reports(), (name == "GONE.EML" ? kNotRenamed : "") + kNotAged) << name;
+    }
+    EXPECT_EQ(Names(), "A.EML INBOX.DAT OLD ");
+}
+
+TEST_F(OldMail, MovedIntoItsOwnFolderIsMovedOnce) {
+    WriteFileBytes("A.EML", Message("from A"));
+    Write(kHeader + mA);
+    DFile same(keDirFolder);
+    mFile.DeleteOldMail(0, 0, &same);
+    EXPECT_EQ(Read().substr(0, 632), kHeader + Free(mA));
+    EXPECT_EQ(Read().size(), 948u);
+    EXPECT_EQ(Reports(), "");
+}
+
+// Another program that maps the file keeps it from being cut.
+TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
+    for (DFile* file : {&mFile, &mMessages}) {
+        const std::string bytes = kHeader + Message("A") + Free(Message("B"));
+        Write(bytes);
+        const HANDLE held =
+            CreateFileA("INBOX.DAT", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                        OPEN_EXISTING, 0, nullptr);
+        const HANDLE mapping = CreateFileMappingA(held, nullptr, PAGE_READONLY, 0, 0, nullptr);
+        const void* view = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+        file->UpdateDFile();
+        EXPECT_EQ(Reports(), Inbox("0|Error copy file: DirectoryFile"));
+        UnmapViewOfFile(view);
+        CloseHandle(mapping);
+        CloseHandle(held);
+        EXPECT_EQ(Read(), bytes);
+    }
+}
+
+TEST_F(DirectoryFileTest, TrimsFreeSlotsAtTheEndOrEverywhere) {
+    const std::string a = With(Kind(Message("A"), 9), 4, "\xFF"), free = Free(a);
+    const auto trimmed = [&](DirectoryFile& file, const std::string& content) {
+        Write(content);
+        file.UpdateDFile();
+        return Read();
+    };
+    for (DFile* file : {&mFile, &mForeign}) {
+        EXPECT_EQ(trimmed(*file, kHeader + free + Broken(a) + free + free + free),
+                  kHeader + free + Broken(a));
+        EXPECT_EQ(trimmed(*file, kHeader + free + free), kHeader);
+        EXPECT_EQ(trimmed(*file, kHeader), kHeader);
+        EXPECT_EQ(trimmed(*file, kHeader + Cut(kHeader)).substr(0, 316), kHeader);
+    }
+    EXPECT_EQ(trimmed(mMessages, free + a + free + Broken(a) + Cut(a)), a + Broken(a));
+    EXPECT_EQ(trimmed(mMessages, free + free), "");
+    EXPECT_EQ(trimmed(mMessages, ""), "");
+    mMissing.UpdateDFile();
+    EXPECT_FALSE(DiskDriver::FileExists((WindowsDirectory() + "\\JPW*").c_str(), 0));
+}
+
+TEST_F(DirectoryFileTest, CopiesUsedRecordsNumberedByTheirSlots) {
+    const std::string a = Status(Message("A"), 0x01), b = Message("B");
+    const std::string content = Message("header") + a + Free(a) + Broken(a) + b + Cut(b);
+    RbFile copy(mFolder.Path("COPY.DAT").c_str()), nowhere(mFolder.Path("NO\\COPY").c_str());
+    Write(content);
+    EXPECT_TRUE(mMessages.GetDFile(copy) == 0 && mMissing.GetDFile(copy) == 0);
+    EXPECT_FALSE(copy.Exists());
+    WriteFileBytes("COPY.DAT", std::string(5000, 'x'));
+    EXPECT_EQ(mFile.GetDFile(copy), 2);
+    EXPECT_EQ(ReadFileBytes("COPY.DAT"), With(a, 0, Bytes("\0\x01")) + With(b, 0, Bytes("\0\x04")));
+    EXPECT_TRUE(mFile.UsedCount() == 2 && mFile.UnprocessedCount() == 1 && mFile.IsGood());
+    EXPECT_EQ(mFile.GetDFile(nowhere), 0);
+    EXPECT_EQ(Reports(), Inbox("fGood") + Inbox("fGood|Error DirectoryFile: GetDFile()"));
+    EXPECT_TRUE(!copy.isOpen() && mFile.UsedCount() == 0 && !mFile.IsGood());
+}
+
+TEST_F(DirectoryFileTest, DamagedFilesHarmNothingBesideThem) {
+    unsigned int seed = 1;
+    WriteFileBytes("KEEP.EMX", "text");
+    for (unsigned int size : {0u, 1u, 315u, 317u, 631u, 632u, 5000u}) {
+        for (DFile* file : {&mFile, &mForeign, &mMessages}) {
+            std::string noise(size, '\0');
+            for (char& byte : noise)
+                byte = static_cast<char>((seed = seed * 1103515245 + 12345) >> 16);
+            Write(noise);
+            EXPECT_EQ(file->GetInfo(keInfoAll), 1) << size;
+            EXPECT_TRUE(Check(*file, 1) >= 2 && Take(*file, 0) != "0") << size;
+            file->DeleteOldMail(0, 0, file);
+            file->UpdateDFile();
+            EXPECT_TRUE(file->CompressDFile() && Read().size() % 316 == 0) << size;
+            EXPECT_EQ(Names(), "INBOX.DAT KEEP.EMX ");
+        }
+    }
+    Reports();
+}

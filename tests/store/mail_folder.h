@@ -1,0 +1,76 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "postrider.h"
+#include "tests/support/debug_output.h"
+#include "tests/support/record_bytes.h"
+#include "tests/support/scratch.h"
+
+using Text = const std::string&;
+
+inline const std::string kHeader(316, '\0');
+
+// A used, unprocessed record of index 7, kind 1 and date 1.
+inline std::string Message(Text topic, Text fileName = "GONE.EML") {
+    std::string bytes = With(kHeader, 0, Bytes("\0\x07\x01\0") + Pascal(topic));
+    bytes = With(With(bytes, 38, Pascal(fileName)), 72, Pascal("Smith|Anna"));
+    return With(bytes, 300, Bytes("\0\0\0\x01pppp\0\x02\0\x01qqqq"));
+}
+inline std::string Free(Text record) { return With(record, 2, {'\0'}); }
+inline std::string Broken(Text record) { return With(record, 0, "\xFF\xFF"); }
+inline std::string Cut(Text record) { return record.substr(0, 315); }
+inline std::string Kind(Text record, char kind) { return With(record, 311, {kind}); }
+inline std::string Status(Text record, int bits) { return With(record, 3, {char(bits)}); }
+inline std::string Attributes(Text record, int bits) {
+    return With(record, 36, {char(bits >> 8), char(bits)});
+}
+inline std::string Date(Text record, unsigned long date) {
+    return With(record, 300, {char(date >> 24), char(date >> 16), char(date >> 8), char(date)});
+}
+inline std::string MessageID(Text record, Text text) { return With(record, 112, Pascal(text)); }
+inline DirectoryRecord Record(const std::string& bytes) {
+    std::istringstream in(bytes);
+    DirectoryRecord record;
+    in >> record;
+    return record;
+}
+
+// A report of the sources BaseDirFile and DirectoryFile, as MailFolder::Reports tells it.
+inline std::string Base(Text report) { return report + "|JXSYSTEM\\DIRFL_BS.CPP|"; }
+inline std::string Inbox(Text report) { return report + "|JXSYSTEM\\DIRFILE.CPP|"; }
+
+// The current folder's D file; does not wait for a file that another process may hold.
+struct DFile : DirectoryFile {
+    explicit DFile(TypeDirFile type, Text path = "INBOX.DAT") : DirectoryFile(type) {
+        Parse(std::filesystem::absolute(path).string().c_str(), 1);
+    }
+    ~DFile() override { EXPECT_FALSE(isOpen()); }
+    bool DoOpen(const char* name, int mode, int prot) override {
+        return RbFile::DoOpen(name, mode, prot);
+    }
+};
+
+// A mail folder of its own, with its D file of each type. A test names all reports that are made.
+class MailFolder : public testing::Test {
+protected:
+    MailFolder() { RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr); }
+    ~MailFolder() override;
+
+    void Write(const std::string& bytes) { WriteFileBytes("INBOX.DAT", bytes); }
+    std::string Read() { return ReadFileBytes("INBOX.DAT"); }
+    // A result and what the file then holds: "1" and the bytes.
+    std::string Left(long result) { return std::to_string(result) + Read(); }
+    // Names in the order of the alphabet, a blank behind each.
+    std::string Names(Text folder = ".");
+    // "expression|message|source|" of each report since the last call.
+    std::string Reports();
+
+    ScratchFolder mFolder;
+    DebugOutput mOutput;
+    unsigned int mReportCount = RbAssertGetCount();
+    DFile mFile{keDirFolder}, mForeign{keDirForeign}, mMessages{keDirMessages};
+    DFile mMissing{keDirFolder, "MISSING.DAT"};
+};

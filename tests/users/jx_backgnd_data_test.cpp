@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+
+#include "postrider.h"
+#include "tests/support/message_boxes.h"
+#include "tests/support/record_bytes.h"
+
+using namespace testing;
+using Strings = std::vector<std::string>;
+
+// A different text for every string, one of them empty and one longer than a length byte tells.
+static Strings Texts() {
+    Strings texts;
+    for (unsigned int i = 0; i < kUserStrings; ++i)
+        texts.push_back("text " + std::to_string(i));
+    texts[5] = "";
+    texts[17] = std::string(300, 'x');
+    texts[kSmtpHost] = "smtp7:2525";
+    texts[kPopAccount] = "anna@pop7:1995:n";
+    return texts;
+}
+// Reads a file with these bytes; whether the stream is good then.
+static bool Read(JxBackgndData& data, const std::string& plain) {
+    std::istringstream in(ScrambledUserData(plain));
+    return (in >> data).good();
+}
+static JxBackgndData Old() {
+    JxBackgndData data;
+    Read(data, UserData(Strings(kUserStrings, "old")));
+    return data;
+}
+static std::string Servers(const JxBackgndData& data) {
+    return data.GetPopAccount().Text() + std::string(" ") + std::to_string(data.GetPopPort()) +
+           " " + std::to_string(data.GetPopOption()) + " " + data.GetSmtpHost().Text() + " " +
+           std::to_string(data.GetSmtpPort());
+}
+
+TEST(BackgndData, ReadsAndWritesEveryField) {
+    JxBackgndData data = Old();
+    ASSERT_TRUE(Read(data, UserData(Texts()) + "whatever follows"));
+    EXPECT_TRUE(data.mulFlags == 0x12345678 && data.mwValue3 == 0xABCD);
+    EXPECT_TRUE(data.mwValue4 == 0x0102 && data.mulValue2 == 0xDEADBEEF);
+    EXPECT_TRUE(data.mstrSettings[15] == "text 15" && data.mstrList[0] == "text 16");
+    EXPECT_TRUE(data.mstr7 == "text 24" && data.mstr16 == "text 25");
+    EXPECT_EQ(Servers(data), "anna@pop7 1995 0 smtp7 2525");
+    EXPECT_EQ(Written(data), ScrambledUserData(UserData(Texts())));
+}
+
+TEST(BackgndData, CutRecordFillsTheFieldsBeforeTheCut) {
+    const std::string plain = UserData(Texts());
+    unsigned int whole = 0, end = 12; // strings before the cut, and where the last one ends
+    for (unsigned int size = 1; size < plain.size(); ++size) {
+        JxBackgndData data = Old();
+        ASSERT_TRUE(Read(data, plain.substr(0, size)));
+        if (size == end + 4 + Texts()[whole].size())
+            end += 4 + Texts()[whole++].size();
+        Strings expected = Texts();
+        std::fill(expected.begin() + whole, expected.end(), "old");
+        if (size >= 12)
+            expected[whole] = ""; // the string that is cut
+        ASSERT_EQ(ScrambledUserData(Written(data)), UserData(expected)) << size;
+        // The account is taken apart at the very end.
+        EXPECT_EQ(Servers(data), whole > kSmtpHost ? "old 110 1 smtp7 2525" : "old 110 1 old 25");
+    }
+    JxBackgndData data = Old();
+    EXPECT_FALSE(Read(data, ""));
+    for (const char* length : {"\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFD", "\x7F\xFF\xFF\xFF"})
+        EXPECT_TRUE(Read(data, plain.substr(0, 12) + length + RandomBytes(1, 9000)));
+}
+
+TEST(BackgndData, RecordOfMoreThan8192BytesIsNotWritten) {
+    JxBackgndData data, read = Old();
+    const std::string largest(8192 - 116, 'x'); // numbers and empty strings are 116 bytes
+    data.mstrSettings[15].puts(largest.c_str());
+    EXPECT_TRUE(Read(read, ScrambledUserData(Written(data)) + "x"));
+    EXPECT_TRUE(read.mstrSettings[15].Text() == largest && read.mstr16 == "");
+    data.mstr16.puts("x");
+    EXPECT_EQ(Written(data), "");
+}
+
+TEST(BackgndData, AddressIsCutAtItsColons) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"mail7:1110", "mail7 1110 1 1"}, {"host:n:995", "host 995 0 1"},
+        {"h:995:n:25x", "h 25 0 1"},      {"host:x7:N:n5: 9:-1", "host 110 1 1"},
+        {"h::25:", "h 25 1 1"},           {":7", " 7 1 1"},
+        {"h:65537", "h 1 1 1"},           {"", "before 110 1 0"}};
+    for (const auto& [text, expected] : cases) {
+        RBString host("before");
+        unsigned short port = 7;
+        int flag = 7;
+        const int found = JxBackgndData::ParseIP(text.c_str(), 110, &host, &port, &flag);
+        EXPECT_EQ(host.Text() + (" " + std::to_string(port)) + " " + std::to_string(flag) + " " +
+                      std::to_string(found),
+                  expected);
+    }
+}
+
+TEST(BackgndData, EmptyAddressesAreReportedAndTaken) {
+    MessageBoxes boxes;
+    JxBackgndData data = Old();
+    data.SetFullPopAccount("");
+    data.SetFullSmtpHost("");
+    EXPECT_TRUE(data.GetFullPopAccount() == "" && Servers(data) == "old 110 1 old 25");
+    EXPECT_THAT(boxes.Texts(), AllOf(SizeIs(2), Each(HasSubstr("\nstrAddress.Length () > 0\n"))));
+}
+
+TEST(DownloadItem, StreamsTheLowHalfOfItsNumber) {
+    JxDownloadItem item("<id>"), read("old");
+    item.SetNumber(0x12345678);
+    read.SetNumber(0xAAAABBBB);
+    EXPECT_EQ(Written(item), Bytes("\x78\x56\0\0\0\x04<id>"));
+    std::istringstream in(Written(item) + Bytes("\x05\x00\xFF\xFF\xFF\xFFx"));
+    in >> read;
+    EXPECT_TRUE(in.good() && read.Number() == 0xAAAA5678 && read.Text() == "<id>");
+    in >> read;
+    EXPECT_TRUE(in.fail() && read.Number() == 0xAAAA0005 && read.Text() == "");
+}

@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+
+#include "postrider.h"
+#include "tests/support/record_bytes.h"
+#include "tests/support/resource_text.h"
+#include "tests/support/scratch.h"
+
+class UserList : public testing::Test {
+protected:
+    ~UserList() override { Open(0); }
+    void Open(int mode) {
+        if (mFile.isOpen())
+            mFile.close();
+        mFile.clear();
+        EXPECT_TRUE(!mode || mFile.Open(mode));
+    }
+    void Read(const std::string& lines) { WriteFileBytes(mPath, lines), Open(0xA1); }
+    // Imports the next line: "code name/address format encoding platform".
+    std::string Next() {
+        MailUser user("old", "old", keFormat3, keEncode2);
+        const int code = user.Import(mFile);
+        return std::to_string(code) + " " + user.Name().Text() + "/" + user.Address().Text() + " " +
+               std::to_string(user.MessageFormat()) + " " + std::to_string(user.EnclosureEncode()) +
+               " " + std::to_string(user.Platform());
+    }
+    std::string Line(const std::string& line) { return Read(line + "\r\n"), Next(); }
+    std::string Exported(const char* name, int platform, int format, int encoding) {
+        MailUser user(name, "box7", static_cast<enumMessageFormat>(format),
+                      static_cast<enumEnclosureEncode>(encoding));
+        user.SetPlatform(static_cast<enumUserPlatformType>(platform));
+        Open(0x92);
+        EXPECT_EQ(user.Export(mFile), 0);
+        Open(0);
+        return ReadFileBytes(mPath);
+    }
+
+    ScratchFolder mFolder;
+    const std::string mPath = mFolder.Path("users.txt");
+    RbFile mFile{mPath.c_str()};
+};
+
+// The three settings' fields, by the numbers of their words.
+static std::string Fields(unsigned int platform, unsigned int format, unsigned int encoding) {
+    const auto word = [](unsigned int id) { return id ? ResourceText(id) : ""; };
+    return "\t" + word(platform) + "\t" + word(format) + "\t" + word(encoding);
+}
+
+TEST_F(UserList, ExportsSettingsAsWords) {
+    const unsigned int cases[][6] = {{1, 1, 1, 720, 713, 718}, {2, 2, 2, 721, 715, 719},
+                                     {3, 3, 7, 722, 716, 725}, {4, 4, 3, 723, 714, 0},
+                                     {5, 5, 7, 724, 0, 725},   {6, 0, 0, 726, 0, 0}};
+    for (const auto& [platform, format, encoding, first, second, third] : cases)
+        EXPECT_EQ(Exported("Smith|Anna", platform, format, encoding),
+                  "Smith\tAnna\tbox7" + Fields(first, second, third) + "\r\n");
+    EXPECT_EQ(Exported("100%s", 0, 0, 0), "\t100%s\tbox7\t\t\t\r\n");
+}
+
+TEST_F(UserList, ExportToAFileThatCannotBeWrittenFails) {
+    MailUser anna("Anna", std::string(10000, 'a').c_str(), keUserOrdinary), nobody;
+    EXPECT_TRUE(anna.Export(mFile) == 2 && nobody.Export(mFile) == 1);
+    Read("kept");
+    EXPECT_EQ(anna.Export(mFile), 2);
+    Open(0xA3);
+    mFile.setstate(std::ios::eofbit); // not good, though nothing failed
+    EXPECT_EQ(anna.Export(mFile), 2);
+    Open(0);
+    EXPECT_EQ(ReadFileBytes(mPath), "kept");
+}
+
+TEST_F(UserList, ImportsNamesAndAddressUpToTheirLimits) {
+    const std::string f15(15, 'f'), g16(16, 'g'), a111(111, 'a');
+    const std::pair<std::string, std::string> cases[] = {
+        {" Smith  \t Anna \tbox7   ", "0  Smith| Anna/box7"},
+        {"a\tb\tc\t\t\t\tmore\tfields", "0 a|b/c"},
+        {"Smith", "3 old/old"},
+        {"Smith\tAnna", "3 Smith|Anna/old"},
+        {"Smith\t  \tbox7", "6 Smith|/old"},
+        {f15 + "\t" + g16 + "\tbox7", "0 " + f15 + "|" + g16 + "/box7"},
+        {f15 + "f\t" + g16 + "\tbox7", "4 " + f15 + "f|" + g16 + "/old"},
+        {"a\tb\t" + a111, "0 a|b/" + a111},
+        {"a\tb\t" + a111 + "a" + Fields(0, 713, 718), "4 a|b/old"},
+        {std::string(10000, 'x'), "3 old/old"}};
+    for (const auto& [line, expected] : cases)
+        EXPECT_EQ(Line(line), expected + " 2 7 2") << line;
+}
+
+TEST_F(UserList, ImportedSettingsDecideThePlatform) {
+    const std::string user = "Smith\tAnna\tbox7", done = "0 Smith|Anna/box7 ";
+    EXPECT_EQ(Line(user + Fields(720, 713, 718)), done + "1 1 6");
+    EXPECT_EQ(Line(user + Fields(726, 714, 725)), done + "4 7 4");
+    EXPECT_EQ(Line(user + Fields(722, 712, 0)), done + "2 7 2");
+    EXPECT_EQ(Line(user + Fields(0, 716, 719)), done + "3 2 3");
+    EXPECT_EQ(Line(user + "\tDefault\tunknown\tunknown"), done + "2 7 2");
+}
+
+TEST_F(UserList, LinesEndInACarriageReturn) {
+    Read("a\tb\tc\r\n   \r\rd\te\tf\n\rg\th\ti");
+    EXPECT_EQ(Next(), "0 a|b/c 2 7 2");
+    // An empty line leaves the platform that goes with new users.
+    EXPECT_TRUE(Next() == "7 old/old 2 7 4" && Next() == "7 old/old 2 7 4");
+    EXPECT_EQ(Next(), "0 d|e/f\n 2 7 2");
+    EXPECT_EQ(Next(), "0 g|h/i 2 7 2");
+    EXPECT_EQ(Next(), "0 old/old 2 7 2"); // the stream has ended
+    for (const std::string& line :
+         {std::string(10000, '\t'), std::string(10240, ' '), std::string(10000, '\0'),
+          RandomBytes(1, 10000), std::string(10000, 'x') + "\r\n"}) {
+        Read(line);
+        for (int calls = 0; calls < 2000 && mFile.good(); ++calls)
+            Next();
+        EXPECT_FALSE(mFile.good());
+    }
+}
