@@ -45,12 +45,14 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
     JX_CHECK(!poDFile);
     // `path` may be a text that this call empties: it is taken first.
     RbFile* const file = new (std::nothrow) RbFile(path);
+    // What is left of a path that is none would name another file.
+    const bool named = FileSpec().Parse(path, 1) == FileSpec::keSpecOk;
     CloseDFile();
     poDFile = file;
     tickerResults.Reset();
     if (!poDFile)
         return 0;
-    if (!poDFile->Open(keOpenRead))
+    if (!named || !poDFile->Open(keOpenRead))
         return 0;
     records.reset(new RecordReader(*poDFile));
     return GetNextRecord(topic, fileName, sender, kind, flag);

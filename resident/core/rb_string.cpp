@@ -242,24 +242,28 @@ char* BaseString::AdjustSize(unsigned int n) {
         buffer[0] = buffer[1] = 0;
         mpRep->miLength = 0;
     } else {
-        // A length that no longer fits would be read past the buffer's end.
-        const unsigned int length = std::min(Length(), n);
         ReAllocMem(n + 2);
-        mpRep->miLength = length;
-        mpRep->mpBuffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
+        mpRep->mpBuffer[0] = std::min<unsigned int>(Length(), StringRep::keMaxLengthByte);
     }
     return WritableText();
 }
 
+// A recorded length that no longer fits would be read past the new buffer's end.
+static unsigned int FittingLength(unsigned int length, unsigned int size) {
+    return std::min(length, std::max(size, 2u) - 2);
+}
+
 unsigned char* BaseString::AllocMem(unsigned int size) {
+    const unsigned int length = FittingLength(Length(), size);
     checkdelrep();
-    return mpRep->AllocMem(size);
+    mpRep->miLength = length;
+    return mpRep->AllocMem(std::max(size, 2u));
 }
 
 unsigned char* BaseString::ReAllocMem(unsigned int size) {
     size = std::max(size, 2u);
     unsigned char* buffer = AllocBuffer(size);
-    const unsigned int length = Length();
+    const unsigned int length = FittingLength(Length(), size);
     buffer[0] = buffer[1] = 0;
     if (LengthByte()) {
         const unsigned int kept = std::min<unsigned int>(strnlen(Text(), size - 2), size - 2);

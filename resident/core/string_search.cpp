@@ -43,7 +43,7 @@ bool BaseString::IsDoubleByte(const char* p) {
 
 unsigned int BaseString::DoubleByteAdjLen(const char* text, unsigned int n) {
     unsigned int reached = 0;
-    while (reached < n)
+    while (reached < n && text[reached])
         reached += CharacterSize(text + reached, true);
     return reached > n ? n - 1 : n;
 }
@@ -224,7 +224,7 @@ unsigned int BaseString::Replace(unsigned int from, unsigned int to, const char*
     const std::string insertion(text ? text : "");
     // The first character that is replaced, counted from 0, and the first behind that is kept.
     const std::size_t begin = from == 0 ? 0 : std::min<std::size_t>(from - 1, old.size());
-    const std::size_t behind = std::min(std::max<std::size_t>(to, begin), old.size());
+    const std::size_t behind = std::min<std::size_t>(to, old.size());
     const std::string result = old.substr(0, begin) + insertion + old.substr(behind);
     unsigned char* buffer = static_cast<unsigned char*>(TakeBlock(result.size() + 2));
     std::memcpy(buffer + 1, result.c_str(), result.size() + 1);

@@ -55,6 +55,10 @@ int FileSpec::operator==(const FileSpec& other) const {
 
 int FileSpec::operator!=(const FileSpec& other) const { return !(*this == other); }
 
+bool FileSpec::IsSameFile(const FileSpec& other) const {
+    return RBString(FullFileSpec()).StrICmp(RBString(other.FullFileSpec())) == 0;
+}
+
 int FileSpec::operator<(const FileSpec& other) const {
     const auto key = [](const FileSpec& spec) {
         RBString text(spec.FileName());
@@ -130,6 +134,9 @@ int FileSpec::Build(char drive, const char* path, const char* name, const char* 
         mwDrive = keNoDrive;
     }
 
+    // The texts given may be this specification's own: they stay alive until all are stored.
+    const RBString oldName(mstrName);
+    const RBString oldExt(mstrExt);
     // Stores a name or an extension, or reports its length.
     const auto setPart = [replaceAll](RBString& part, const char* text) {
         if (text && *text) {

@@ -39,6 +39,8 @@ public:
     // Drive, path, name and extension alike, case-sensitively.
     int operator==(const FileSpec& other) const;
     int operator!=(const FileSpec& other) const;
+    // Whether both name one file: the full forms, without regard to case.
+    bool IsSameFile(const FileSpec& other) const;
     // By name and extension alone, without regard to case, drive and path.
     int operator<(const FileSpec& other) const;
 

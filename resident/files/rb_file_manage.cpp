@@ -48,6 +48,9 @@ enumDeleteResult RbFile::ImpRemove() {
 int RbFile::RenameToBak(FileSpec* backup) {
     FileSpec target(*this);
     target.SetFileExt(".BAK");
+    // A backup itself would be removed as its own older backup.
+    if (IsSameFile(target))
+        return 0;
     DiskDriver::RemoveFile(target);
     const int renamed = DiskDriver::Rename(*this, target);
     if (renamed && backup)

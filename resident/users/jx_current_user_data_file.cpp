@@ -27,7 +27,9 @@ unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
     if (length == 0 || length >= size)
         return 0;
     FileSpec spec(buffer, 1);
-    spec.SetSpecPart(name, 0);
+    // A name that is none would leave the directory itself.
+    if (spec.SetSpecPart(name, 0) != FileSpec::keSpecOk)
+        return 0;
     const char* const path = spec.FullFileSpec();
     if (std::strlen(path) >= size)
         return 0;

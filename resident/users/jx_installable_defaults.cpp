@@ -50,8 +50,10 @@ int JxInstallableDefaults::SetupInstallableDefaults(const char* sourceDir, const
     source.SetSpecPart(kFileName, 0);
     RbFile target(FileSpec(targetDir, 1));
     target.SetSpecPart(kFileName, 0);
-    if (!target.Exists() && source.Exists())
-        target.Copy(source, 1, nullptr, keDupLargeBuffer);
+    // Half a copy would stand in the way of the next one.
+    if (!target.Exists() && source.Exists() &&
+        target.Copy(source, 1, nullptr, keDupLargeBuffer) != keCopyDone)
+        target.ImpRemove();
     mstrFile.puts(target.FullFileSpec());
     mfSetup = 1;
     return 1;

@@ -62,6 +62,11 @@ std::istream& operator>>(std::istream& in, JxLoggedMailUser& user) {
 }
 
 bool JxLoggedMailUser::WriteInfo(std::fstream& file) {
+    // Half of what the file holds must not be written over.
+    if (mstrAddress.Length() > ULR_MAX_ADDRESS_LEN) {
+        file.setstate(std::ios::failbit);
+        return false;
+    }
     file << *this;
     if (!file.good())
         return false;

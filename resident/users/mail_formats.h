@@ -2,6 +2,7 @@
 
 // How mail to a user is formatted. The numbers are those of the user records; a user's platform
 // follows from its message format and enclosure encoding (BaseMailUser::SetPlatformFromEncoding).
+// Programs may set other values.
 
 enum enumMessageFormat : int { keFormat1 = 1, keFormat2 = 2, keFormat3 = 3, keFormat4 = 4 };
 

@@ -80,9 +80,10 @@ void JXMailPrefs::Init() {
 
 void JXMailPrefs::ReadFrom(const RBString& directory, unsigned int flags) {
     Init();
-    SetSpecPart(directory, 1);
+    // Without a folder of that name it would be the current folder's file.
+    const bool named = SetSpecPart(directory, 1) == keSpecOk;
     SetSpecPart(kPrefsFile, 0);
-    if (Exists()) {
+    if (named && Exists()) {
         mPrefFlags = flags;
         SetDefaults();
         ReadJXPrefs();

@@ -164,7 +164,7 @@ int SystemPrefFile::GetNextUnKeyPrefLine(const char* section, char* keyOut, int 
     CopyCut(valueOut, value, valueSize);
     CopyCut(keyOut, setting, keySize);
     const int length = std::strlen(value);
-    return valueOut ? std::clamp(valueSize - 1, 0, length) : length;
+    return valueOut ? std::min(std::max(valueSize, 1) - 1, length) : length;
 }
 
 char* SystemPrefFile::CleanPrefLine(char* line) {

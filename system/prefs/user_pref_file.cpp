@@ -216,7 +216,8 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
 
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
     RbFile copy(Beside("RB.BAK"));
-    if (!copy.Open(keOpenRewrite))
+    // The two names that the exchange needs are not the file's own.
+    if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !copy.Open(keOpenRewrite))
         return ShowFileMessage(kFirstMessage, copy.FullFileSpec());
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();

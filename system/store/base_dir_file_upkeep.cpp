@@ -153,8 +153,10 @@ static FileSpec WithExtension(const FileSpec& file, const char* ext) {
 static constexpr unsigned int kCopyBuffer = 0x10000;
 
 int BaseDirFile::CompressDFile() {
+    FileSpec backup = WithExtension(*this, ".BAK");
     RbFile compressed;
-    if (!HashUniqueFileName(&compressed, *this, ".TMP"))
+    // A file that has the backup's name would be removed as an older backup.
+    if (IsSameFile(backup) || !HashUniqueFileName(&compressed, *this, ".TMP"))
         return 0;
     bool copied = false;
     {
@@ -172,7 +174,6 @@ int BaseDirFile::CompressDFile() {
         return 0;
     }
 
-    FileSpec backup = WithExtension(*this, ".BAK");
     DiskDriver::RemoveFile(backup);
     if (!DiskDriver::Rename(*this, backup)) {
         DiskDriver::RemoveFile(compressed);
@@ -215,9 +216,12 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     miUsed = miUnprocessed = 0;
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");
+    FileSpec backup = WithExtension(*this, ".BAK");
+    // Neither of the two that are made may be this file itself.
+    const bool namesFree = !IsSameFile(stripped) && !IsSameFile(backup);
     bool made = false;
     bool copied = false;
-    if (Open(keOpenIn | keOpenBinary)) {
+    if (namesFree && Open(keOpenIn | keOpenBinary)) {
         made = stripped.Open(keOpenWrite);
         if (made) {
             copied = CopyUsedRecords(stripped, [option](DiskDirRec& stored) {
@@ -234,7 +238,6 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
 
     int result = 0;
     if (copied) {
-        FileSpec backup = WithExtension(*this, ".BAK");
         DiskDriver::RemoveFile(backup);
         // Without a way back: when the second one fails, the file stays as the backup.
         if (DiskDriver::Rename(*this, backup))

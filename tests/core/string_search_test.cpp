@@ -116,6 +116,7 @@ TEST(Replace, PutsATextInPlaceOfARange) {
     };
     EXPECT_EQ(replace("abcd", 2, 3, "XYZ"), "aXYZd 5");
     EXPECT_EQ(replace("abcd", 3, 2, "x"), "abxcd 4");
+    EXPECT_EQ(replace("abcdef", 5, 2, "x"), "abcdxcdef 6");
     replace("abcd", 0xFFFFFFFF, 4, "x"); // trusted, but never past the text
     replace("abcd", 0, 9, nullptr);
 }

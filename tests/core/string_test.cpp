@@ -175,6 +175,17 @@ TEST(LStrNCpy, CutsAndSaysSoAndReportsWhatItCannotUse) {
     EXPECT_THAT(reports.Texts(), ElementsAre(badSize, badSize, null, null));
 }
 
+TEST(StringValue, ASmallerBufferCutsTheRecordedLength) {
+    for (unsigned int size : {0, 1, 2, 3, 10}) {
+        RBString text(Many(300).c_str()), fresh(text);
+        text.ReAllocMem(size);
+        fresh.AllocMem(size);
+        EXPECT_TRUE(text.Length() + 2 <= std::max(size, 2u) && fresh.Length() == text.Length());
+        text.AdjustSize(0);
+        EXPECT_EQ(Stored(text), Image(text.Length(), Many(text.Length())));
+    }
+}
+
 TEST(StringBuffer, NeverHoldsMoreThanItHasRoomFor) {
     const std::string text = Many(5000);
     for (const unsigned int capacity : {1u, 0xFFFFFFFDu + 1, 0xFFFFFFFFu})

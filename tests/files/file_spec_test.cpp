@@ -76,3 +76,10 @@ TEST(FileSpecTest, HashesAnyTextToAName) {
               "1" + std::string(260, 'X') + ".TXT");
     EXPECT_EQ(hash("a." + std::string(10000, 'X'), ".EML", set), "1A." + std::string(259, 'X'));
 }
+
+TEST(FileSpecTest, TakesItsOwnTexts) {
+    FileSpec spec("C:\\mail\\inbox.dat");
+    EXPECT_EQ(spec.Build('D', spec.FileName(), spec.Path().Text(), spec.FileName(), 1), 0);
+    EXPECT_STREQ(spec.FullSpec(), "D:\\inbox\\\\mail\\inbox");
+    EXPECT_TRUE(FileSpec("C:\\A\\b.c.").IsSameFile(FileSpec("c:\\a\\B.C")));
+}

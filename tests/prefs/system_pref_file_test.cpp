@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <climits>
+
 #include "postrider.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/scratch.h"
@@ -101,6 +103,13 @@ TEST_F(SystemPrefs, LinesAreCutToTheirBuffers) {
     EXPECT_EQ(Line("s"), key + ":" + value + ":801");
     for (int calls = 0; calls < 20 && !Line("s").ends_with("-2"); ++calls)
         EXPECT_LE(mKey.size(), 1600u);
+}
+
+TEST_F(SystemPrefs, NoRoomIsNoValue) {
+    Lines("[s]\na=1\nb=2\n");
+    Open();
+    for (int size : {0, INT_MIN})
+        EXPECT_EQ(Line("s", 2000, size).substr(1), "::0");
 }
 
 TEST_F(SystemPrefs, TellsWhyThereIsNoLine) {

@@ -127,3 +127,12 @@ TEST(AllocationFailure, IsHandledWhileTheLibraryIsLoaded) {
     EXPECT_EQ(HelperProcess("allocation-failure 4").ExitCode(), 20u); // Retry tries again
     EXPECT_EQ(HelperProcess("allocation-failure 2").ExitCode(), 1u);  // Cancel ends the process
 }
+
+TEST_F(Ticker, APathThatIsNoneOpensNoOtherFile) {
+    Inbox(Mail("Lunch", "Bo"));
+    for (const std::string& folder :
+         {std::string("C:\\no\\\\folder\\"), std::string(300, 'x') + "\\"}) {
+        EXPECT_EQ(First(folder + "inbox.d"), "");
+        Done();
+    }
+}

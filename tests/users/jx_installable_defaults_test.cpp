@@ -2,6 +2,7 @@
 
 #include "postrider.h"
 #include "resources/jxsysres.h"
+#include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/scratch.h"
 
@@ -79,6 +80,17 @@ TEST_F(InstallableDefaults, SetUpCopiesTheSourceOnlyWhereThereIsNoTarget) {
     EXPECT_EQ(Get(), (Values{4, 7, 6})); // words are known by their exact text
     EXPECT_EQ(MailUser().Platform(), 6);
     WriteFileBytes(mTarget, File("", "", Word(722)));
+    SetUpFrom("source");
+    EXPECT_EQ(Get(), (Values{4, 7, 3}));
+}
+
+TEST_F(InstallableDefaults, ASourceThatCannotBeReadLeavesNoTarget) {
+    WriteFileBytes(mFolder.Path("source\\defaults.ini"), File("", "", Word(722)));
+    {
+        const HeldFile held(mFolder.Path("source\\defaults.ini"));
+        SetUpFrom("source");
+        EXPECT_FALSE(FileThere(mTarget));
+    }
     SetUpFrom("source");
     EXPECT_EQ(Get(), (Values{4, 7, 3}));
 }
