@@ -1,5 +1,7 @@
 // Reads every record of a D file and tells what is damaged, where, and what would be lost.
 
+#include <algorithm>
+#include <climits>
 #include <optional>
 #include <set>
 
@@ -27,6 +29,10 @@ public:
         CheckEnds();
         ForEachSlot(mFolder, [this](Slot& slot) { CheckSlot(slot); });
         CheckMessageFiles();
+        // In the file's order, what has no place in it at the end.
+        std::stable_sort(mProblems.begin(), mProblems.end(), [](const auto& a, const auto& b) {
+            return a.position.value_or(ULONG_MAX) < b.position.value_or(ULONG_MAX);
+        });
     }
 
     const std::vector<Problem>& Problems() const { return mProblems; }

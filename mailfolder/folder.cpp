@@ -130,3 +130,5 @@ FileEntries FilesOf(const std::string& directory) {
 LibraryFile::LibraryFile(const Folder& folder) : BaseDirFile(folder.type) {
     static_cast<FileSpec&>(*this) = SpecOf(folder.path);
 }
+
+LibraryFile::~LibraryFile() = default;

@@ -47,5 +47,7 @@ bool IsMessageFile(const std::string& name);
 // The library's D file for it.
 struct LibraryFile : BaseDirFile {
     explicit LibraryFile(const Folder& folder);
+    // Not inline: the release build's linker takes the thunks of one in each source for several.
+    ~LibraryFile() override;
     using BaseDirFile::MessageFile;
 };

@@ -15,9 +15,11 @@ int List(const std::string& argument, int type, bool json) {
     Json messages = Json::array();
     std::vector<std::vector<std::string>> rows;
     unsigned long processed = 0;
+    unsigned long damaged = 0;
     ForEachSlot(folder, [&](Slot& slot) {
         DirectoryRecord record(&slot.stored);
-        record.Check_Fixed_Validity();
+        if (slot.stored.used != 0 && (!record.Check_Fixed_Validity() || !record.isUsed()))
+            ++damaged;
         if (!record.isUsed())
             return;
         const DiskDirRec& fields = record.Record();
@@ -39,6 +41,9 @@ int List(const std::string& argument, int type, bool json) {
                             date.empty() ? "-" : date, std::to_string(kind), done ? "yes" : "-",
                             Printable(record.FileName().Text())});
     });
+    if (damaged)
+        fmt::print(stderr, "{} damaged: \"mailfolder check\" tells more.\n",
+                   Count(damaged, "record is", "records are"));
     if (json) {
         PrintJson({{"file", Utf8(folder.path)},
                    {"type", static_cast<int>(folder.type)},

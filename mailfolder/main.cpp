@@ -2,8 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
 #include <functional>
-#include <io.h>
+#include <system_error>
 
 #include "mailfolder/commands.h"
 #include "mailfolder/quiet.h"
@@ -176,6 +177,11 @@ int CommandLine::Run(int argc, char** argv) {
     } catch (const Failure& failure) {
         fmt::print(stderr, "{}\n", failure.text);
         return failure.code;
+    } catch (const std::system_error& error) {
+        // Whoever read the output has closed it, as "| head" does, and wants no words about it.
+        if (error.code().value() != EINVAL && error.code().value() != EPIPE)
+            fmt::print(stderr, "Cannot write the output: {}.\n", error.what());
+        return keCouldNot;
     } catch (const std::exception& error) {
         fmt::print(stderr, "Cannot go on: {}.\n", error.what());
         return keCouldNot;

@@ -85,6 +85,17 @@ static void SortMessageFiles(const std::string& directory, std::vector<std::stri
             (entry.size < sizeof(DiskDirRec) ? tooShort : whole).push_back(entry.name);
 }
 
+// Whether the record that a message file begins with has all its fields in range.
+static bool HasSoundRecord(const std::string& path) {
+    RbFile file;
+    DirectoryRecord record;
+    if (file.SetSpecPart(path.c_str(), 0) != FileSpec::keSpecOk || !file.Open(keOpenRead))
+        return true; // another complaint, when it comes to adding it
+    file >> record;
+    file.close();
+    return record.CheckValidity();
+}
+
 // Returns the names that no record could be made for.
 static std::vector<std::string> AddMessages(LibraryFile& file, const std::string& directory,
                                             const std::vector<std::string>& names) {
@@ -117,6 +128,15 @@ int Rebuild(const std::string& argument, int type, bool yes, bool replaceBackup)
 
     for (const std::string& name : tooShort)
         fmt::print(stderr, "{} is shorter than a record: it gets none.\n", Printable(name));
+    bool damaged = !tooShort.empty();
+    for (const std::string& name : whole)
+        if (!HasSoundRecord(directory + "\\" + name)) {
+            damaged = true;
+            fmt::print(
+                stderr,
+                "{} begins with a damaged record, or none: it gets what can be made of it.\n",
+                Printable(name));
+        }
     fmt::print("{}: type {} ({}), {} to make a record from\n", Printable(folder.path),
                static_cast<int>(folder.type), folder.why, Count(whole.size(), "message file"));
     if (isThere)
@@ -144,7 +164,7 @@ int Rebuild(const std::string& argument, int type, bool yes, bool replaceBackup)
     const auto count = static_cast<unsigned long>(file.UsedCount());
     made.TakePlace();
     fmt::print("Rebuilt with {}.\n", Count(count, "record"));
-    return count < whole.size() || !tooShort.empty() ? keDamage : keFine;
+    return damaged || count < whole.size() ? keDamage : keFine;
 }
 
 int Compress(const std::string& argument, int type, bool yes, bool replaceBackup,

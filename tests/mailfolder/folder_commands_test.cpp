@@ -238,6 +238,22 @@ TEST_F(FolderCommands, RebuildMakesAMissingFileAndTellsOfShortMessageFiles) {
     EXPECT_EQ(RunTool("rebuild . --type 1 --yes").code, 1u);
 }
 
+TEST_F(FolderCommands, RebuildTellsOfMessageFilesWithoutASoundRecord) {
+    WriteFileBytes("C.EML", std::string(400, 'x'));
+    const Ran ran = RunTool("rebuild . --yes");
+    EXPECT_EQ(ran.code, 3u);
+    EXPECT_THAT(ran.err, HasSubstr("C.EML begins with a damaged record, or none"));
+    EXPECT_EQ(ReadFileBytes("DFile").size(), 4u * 316);
+}
+
+TEST_F(FolderCommands, ListTellsThatRecordsAreDamaged) {
+    Put(kHeader + Kind(A(), 9) + Broken(B()) + Free(Broken(B())));
+    const Ran ran = RunTool("list . --json");
+    EXPECT_EQ(ran.code, 0u);
+    EXPECT_EQ(ran.Json()["messages"].size(), 1u);
+    EXPECT_THAT(ran.err, HasSubstr("2 records are damaged"));
+}
+
 TEST_F(FolderCommands, CompressAsksAndTellsWhatItSaves) {
     const std::string before = ReadFileBytes("DFile");
     const Ran asked = RunTool("compress .");
