@@ -140,6 +140,8 @@ int UserPrefFile::ReadAppHeader(unsigned int id) {
 int UserPrefFile::ReadPrefBuffer(AppPrefTag& tag, long offset) {
     if (offset < 0 || !MoveTo(offset))
         return FileError(kePrefSeekError);
+    if (!tag.buffer)
+        return FileError(kePrefReadError);
     read(static_cast<char*>(tag.buffer), tag.size);
     return good() ? 1 : FileError(kePrefReadError);
 }
@@ -174,6 +176,8 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     if (!ReadAppHeader(tag.id))
         return 0;
     const auto* const block = static_cast<const char*>(tag.buffer);
+    if (!block && tag.size)
+        return FileError(kePrefWriteError);
     if (mStatus & keRecordFound) {
         if (static_cast<unsigned short>(moRecord.size) == tag.size) {
             // A block stands behind the directory, and begins within the file.

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Text for a terminal or a pipe. The library's texts are ANSI, what the programs print is UTF-8.
+
+std::string Utf8(const std::string& ansi);
+
+// As UTF-8, with what would disturb a line of text as a dot.
+std::string Printable(const std::string& ansi);
+
+// A table's column: as wide as its longest cell.
+struct Column {
+    std::string title;
+    bool alignRight = false;
+};
+
+// Prints the titles, a line, and the rows, each of as many cells as there are columns.
+void PrintTable(const std::vector<Column>& columns,
+                const std::vector<std::vector<std::string>>& rows);
+
+// What stands in the way of reading a file, in words that go on after its name; empty when nothing
+// does. The library's own failures look alike, so it is asked of Windows.
+std::string WhyUnreadable(const std::string& path);

@@ -1,0 +1,231 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+
+#include "resident/core/windows_api.h"
+#include "tests/mailfolder/tool.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+struct UserCommands : testing::Test {
+    ScratchFolder mFolder;
+};
+
+// Format 1, encoding 1, platform 6.
+std::string User(Text name, Text address) {
+    std::string record = With(std::string(114, '\0'), 0, Pascal(name));
+    record = With(record, 32, Bytes("\xFF\x01\x01\x06\0"));
+    return With(With(record, 46, Pascal(address)), 78, Bytes("\0\x80"));
+}
+
+TEST_F(UserCommands, ExportWritesAList) {
+    WriteFileBytes("U.DAT", User("Lindqvist|Maja", "lindqvist@post") + User("Office", "o@post"));
+    const Ran ran = RunTool("export U.DAT L.TXT");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_THAT(ran.out, HasSubstr("2 users written"));
+    const std::string list = "Lindqvist\tMaja\tlindqvist@post\tPostrider\tStyled\tBinHex\r\n"
+                             "\tOffice\to@post\tPostrider\tStyled\tBinHex\r\n";
+    EXPECT_EQ(ReadFileBytes("L.TXT"), list);
+    EXPECT_EQ(RunTool("export U.DAT L.TXT").code, 1u);
+    EXPECT_EQ(RunTool("export U.DAT L.TXT --replace").code, 0u);
+    EXPECT_EQ(ReadFileBytes("L.TXT"), list);
+    EXPECT_EQ(RunTool("export U.DAT").code, 2u);
+}
+
+TEST_F(UserCommands, ExportTellsJson) {
+    WriteFileBytes("U.DAT", User("M\xFCller|J\xF6rg", "j@post"));
+    const auto json = RunTool("export U.DAT --json").Json();
+    ASSERT_EQ(json.size(), 1u);
+    EXPECT_EQ(json[0]["family"], "M\u00FCller");
+    EXPECT_EQ(json[0]["given"], "J\u00F6rg");
+    EXPECT_EQ(json[0]["address"], "j@post");
+    EXPECT_EQ(json[0]["platform"], 6);
+}
+
+TEST_F(UserCommands, ExportTellsWhatIsDamaged) {
+    WriteFileBytes("U.DAT", User("", "x") + User("A\tB", "x") +
+                                With(User("Maja", "m@post"), 46, "\x20") + "rest");
+    const Ran ran = RunTool("export U.DAT L.TXT");
+    EXPECT_EQ(ran.code, 3u);
+    EXPECT_THAT(ran.err, AllOf(HasSubstr("record 1, byte 0, has no name"),
+                               HasSubstr("record 2, byte 114, has a tab"),
+                               HasSubstr("record 3, byte 228, claims an address of 32 characters"),
+                               HasSubstr("record 4, byte 342, is not whole")));
+    EXPECT_EQ(ReadFileBytes("L.TXT").substr(0, 12), "\tMaja\tm@post");
+}
+
+TEST_F(UserCommands, ImportTakesLinesAndTellsOfThoseRefused) {
+    WriteFileBytes("L.TXT", "Lindqvist\tMaja\tlindqvist@post\tPostrider\tStyled\tBinHex\r\n"
+                            "two\tfields\r\n\r\nx\t\ty\r\n" +
+                                std::string(30, 'n') + "\tx\ty\r\n" + std::string(2000, 'n') +
+                                "\r\n\tOffice\to@post\tPostrider\tStyled\tBinHex");
+    const Ran ran = RunTool("import L.TXT U.DAT");
+    EXPECT_EQ(ran.code, 3u);
+    EXPECT_THAT(ran.out, HasSubstr("2 users put into"));
+    EXPECT_THAT(ran.err, AllOf(HasSubstr("line 2 is refused: it has fewer than three fields"),
+                               HasSubstr("line 3 is refused: it is empty"),
+                               HasSubstr("line 4 is refused: its second field"),
+                               HasSubstr("line 5 is refused: its name is longer"),
+                               HasSubstr("line 6 is refused: it is longer")));
+    EXPECT_EQ(ReadFileBytes("U.DAT"),
+              User("Lindqvist|Maja", "lindqvist@post") + User("|Office", "o@post"));
+}
+
+TEST_F(UserCommands, ImportAddsOrReplacesWhenTold) {
+    WriteFileBytes("L.TXT", "A\tB\tc\tPostrider\tStyled\tBinHex\n");
+    const std::string old = User("Maja", "m@post");
+    const std::string added = User("A|B", "c");
+    WriteFileBytes("U.DAT", old);
+    EXPECT_EQ(RunTool("import L.TXT U.DAT").code, 1u);
+    EXPECT_EQ(ReadFileBytes("U.DAT"), old);
+    EXPECT_EQ(RunTool("import L.TXT U.DAT --append").code, 0u);
+    EXPECT_EQ(ReadFileBytes("U.DAT"), old + added);
+    EXPECT_EQ(RunTool("import L.TXT U.DAT --replace").code, 0u);
+    EXPECT_EQ(ReadFileBytes("U.DAT"), added);
+    EXPECT_EQ(RunTool("import L.TXT U.DAT --replace --append").code, 2u);
+}
+
+TEST_F(UserCommands, ALongAddressMakesTheRoundTrip) {
+    const std::string address = std::string(100, 'a') + "@post";
+    const std::string line = "A\tB\t" + address + "\tPostrider\tStyled\tBinHex\r\n";
+    WriteFileBytes("L.TXT", line + line);
+    EXPECT_EQ(RunTool("import L.TXT U.DAT").code, 0u);
+    EXPECT_EQ(ReadFileBytes("U.DAT").size(), 4u * 114);
+    EXPECT_EQ(RunTool("export U.DAT M.TXT").code, 0u);
+    EXPECT_EQ(ReadFileBytes("M.TXT"), line + line);
+}
+
+TEST_F(UserCommands, PrefsShowNeverShowsAPassword) {
+    {
+        MailUser person("Smith|Anna", "anna@post:995", keUserOrdinary);
+        JxLoggedMailUser user(person);
+        user.SetSecondText("secret word");
+        JXMailPrefs prefs(JXMailPrefs::keAllowWriting);
+        ASSERT_TRUE(prefs.CreatePrefsFile(mFolder.Path("RB.DAT").c_str()));
+        FileSpec mail(mFolder.Path().c_str(), 1);
+        prefs.SetMailDirectory(mail);
+        prefs.SetUserData(user);
+        prefs.SetPriority("Urgent", 0);
+        prefs.SetDialupConnection("Office");
+        ASSERT_TRUE(prefs.WriteJXPrefs());
+    }
+    const Ran text = RunTool("prefs show RB.DAT");
+    EXPECT_EQ(text.code, 0u);
+    EXPECT_THAT(text.out, HasSubstr("Password            set, not shown"));
+    EXPECT_THAT(text.out, HasSubstr("Mail directory      " + mFolder.Path() + "\\\n"));
+    const Ran ran = RunTool("prefs show . --json");
+    EXPECT_THAT(ran.out + text.out, Not(HasSubstr("secret")));
+    const auto json = ran.Json();
+    EXPECT_EQ(json["popAccount"], "anna@post:995");
+    EXPECT_EQ(json["popPort"], 995);
+    EXPECT_EQ(json["smtpHost"], "");
+    EXPECT_EQ(json["passwordSet"], true);
+    EXPECT_EQ(json["priority1"], "Urgent");
+    EXPECT_EQ(json["dialupConnection"], "Office");
+}
+
+TEST_F(UserCommands, PrefsShowTellsOfDamageWithoutABox) {
+    const std::string header = "PREFRBSW" + Bytes("\x90\x01\0") + std::string(33, '\0');
+    const std::string record = Bytes("\x51\x46\x90\x01\0\x01\0\0\0\x3A\x05\xDC");
+    const std::string block(1500, '\0');
+    const auto shown = [](const std::string& bytes) {
+        WriteFileBytes("RB.DAT", bytes);
+        const Ran ran = RunTool("prefs show RB.DAT");
+        EXPECT_EQ(ran.code, ran.err.empty() ? 0u : 3u);
+        return ran.err;
+    };
+    EXPECT_THAT(shown(""), HasSubstr("shorter than its header"));
+    EXPECT_THAT(shown(With(header, 0, "X") + Bytes("\0\x01")), HasSubstr("does not begin with"));
+    EXPECT_THAT(shown(header + Bytes("\0\0")), HasSubstr("other programs"));
+    EXPECT_THAT(shown(header + Bytes("\0\x02") + record.substr(0, 5)),
+                HasSubstr("ends inside its list of 2 blocks"));
+    EXPECT_THAT(shown(header + Bytes("\0\x01") + With(record, 11, "\xDB") + block),
+                HasSubstr("have 1499 bytes"));
+    EXPECT_THAT(shown(header + Bytes("\0\x01") + record + Cut(block).substr(1)),
+                HasSubstr("ends inside the mail preferences"));
+    EXPECT_EQ(shown(header + Bytes("\0\x01") + record + block), "");
+}
+
+// The files of the Windows directory, put back afterwards.
+struct CurrentUser : UserCommands {
+    CurrentUser() {
+        for (const std::string& path : {mData.Path(), mUser.Path()})
+            DeleteFileA(path.c_str());
+    }
+    struct Kept : KeptFile {
+        explicit Kept(const std::string& name) : Kept(WindowsDirectory() + "\\" + name, true) {}
+        Kept(std::string path, bool) : KeptFile(Visible(path)), mOwn(path) {}
+        // A hidden file cannot be written anew.
+        static std::string Visible(const std::string& path) {
+            SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+            return path;
+        }
+        const std::string& Path() const { return mOwn; }
+        std::string mOwn;
+    };
+    Kept mData{"JXUSER.DAT"}, mUser{"JXLGDUSR.DAT"};
+};
+
+TEST_F(CurrentUser, IsMissing) {
+    const Ran ran = RunTool("user show");
+    EXPECT_EQ(ran.code, 1u);
+    EXPECT_THAT(ran.err, HasSubstr("There is no current user"));
+}
+
+TEST_F(CurrentUser, ShowsPathsAndAccountsAndLeavesTheFiles) {
+    {
+        MailUser person("Smith|Anna", "anna@post", keUserOrdinary);
+        JxLoggedMailUser user(person);
+        user.SetLoggedText("C:\\Anna\\");
+        JxBackgndData data;
+        data.mstrSettings[JxBackgndData::keMailDirectory].puts("C:\\Anna\\InBox\\");
+        data.mstrSettings[JxBackgndData::keDFileName].puts("DFile");
+        data.SetFullPopAccount("anna:995");
+        data.SetFullSmtpHost("post");
+        std::ostringstream bytes;
+        bytes << data;
+        WriteFileBytes(mData.Path(), bytes.str());
+        std::fstream file(mUser.Path(), std::ios::out | std::ios::binary);
+        ASSERT_TRUE(user.WriteInfo(file));
+    }
+    SetFileAttributesA(mData.Path().c_str(), FILE_ATTRIBUTE_HIDDEN);
+    const auto json = RunTool("user show --json").Json();
+    EXPECT_EQ(json["name"], "Smith|Anna");
+    EXPECT_EQ(json["address"], "anna@post");
+    EXPECT_EQ(json["prefsDirectory"], "C:\\Anna\\");
+    EXPECT_EQ(json["inboxDirectory"], "C:\\Anna\\InBox\\");
+    EXPECT_EQ(json["inboxFile"], "DFile");
+    EXPECT_EQ(json["popPort"], 995);
+    EXPECT_EQ(json["smtpPort"], 25);
+    EXPECT_EQ(GetFileAttributesA(mData.Path().c_str()) & FILE_ATTRIBUTE_HIDDEN,
+              static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN));
+}
+
+TEST_F(CurrentUser, NeverShowsThePasswordOfAVerification) {
+    const std::string bytes = Bytes("\0\0\0\x04"
+                                    "anna"
+                                    "\0\0\0\x06"
+                                    "secret"
+                                    "\0\0\0\x07"
+                                    "1.2.3.4"
+                                    "\0\0\0\0");
+    WriteFileBytes(mData.Path(), bytes);
+    const Ran ran = RunTool("user show");
+    EXPECT_EQ(ran.code, 0u);
+    EXPECT_THAT(ran.out, AllOf(HasSubstr("POP user            anna"), HasSubstr("1.2.3.4"),
+                               Not(HasSubstr("secret"))));
+    EXPECT_THAT(ran.err, HasSubstr("JXLGDUSR.DAT is missing"));
+}
+
+TEST_F(CurrentUser, TellsOfACutUserFile) {
+    WriteFileBytes(mUser.Path(), std::string(50, '\0'));
+    const Ran ran = RunTool("user show");
+    EXPECT_EQ(ran.code, 3u);
+    EXPECT_THAT(ran.err, HasSubstr("it ends inside the user"));
+}
+
+} // namespace
