@@ -254,9 +254,9 @@ static unsigned int FittingLength(unsigned int length, unsigned int size) {
 }
 
 unsigned char* BaseString::AllocMem(unsigned int size) {
-    const unsigned int length = FittingLength(Length(), size);
+    // After a detach there is no text, and no length either.
     checkdelrep();
-    mpRep->miLength = length;
+    mpRep->miLength = FittingLength(Length(), size);
     return mpRep->AllocMem(std::max(size, 2u));
 }
 

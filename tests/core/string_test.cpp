@@ -196,3 +196,11 @@ TEST(StringBuffer, NeverHoldsMoreThanItHasRoomFor) {
     string.concat("c");
     EXPECT_STREQ(string.Text(), "yyc");
 }
+
+TEST(StringBuffer, ADetachedOneHasNoLength) {
+    RBString string("abc");
+    const RBString sharer(string);
+    string.AllocMem(100);
+    EXPECT_EQ(string.Length(), 0u);
+    EXPECT_STREQ(sharer.Text(), "abc");
+}
