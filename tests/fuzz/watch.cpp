@@ -1,0 +1,429 @@
+#include "tests/fuzz/watch.h"
+
+#include <cctype>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include "postrider.h"
+#include "resident/core/windows_api.h"
+#include "tests/support/debug_output.h"
+
+static constexpr unsigned long long kLongest = 20000; // milliseconds
+static constexpr unsigned int kHandlesEvery = 300;
+// Handles that the run-time and Windows keep for good, beside those of the run.
+static constexpr unsigned int kSomeHandles = 40;
+
+static Running running;
+static unsigned int seedOfRun;
+static std::string failuresFolder;
+static void (*crashedCallback)();
+static std::vector<std::unique_ptr<KeptFile>> kept; // of the Windows directory
+static std::string complaint;                       // of the current input
+
+void Expect(bool holds, const char* what) {
+    if (!holds && complaint.empty())
+        complaint = what;
+}
+
+void ReadText(const char* text) {
+    static volatile unsigned int sum;
+    while (*text)
+        sum = sum + static_cast<unsigned char>(*text++);
+}
+
+// Tells of a failure and keeps its input; takes no memory of the heap, which may be damaged.
+static void Tell(const char* what) {
+    char line[1024];
+    std::snprintf(line, sizeof line, "%s\\failed-%s-%u-%llu.bin", failuresFolder.c_str(),
+                  running.format->name.c_str(), seedOfRun, running.index);
+    const HANDLE file =
+        CreateFileA(line, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD written;
+    if (file != INVALID_HANDLE_VALUE) {
+        WriteFile(file, running.bytes.data(), running.bytes.size(), &written, nullptr);
+        CloseHandle(file);
+    }
+    std::snprintf(line, sizeof line,
+                  "FAILED %s %llu: %.600s\n"
+                  "    fuzz --format %s --seed %u --first %llu --inputs 1\n",
+                  running.format->name.c_str(), running.index, what, running.format->name.c_str(),
+                  seedOfRun, running.index);
+    WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), line, std::strlen(line), &written, nullptr);
+}
+
+[[noreturn]] static void Crash(const char* what) {
+    static bool crashing = false;
+    if (!crashing && running.since) {
+        crashing = true;
+        Tell(what);
+        crashedCallback();
+        kept.clear();
+    }
+    TerminateProcess(GetCurrentProcess(), kCrashed);
+    std::abort();
+}
+
+// Where in which module an address lies.
+static const char* Place(const void* address) {
+    static char text[300];
+    HMODULE module = nullptr;
+    char path[MAX_PATH] = "?";
+    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                               GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           static_cast<const char*>(address), &module))
+        GetModuleFileNameA(module, path, sizeof path);
+    const char* const name = std::strrchr(path, '\\');
+    std::snprintf(text, sizeof text, "%.200s+0x%X", name ? name + 1 : path,
+                  static_cast<unsigned int>(static_cast<const char*>(address) -
+                                            reinterpret_cast<const char*>(module)));
+    return text;
+}
+
+static LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    // Errors, and not what programs raise for debuggers.
+    if ((record.ExceptionCode & 0xF0000000) != 0xC0000000)
+        return EXCEPTION_CONTINUE_SEARCH;
+    char text[500];
+    std::snprintf(text, sizeof text, "exception %08lX at %s, address %08lX", record.ExceptionCode,
+                  Place(record.ExceptionAddress),
+                  record.NumberParameters > 1
+                      ? static_cast<unsigned long>(record.ExceptionInformation[1])
+                      : 0ul);
+    Crash(text);
+}
+
+static void OnAbort(int) { Crash("abort"); }
+
+static DWORD WINAPI WatchTime(void*) {
+    for (;;) {
+        Sleep(500);
+        const unsigned long long since = running.since;
+        if (since && GetTickCount64() - since > kLongest)
+            Crash("takes longer than 20 seconds");
+    }
+}
+
+namespace {
+
+// Ends message boxes while they are being set up: they take no time, and are never seen.
+class Boxes {
+public:
+    Boxes() {
+        current = this;
+        mHook = SetWindowsHookExA(WH_CALLWNDPROCRET, Procedure, nullptr, GetCurrentThreadId());
+    }
+    ~Boxes() { UnhookWindowsHookEx(mHook); }
+    std::vector<std::string> TakeTexts() { return std::exchange(mTexts, {}); }
+
+private:
+    static BOOL CALLBACK Child(HWND control, LPARAM texts) {
+        char text[4096];
+        if (GetWindowTextA(control, text, sizeof text) && GetDlgCtrlID(control) != IDOK)
+            *reinterpret_cast<std::string*>(texts) += text;
+        return TRUE;
+    }
+    static LRESULT CALLBACK Procedure(int code, WPARAM wParam, LPARAM lParam) {
+        const auto& message = *reinterpret_cast<const CWPRETSTRUCT*>(lParam);
+        char name[16];
+        if (code == HC_ACTION && message.message == WM_INITDIALOG &&
+            GetClassNameA(message.hwnd, name, sizeof name) && std::strcmp(name, "#32770") == 0) {
+            std::string text;
+            EnumChildWindows(message.hwnd, Child, reinterpret_cast<LPARAM>(&text));
+            // The one that has no text here is that of the allocation-failure handler.
+            if (text.empty())
+                Crash("no memory for what the input claims");
+            current->mTexts.push_back(text);
+            EndDialog(message.hwnd, IDOK);
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static Boxes* current;
+    HHOOK mHook;
+    std::vector<std::string> mTexts;
+};
+Boxes* Boxes::current;
+
+bool Matches(const char* pattern, const char* name) {
+    if (*pattern == '*')
+        return Matches(pattern + 1, name) || (*name && Matches(pattern, name + 1));
+    if (!*pattern || !*name)
+        return *pattern == *name;
+    return (*pattern == '?' || std::toupper(*pattern) == std::toupper(*name)) &&
+           Matches(pattern + 1, name + 1);
+}
+
+bool MatchesAny(const std::vector<std::string>& patterns, const std::string& name) {
+    for (const std::string& pattern : patterns)
+        if (Matches(pattern.c_str(), name.c_str()))
+            return true;
+    return false;
+}
+
+struct Entry {
+    bool folder;
+    unsigned long size;
+    unsigned long long written;
+    bool operator==(const Entry&) const = default;
+};
+
+// The entries of a folder and, unless `flat`, of those in it.
+void List(const std::string& folder, bool flat, std::map<std::string, Entry>& entries,
+          const std::string& prefix = "") {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const std::string name = found.cFileName;
+        if (name == "." || name == "..")
+            continue;
+        const bool isFolder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
+        const unsigned long long written =
+            static_cast<unsigned long long>(found.ftLastWriteTime.dwHighDateTime) << 32 |
+            found.ftLastWriteTime.dwLowDateTime;
+        entries[prefix + name] = {isFolder, found.nFileSizeLow, isFolder ? 0 : written};
+        if (isFolder && !flat)
+            List(folder + "\\" + name, flat, entries, prefix + name + "\\");
+    } while (FindNextFileA(search, &found));
+    FindClose(search);
+}
+
+std::map<std::string, Entry> Listed(const std::string& folder, bool flat) {
+    std::map<std::string, Entry> entries;
+    List(folder, flat, entries);
+    return entries;
+}
+
+} // namespace
+
+// Beside the folder that inputs work in stand things that no input may reach.
+struct Watch::State {
+    ScratchFolder outer;
+    std::string inner = outer.Path("IN");
+    std::map<std::string, Entry> outside;
+    DebugOutput output;
+    Boxes boxes;
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, "PostriderFuzzWindowsFiles");
+    unsigned long(__cdecl* guardedBlocks)() = nullptr;
+    unsigned int runs = 0;
+    unsigned long handles = 0;
+
+    unsigned long Blocks() const { return guardedBlocks ? guardedBlocks() : 0; }
+    void RunOnce(const Format& format, std::uint64_t index, Random random);
+    std::string CheckTexts(const Format& format);
+    std::string CheckFiles(const Format& format);
+    std::string CheckHandles();
+    void Stand(const Format& format);
+};
+
+Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mState(new State) {
+    seedOfRun = seed;
+    failuresFolder = std::move(failures);
+    crashedCallback = crashed;
+    State& state = *mState;
+    CreateDirectoryA(state.inner.c_str(), nullptr);
+    WriteFileBytes(state.outer.Path("OUTSIDE.EML"), "keep");
+    CreateDirectoryA(state.outer.Path("OUT").c_str(), nullptr);
+    WriteFileBytes(state.outer.Path("OUT\\KEEP.EML"), "keep");
+    state.outside = Listed(state.outer.Path("OUT"), true);
+    SetCurrentDirectoryA(state.inner.c_str());
+    const HMODULE guard = GetModuleHandleA("guarded_memory.dll");
+    if (guard)
+        state.guardedBlocks = reinterpret_cast<unsigned long(__cdecl*)()>(
+            reinterpret_cast<void*>(GetProcAddress(guard, "GuardedBlocks")));
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
+    RbErrorSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
+    AddVectoredExceptionHandler(1, OnException);
+    std::signal(SIGABRT, OnAbort);
+    CloseHandle(CreateThread(nullptr, 0, WatchTime, nullptr, 0, nullptr));
+    // What stands beside the inner folder, once it is all there.
+    for (const auto& [name, entry] : Listed(state.outer.Path(), true))
+        state.outside["..\\" + name] = entry;
+}
+
+Watch::~Watch() { CloseHandle(mState->mutex); }
+
+bool Watch::Enter(const Format& format) {
+    if (format.windowsFiles) {
+        const DWORD result = WaitForSingleObject(mState->mutex, 0);
+        if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
+            return false;
+        for (const char* name : {"\\JXUSER.DAT", "\\JXLGDUSR.DAT", "\\WIN.INI"})
+            kept.emplace_back(new KeptFile(WindowsDirectory() + name));
+    }
+    mState->Stand(format);
+    return true;
+}
+
+void Watch::Leave() {
+    if (kept.empty())
+        return;
+    kept.clear();
+    ReleaseMutex(mState->mutex);
+}
+
+// Makes the current folder what the format's inputs start from.
+void Watch::State::Stand(const Format& format) {
+    SetCurrentDirectoryA(inner.c_str());
+    std::map<std::string, Entry> there = Listed(inner, false);
+    // Deepest first.
+    for (auto entry = there.rbegin(); entry != there.rend(); ++entry) {
+        const auto& [name, what] = *entry;
+        const auto wanted = format.files.find(name);
+        const bool isWanted =
+            wanted != format.files.end() && (what.folder || wanted->second.size() == what.size);
+        if (isWanted)
+            continue;
+        SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (what.folder)
+            RemoveDirectoryA(name.c_str());
+        else
+            DeleteFileA(name.c_str());
+        there[name].size = ~0ul;
+    }
+    for (const auto& [name, bytes] : format.files) {
+        const auto entry = there.find(name);
+        if (entry != there.end() && entry->second.size != ~0ul)
+            continue;
+        if (bytes == "folder")
+            CreateDirectoryA(name.c_str(), nullptr);
+        else
+            WriteFileBytes(name, bytes);
+    }
+}
+
+std::string Watch::State::CheckTexts(const Format& format) {
+    std::vector<std::string> texts = boxes.TakeTexts();
+    for (std::string& text : output.TakeTexts())
+        texts.push_back(std::move(text));
+    for (const std::string& text : texts) {
+        bool allowed = false;
+        for (const AllowedText& one : format.texts)
+            allowed = allowed || text.find(one.part) != text.npos;
+        if (!allowed)
+            return "shows: " + text;
+    }
+    return "";
+}
+
+std::string Watch::State::CheckFiles(const Format& format) {
+    std::string wrong;
+    char folder[MAX_PATH];
+    GetCurrentDirectoryA(sizeof folder, folder);
+    if (inner != folder)
+        wrong = std::string("current folder is ") + folder;
+    bool tidy = wrong.empty();
+    const std::map<std::string, Entry> there = Listed(inner, false);
+    bool ownThere = format.own.empty();
+    for (const auto& [name, entry] : there) {
+        if (name == format.own) {
+            ownThere = true;
+            continue;
+        }
+        const auto standing = format.files.find(name);
+        if (standing != format.files.end()) {
+            tidy = tidy && (entry.folder || entry.size == standing->second.size());
+            continue;
+        }
+        tidy = false;
+        if (!MatchesAny(format.mayAppear, name))
+            wrong = "leaves " + name;
+    }
+    if (!ownThere && !MatchesAny(format.mayGo, format.own))
+        wrong = "removes " + format.own;
+    for (const auto& [name, bytes] : format.files) {
+        if (there.count(name))
+            continue;
+        tidy = false;
+        if (!MatchesAny(format.mayGo, name))
+            wrong = "removes " + name;
+    }
+    std::map<std::string, Entry> now = Listed(outer.Path("OUT"), true);
+    for (const auto& [name, entry] : Listed(outer.Path(), true))
+        now["..\\" + name] = entry;
+    if (now != outside)
+        wrong = "changes what is outside of its folder";
+    if (!kept.empty()) {
+        WIN32_FIND_DATAA found;
+        const HANDLE search = FindFirstFileA((WindowsDirectory() + "\\JPW*").c_str(), &found);
+        if (search != INVALID_HANDLE_VALUE) {
+            wrong = std::string("leaves in the Windows directory ") + found.cFileName;
+            FindClose(search);
+            DeleteFileA((WindowsDirectory() + "\\" + found.cFileName).c_str());
+        }
+    }
+    if (!tidy)
+        Stand(format);
+    return wrong;
+}
+
+std::string Watch::State::CheckHandles() {
+    if (runs++ % kHandlesEvery)
+        return "";
+    DWORD count = 0;
+    if (!GetProcessHandleCount(GetCurrentProcess(), &count))
+        return "";
+    if (!handles)
+        handles = count;
+    if (count <= handles + kSomeHandles)
+        return "";
+    handles = count;
+    return "handles are left open: " + std::to_string(count);
+}
+
+void Watch::State::RunOnce(const Format& format, std::uint64_t index, Random random) {
+    running.since = GetTickCount64();
+    try {
+        Input input{running.bytes, random, IsCut(format.shape, index)};
+        format.run(input);
+    } catch (const std::exception& error) {
+        complaint = std::string("throws: ") + error.what();
+    } catch (...) {
+        complaint = "throws";
+    }
+    running.since = 0;
+}
+
+bool Watch::Run(const Format& format, std::uint64_t index) {
+    State& state = *mState;
+    Random random(seedOfRun, format.name, index);
+    running.format = &format;
+    running.index = index;
+    running.bytes = MakeInput(format.shape, index, random);
+    complaint.clear();
+    // One in eight runs on a double-byte system: the country's kept answer is its only field.
+    const int country = random.OneIn(8) ? 0 : 1;
+    static_assert(sizeof(RbCountry) == sizeof country);
+    std::memcpy(static_cast<void*>(RbCountry::Instance()), &country, sizeof country);
+
+    const auto check = [](const std::string& wrong) {
+        if (complaint.empty())
+            complaint = wrong;
+    };
+    // What lasts is made by the first inputs: a difference counts when it comes again.
+    for (bool again = false;; again = true) {
+        const unsigned long before = state.Blocks();
+        state.RunOnce(format, index, random);
+        check(state.CheckTexts(format));
+        const unsigned long after = state.Blocks();
+        check(state.CheckFiles(format));
+        if (after == before || !complaint.empty())
+            break;
+        if (again) {
+            check("leaves " + std::to_string(static_cast<long>(after - before)) + " blocks");
+            break;
+        }
+    }
+    check(state.CheckHandles());
+    if (complaint.empty())
+        return true;
+    Tell(complaint.c_str());
+    return false;
+}
