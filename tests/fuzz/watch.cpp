@@ -204,6 +204,8 @@ std::map<std::string, Entry> Listed(const std::string& folder, bool flat) {
 
 // Beside the folder that inputs work in stand things that no input may reach.
 struct Watch::State {
+    explicit State(const std::string& scratch) : outer(scratch) {}
+
     ScratchFolder outer;
     std::string inner = outer.Path("IN");
     std::map<std::string, Entry> outside;
@@ -222,7 +224,8 @@ struct Watch::State {
     void Stand(const Format& format);
 };
 
-Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mState(new State) {
+Watch::Watch(unsigned int seed, const std::string& scratch, std::string failures, void (*crashed)())
+    : mState(new State(scratch)) {
     seedOfRun = seed;
     failuresFolder = std::move(failures);
     crashedCallback = crashed;
