@@ -1,0 +1,2 @@
+#include "tests/fuzz/format.h"
+void AddTextFormats(std::vector<Format>&) {}
