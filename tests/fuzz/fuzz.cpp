@@ -31,7 +31,6 @@ struct Arguments {
     std::uint64_t seconds = 0;
     unsigned int worker = 0;
     unsigned int workers = 1;
-    std::string scratch = "C:";
     std::string failures = ".";
     std::string state;
     std::string stop;
@@ -56,7 +55,6 @@ void Read(int argc, char** argv) {
     app.add_option("--worker", arguments.worker, "The number of this process, from 0");
     app.add_option("--workers", arguments.workers, "How many share the indexes")
         ->check(CLI::PositiveNumber);
-    app.add_option("--scratch", arguments.scratch, "The folder for the folder to work in; C:");
     app.add_option("--failures", arguments.failures, "The folder for inputs that fail");
     app.add_option("--state", arguments.state, "The file to go on from, kept up to date");
     app.add_option("--stop", arguments.stop, "Stop when there is a file of this name");
@@ -266,7 +264,7 @@ int main(int argc, char** argv) {
     std::printf("Seed %u, worker %u of %u\n", arguments.seed, arguments.worker, arguments.workers);
     std::fflush(stdout);
     {
-        Watch watch(arguments.seed, arguments.scratch, arguments.failures, Crashed);
+        Watch watch(arguments.seed, arguments.failures, Crashed);
         Run(watch).All();
     }
     WriteState();

@@ -204,8 +204,6 @@ std::map<std::string, Entry> Listed(const std::string& folder, bool flat) {
 
 // Beside the folder that inputs work in stand things that no input may reach.
 struct Watch::State {
-    explicit State(const std::string& scratch) : outer(scratch) {}
-
     ScratchFolder outer;
     std::string inner = outer.Path("IN");
     std::map<std::string, Entry> outside;
@@ -224,8 +222,7 @@ struct Watch::State {
     void Stand(const Format& format);
 };
 
-Watch::Watch(unsigned int seed, const std::string& scratch, std::string failures, void (*crashed)())
-    : mState(new State(scratch)) {
+Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mState(new State) {
     seedOfRun = seed;
     failuresFolder = std::move(failures);
     crashedCallback = crashed;

@@ -20,10 +20,9 @@ constexpr int kCrashed = 70;
 
 class Watch {
 public:
-    // Works in a folder of its own in `scratch`. Failing inputs go to files in the folder
-    // `failures`; `crashed` is called before the process ends because of an input, whose failure
-    // has then been told.
-    Watch(unsigned int seed, const std::string& scratch, std::string failures, void (*crashed)());
+    // Failing inputs go to files in the folder `failures`; `crashed` is called before the process
+    // ends because of an input, whose failure has then been told.
+    Watch(unsigned int seed, std::string failures, void (*crashed)());
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
     ~Watch();

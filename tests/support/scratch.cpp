@@ -25,12 +25,12 @@ static void RemoveTree(const std::string& folder) {
     RemoveDirectoryA(folder.c_str());
 }
 
-ScratchFolder::ScratchFolder(const std::string& parent) {
+ScratchFolder::ScratchFolder() {
     static int number = 0;
     char name[64];
-    std::snprintf(name, sizeof name, "\\T%05lX%02X", GetCurrentProcessId() & 0xFFFFF,
+    std::snprintf(name, sizeof name, "C:\\T%05lX%02X", GetCurrentProcessId() & 0xFFFFF,
                   number++ & 0xFF);
-    mPath = parent + name;
+    mPath = name;
     RemoveTree(mPath);
     if (!CreateDirectoryA(mPath.c_str(), nullptr))
         throw std::runtime_error("no scratch folder " + mPath);

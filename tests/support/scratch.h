@@ -2,11 +2,11 @@
 
 #include <string>
 
-// A folder of its own for one test, on drive C or in `parent`, the current folder while it lives
-// and removed with what is in it afterwards.
+// A folder of its own on drive C for one test, the current folder while it lives and removed
+// with what is in it afterwards.
 class ScratchFolder {
 public:
-    explicit ScratchFolder(const std::string& parent = "C:");
+    ScratchFolder();
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
     ~ScratchFolder();
