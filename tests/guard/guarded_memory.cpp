@@ -469,6 +469,8 @@ unsigned long UnguardedBlocks() { return unguardedBlocks; }
 void FillNewMemory(int byte) { fill = byte; }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE own, DWORD reason, void*) {
+    if (reason == DLL_PROCESS_DETACH && unguardedBlocks)
+        Tell("Guarded memory: there was not room to guard every block\n");
     if (reason != DLL_PROCESS_ATTACH)
         return TRUE;
     ReadEnvironment();
