@@ -42,8 +42,6 @@ struct Format {
     std::vector<std::string> mayAppear = {};
     std::vector<std::string> mayGo = {};
     std::vector<AllowedText> texts = {};
-    // Uses the few files of the Windows directory that all programs of the prefix share.
-    bool windowsFiles = false;
 };
 
 void AddStoreFormats(std::vector<Format>& formats);

@@ -104,14 +104,34 @@ void ReadState() {
         std::fclose(file);
 }
 
-Tally* current;
+// The input being run, kept in a file beside the state.
+Running* MapRunning() {
+    static Running unmapped;
+    if (arguments.state.empty())
+        return &unmapped;
+    const HANDLE file =
+        CreateFileA((arguments.state + ".now").c_str(), GENERIC_READ | GENERIC_WRITE,
+                    FILE_SHARE_READ, nullptr, OPEN_ALWAYS, 0, nullptr);
+    const HANDLE mapping =
+        CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, sizeof(Running), nullptr);
+    void* const view = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, sizeof(Running));
+    return view ? static_cast<Running*>(view) : &unmapped;
+}
 
-// The input that ends the process counts, and is not run again.
-void Crashed() {
-    ++current->inputs;
-    ++current->failures;
-    current->next += arguments.workers;
-    WriteState();
+// The input that ended the last process counts as a failure, and is not run again.
+void PassOver(Running& last) {
+    for (Tally& tally : tallies)
+        if (last.state != Running::keNothing && tally.format->name == last.format) {
+            ++tally.inputs;
+            ++tally.failures;
+            tally.next = last.index + arguments.workers;
+            if (last.state == Running::keInput) {
+                Random random(arguments.seed, tally.format->name, last.index);
+                TellFailure(*tally.format, last.index,
+                            MakeInput(tally.format->shape, last.index, random), "ends the process");
+            }
+        }
+    last.state = Running::keNothing;
 }
 
 std::uint64_t Inputs() {
@@ -164,11 +184,11 @@ public:
     void All() {
         unsigned long long tabled = mStart;
         while (!Stops()) {
-            if (!Slice()) {
-                if (Finished())
-                    break;
-                Sleep(1);
-            }
+            Tally* const tally = Next();
+            if (!tally)
+                break;
+            mWatch.Enter(*tally->format);
+            RunSlice(*tally);
             const unsigned long long now = GetTickCount64();
             if (now - tabled > (arguments.state.empty() ? 30000 : 2000)) {
                 tabled = now;
@@ -180,11 +200,12 @@ public:
     }
 
 private:
-    bool Finished() const {
-        for (const Tally& tally : tallies)
-            if (!tally.Done())
-                return false;
-        return true;
+    Tally* Next() const {
+        Tally* next = nullptr;
+        for (Tally& tally : tallies)
+            if (!tally.Done() && (!next || tally.time < next->time))
+                next = &tally;
+        return next;
     }
     bool Full() const { return arguments.inputs && Inputs() >= mLimit; }
     bool Stops() const {
@@ -192,25 +213,7 @@ private:
                (arguments.seconds && GetTickCount64() - mStart >= arguments.seconds * 1000) ||
                (!arguments.stop.empty() && FileThere(arguments.stop));
     }
-    // Of the formats that can be entered. Returns false when none can.
-    bool Slice() {
-        std::vector<Tally*> order;
-        for (Tally& tally : tallies)
-            if (!tally.Done())
-                order.push_back(&tally);
-        std::sort(order.begin(), order.end(),
-                  [](const Tally* left, const Tally* right) { return left->time < right->time; });
-        for (Tally* tally : order) {
-            if (!mWatch.Enter(*tally->format))
-                continue;
-            RunSlice(*tally);
-            mWatch.Leave();
-            return true;
-        }
-        return false;
-    }
     void RunSlice(Tally& tally) {
-        current = &tally;
         const unsigned long long start = GetTickCount64();
         unsigned long long now = start;
         while (now - start < kSlice && !tally.Done() && !Full() && !stopped) {
@@ -264,7 +267,9 @@ int main(int argc, char** argv) {
     std::printf("Seed %u, worker %u of %u\n", arguments.seed, arguments.worker, arguments.workers);
     std::fflush(stdout);
     {
-        Watch watch(arguments.seed, arguments.failures, Crashed);
+        Running& running = *MapRunning();
+        Watch watch(arguments.seed, arguments.failures, running, WriteState);
+        PassOver(running);
         Run(watch).All();
     }
     WriteState();

@@ -330,8 +330,6 @@ Format DFile(const char* name, TypeDirFile type) {
         {"Error BaseDirFile: CreateDFile()", "a message file without a whole record"},
         {"CreateDFile(), writing record", "the same"},
     };
-    // Free slots are dropped through a temporary file.
-    format.windowsFiles = type == keDirMessages;
     return format;
 }
 

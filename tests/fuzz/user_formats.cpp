@@ -330,7 +330,6 @@ Format Streamed(const char* name, unsigned int shortRun, std::function<void(Inpu
 void AddUserFormats(std::vector<Format>& formats) {
     Format userFile = UserData("jxuser.dat");
     userFile.run = DriveUserFile;
-    userFile.windowsFiles = true;
     formats.push_back(userFile);
     Format background = UserData("background-data");
     background.run = DriveBackgndData;
@@ -349,7 +348,6 @@ void AddUserFormats(std::vector<Format>& formats) {
                       .PutStreamed("")
                       .PutRecords(UserRecord("Anna", "", 5), 114, kUserFields)},
                  0);
-    logged.windowsFiles = true;
     formats.push_back(logged);
 
     const std::string users = UserRecord("Smith|Anna", "anna@post", 2) +

@@ -16,12 +16,18 @@
 
 static constexpr unsigned long long kLongest = 20000; // milliseconds
 static constexpr unsigned int kHandlesEvery = 300;
+// Of formats that have no file of their own, the files are looked at now and then.
+static constexpr unsigned int kOthersEvery = 50;
 // Handles that the run-time and Windows keep for good, beside those of the run.
 static constexpr unsigned int kSomeHandles = 40;
 
-static Running running;
+static Running* running;
+static const Format* runningFormat;
+static std::string runningBytes;
+static volatile unsigned long long runningSince; // 0 between inputs
 static unsigned int seedOfRun;
 static std::string failuresFolder;
+static bool guarded;
 static void (*crashedCallback)();
 static std::vector<std::unique_ptr<KeptFile>> kept; // of the Windows directory
 static std::string complaint;                       // of the current input
@@ -37,32 +43,39 @@ void ReadText(const char* text) {
         sum = sum + static_cast<unsigned char>(*text++);
 }
 
-// Tells of a failure and keeps its input; takes no memory of the heap, which may be damaged.
-static void Tell(const char* what) {
+// Takes no memory of the heap, which may be damaged.
+void TellFailure(const Format& format, std::uint64_t index, const std::string& bytes,
+                 const char* what) {
     char line[1024];
-    std::snprintf(line, sizeof line, "%s\\failed-%s-%u-%llu.bin", failuresFolder.c_str(),
-                  running.format->name.c_str(), seedOfRun, running.index);
+    const char* const name = format.name.c_str();
+    std::snprintf(line, sizeof line, "%s\\failed-%s-%u-%llu.bin", failuresFolder.c_str(), name,
+                  seedOfRun, index);
     const HANDLE file =
         CreateFileA(line, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
     DWORD written;
     if (file != INVALID_HANDLE_VALUE) {
-        WriteFile(file, running.bytes.data(), running.bytes.size(), &written, nullptr);
+        WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
         CloseHandle(file);
     }
-    std::snprintf(line, sizeof line,
-                  "FAILED %s %llu: %.600s\n"
-                  "    fuzz --format %s --seed %u --first %llu --inputs 1\n",
-                  running.format->name.c_str(), running.index, what, running.format->name.c_str(),
-                  seedOfRun, running.index);
+    std::snprintf(
+        line, sizeof line,
+        "FAILED %s %llu: %.600s\n    ./fuzz --format %s --seed %u --first %llu --inputs 1\n", name,
+        index, what, name, seedOfRun, index);
     WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), line, std::strlen(line), &written, nullptr);
+}
+
+static void TellCrash(const char* what) {
+    if (!runningSince || running->state != Running::keInput)
+        return;
+    running->state = Running::keTold;
+    TellFailure(*runningFormat, running->index, runningBytes, what);
+    crashedCallback();
 }
 
 [[noreturn]] static void Crash(const char* what) {
     static bool crashing = false;
-    if (!crashing && running.since) {
-        crashing = true;
-        Tell(what);
-        crashedCallback();
+    if (!std::exchange(crashing, true)) {
+        TellCrash(what);
         kept.clear();
     }
     TerminateProcess(GetCurrentProcess(), kCrashed);
@@ -96,15 +109,22 @@ static LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
                   record.NumberParameters > 1
                       ? static_cast<unsigned long>(record.ExceptionInformation[1])
                       : 0ul);
+    // Guarded memory knows more about it, and ends the process.
+    if (guarded && record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
+        TellCrash(text);
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
     Crash(text);
 }
+
+static LONG WINAPI OnUnhandled(EXCEPTION_POINTERS*) { Crash("unhandled exception"); }
 
 static void OnAbort(int) { Crash("abort"); }
 
 static DWORD WINAPI WatchTime(void*) {
     for (;;) {
         Sleep(500);
-        const unsigned long long since = running.since;
+        const unsigned long long since = runningSince;
         if (since && GetTickCount64() - since > kLongest)
             Crash("takes longer than 20 seconds");
     }
@@ -209,7 +229,6 @@ struct Watch::State {
     std::map<std::string, Entry> outside;
     DebugOutput output;
     Boxes boxes;
-    HANDLE mutex = CreateMutexA(nullptr, FALSE, "PostriderFuzzWindowsFiles");
     unsigned long(__cdecl* guardedBlocks)() = nullptr;
     unsigned int runs = 0;
     unsigned long handles = 0;
@@ -222,11 +241,15 @@ struct Watch::State {
     void Stand(const Format& format);
 };
 
-Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mState(new State) {
+Watch::Watch(unsigned int seed, const std::string& failures, Running& mapped, void (*crashed)())
+    : mState(new State) {
     seedOfRun = seed;
-    failuresFolder = std::move(failures);
+    failuresFolder = failures;
+    running = &mapped;
     crashedCallback = crashed;
     State& state = *mState;
+    for (const char* name : {"\\JXUSER.DAT", "\\JXLGDUSR.DAT", "\\WIN.INI"})
+        kept.emplace_back(new KeptFile(WindowsDirectory() + name));
     CreateDirectoryA(state.inner.c_str(), nullptr);
     WriteFileBytes(state.outer.Path("OUTSIDE.EML"), "keep");
     CreateDirectoryA(state.outer.Path("OUT").c_str(), nullptr);
@@ -240,7 +263,9 @@ Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mStat
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     RbErrorSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
+    guarded = guard;
     AddVectoredExceptionHandler(1, OnException);
+    SetUnhandledExceptionFilter(OnUnhandled);
     std::signal(SIGABRT, OnAbort);
     CloseHandle(CreateThread(nullptr, 0, WatchTime, nullptr, 0, nullptr));
     // What stands beside the inner folder, once it is all there.
@@ -248,26 +273,9 @@ Watch::Watch(unsigned int seed, std::string failures, void (*crashed)()) : mStat
         state.outside["..\\" + name] = entry;
 }
 
-Watch::~Watch() { CloseHandle(mState->mutex); }
+Watch::~Watch() { kept.clear(); }
 
-bool Watch::Enter(const Format& format) {
-    if (format.windowsFiles) {
-        const DWORD result = WaitForSingleObject(mState->mutex, 0);
-        if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
-            return false;
-        for (const char* name : {"\\JXUSER.DAT", "\\JXLGDUSR.DAT", "\\WIN.INI"})
-            kept.emplace_back(new KeptFile(WindowsDirectory() + name));
-    }
-    mState->Stand(format);
-    return true;
-}
-
-void Watch::Leave() {
-    if (kept.empty())
-        return;
-    kept.clear();
-    ReleaseMutex(mState->mutex);
-}
+void Watch::Enter(const Format& format) { mState->Stand(format); }
 
 // Makes the current folder what the format's inputs start from.
 void Watch::State::Stand(const Format& format) {
@@ -350,14 +358,12 @@ std::string Watch::State::CheckFiles(const Format& format) {
         now["..\\" + name] = entry;
     if (now != outside)
         wrong = "changes what is outside of its folder";
-    if (!kept.empty()) {
-        WIN32_FIND_DATAA found;
-        const HANDLE search = FindFirstFileA((WindowsDirectory() + "\\JPW*").c_str(), &found);
-        if (search != INVALID_HANDLE_VALUE) {
-            wrong = std::string("leaves in the Windows directory ") + found.cFileName;
-            FindClose(search);
-            DeleteFileA((WindowsDirectory() + "\\" + found.cFileName).c_str());
-        }
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA((WindowsDirectory() + "\\JPW*").c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        wrong = std::string("leaves in the Windows directory ") + found.cFileName;
+        FindClose(search);
+        DeleteFileA((WindowsDirectory() + "\\" + found.cFileName).c_str());
     }
     if (!tidy)
         Stand(format);
@@ -379,24 +385,26 @@ std::string Watch::State::CheckHandles() {
 }
 
 void Watch::State::RunOnce(const Format& format, std::uint64_t index, Random random) {
-    running.since = GetTickCount64();
+    runningSince = GetTickCount64();
     try {
-        Input input{running.bytes, random, IsCut(format.shape, index)};
+        Input input{runningBytes, random, IsCut(format.shape, index)};
         format.run(input);
     } catch (const std::exception& error) {
         complaint = std::string("throws: ") + error.what();
     } catch (...) {
         complaint = "throws";
     }
-    running.since = 0;
+    runningSince = 0;
 }
 
 bool Watch::Run(const Format& format, std::uint64_t index) {
     State& state = *mState;
     Random random(seedOfRun, format.name, index);
-    running.format = &format;
-    running.index = index;
-    running.bytes = MakeInput(format.shape, index, random);
+    runningFormat = &format;
+    runningBytes = MakeInput(format.shape, index, random);
+    lstrcpynA(running->format, format.name.c_str(), sizeof running->format);
+    running->index = index;
+    running->state = Running::keInput;
     complaint.clear();
     // One in eight runs on a double-byte system: the country's kept answer is its only field.
     const int country = random.OneIn(8) ? 0 : 1;
@@ -413,7 +421,8 @@ bool Watch::Run(const Format& format, std::uint64_t index) {
         state.RunOnce(format, index, random);
         check(state.CheckTexts(format));
         const unsigned long after = state.Blocks();
-        check(state.CheckFiles(format));
+        if (!format.own.empty() || index % kOthersEvery == 0)
+            check(state.CheckFiles(format));
         if (after == before || !complaint.empty())
             break;
         if (again) {
@@ -422,8 +431,10 @@ bool Watch::Run(const Format& format, std::uint64_t index) {
         }
     }
     check(state.CheckHandles());
-    if (complaint.empty())
-        return true;
-    Tell(complaint.c_str());
+    const bool told = running->state == Running::keTold;
+    running->state = Running::keNothing;
+    if (complaint.empty() || told)
+        return !told;
+    TellFailure(format, index, runningBytes, complaint.c_str());
     return false;
 }

@@ -7,30 +7,34 @@
 
 // Runs inputs and tells what went wrong with each.
 
-// What is being run, and where a crash is told.
+// The input that is being run. It outlives the process where it stands in a file's memory: whoever
+// starts the next one learns what ended this one.
 struct Running {
-    const Format* format = nullptr;
-    std::uint64_t index = 0;
-    std::string bytes;
-    unsigned long long since = 0; // GetTickCount64 at its start, 0 between inputs
+    enum { keNothing, keInput, keTold }; // keTold: its failure has been told
+    char format[32];
+    std::uint64_t index;
+    volatile int state;
 };
 
 // The exit code of a process that ended itself because of an input.
 constexpr int kCrashed = 70;
 
+// Prints a failure with the command that shows it again, and keeps the input in the folder of
+// failures.
+void TellFailure(const Format& format, std::uint64_t index, const std::string& bytes,
+                 const char* what);
+
 class Watch {
 public:
     // Failing inputs go to files in the folder `failures`; `crashed` is called before the process
-    // ends because of an input, whose failure has then been told.
-    Watch(unsigned int seed, std::string failures, void (*crashed)());
+    // ends because of an input.
+    Watch(unsigned int seed, const std::string& failures, Running& running, void (*crashed)());
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
     ~Watch();
 
-    // Before the first input of a format in a row: its files stand in the current folder. `Leave`
-    // puts back what it shares with other programs. Entering fails while those have it.
-    bool Enter(const Format& format);
-    void Leave();
+    // Before the first input of a format in a row: makes its files stand in the current folder.
+    void Enter(const Format& format);
 
     // Runs one input. Returns whether all was well; else has told of it.
     bool Run(const Format& format, std::uint64_t index);
