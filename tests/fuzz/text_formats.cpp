@@ -236,10 +236,14 @@ void DriveFileSpec(Input& in) {
             break;
         }
         }
-        for (const char* form :
-             {spec.FullSpec(), spec.FullFileSpec(), spec.FullFilePath(), spec.FullPath(),
-              spec.FullFileName(), spec.FileName(), spec.FileExt()})
-            ReadText(form);
+        // Each is good until the next one is asked for.
+        ReadText(spec.FullSpec());
+        ReadText(spec.FullFileSpec());
+        ReadText(spec.FullFilePath());
+        ReadText(spec.FullPath());
+        ReadText(spec.FullFileName());
+        ReadText(spec.FileName());
+        ReadText(spec.FileExt());
         if (spec.ShortFileExt())
             ReadText(spec.ShortFileExt());
         Expect(spec.Drive() < 26 || spec.Drive() == FileSpec::keNoDrive, "a drive that is none");
