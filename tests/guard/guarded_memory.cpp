@@ -128,9 +128,12 @@ unsigned short resting[kSlots];
 unsigned int firstResting, countResting;
 
 bool Start() {
+    // Accessible first: pages that once were and pages that never were do not become one mapping
+    // again, and the number of mappings is limited.
     arena = static_cast<Byte*>(
-        VirtualAlloc(nullptr, kSlots * kSlotSize, MEM_RESERVE | MEM_COMMIT, PAGE_NOACCESS));
-    return arena;
+        VirtualAlloc(nullptr, kSlots * kSlotSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    DWORD before;
+    return arena && VirtualProtect(arena, kSlots * kSlotSize, PAGE_NOACCESS, &before);
 }
 
 bool Owns(const void* address) {
