@@ -75,9 +75,9 @@ void WriteState() {
     static char text[8192];
     int length = 0;
     for (const Tally& tally : tallies)
-        length +=
-            std::snprintf(text + length, sizeof text - length, "%s %llu %llu %llu\n",
-                          tally.format->name.c_str(), tally.next, tally.inputs, tally.failures);
+        length += std::snprintf(text + length, sizeof text - length, "%s %llu %llu %llu %llu\n",
+                                tally.format->name.c_str(), tally.next, tally.inputs,
+                                tally.failures, tally.time);
     // Its readers find it whole: it is put in the place of the old one.
     const std::string fresh = arguments.state + ".new";
     const HANDLE file = CreateFileA(fresh.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
@@ -92,13 +92,14 @@ void ReadState() {
     std::FILE* const file = std::fopen(arguments.state.c_str(), "r");
     char name[64];
     Tally read;
-    while (file && std::fscanf(file, "%63s %llu %llu %llu", name, &read.next, &read.inputs,
-                               &read.failures) == 4)
+    while (file && std::fscanf(file, "%63s %llu %llu %llu %llu", name, &read.next, &read.inputs,
+                               &read.failures, &read.time) == 5)
         for (Tally& tally : tallies)
             if (tally.format->name == name) {
                 tally.next = read.next;
                 tally.inputs = read.inputs;
                 tally.failures = read.failures;
+                tally.time = read.time;
             }
     if (file)
         std::fclose(file);
@@ -176,13 +177,13 @@ BOOL WINAPI OnControl(DWORD) {
 
 class Run {
 public:
-    explicit Run(Watch& watch) : mWatch(watch) {
+    Run(Watch& watch, unsigned long long start) : mWatch(watch), mStart(start) {
         // This process's share.
         mLimit = (arguments.inputs + arguments.workers - 1 - arguments.worker) / arguments.workers;
     }
     // Formats take turns until the end: the one that has had the least time is next.
     void All() {
-        unsigned long long tabled = mStart;
+        unsigned long long tabled = GetTickCount64();
         while (!Stops()) {
             Tally* const tally = Next();
             if (!tally)
@@ -215,20 +216,19 @@ private:
     }
     void RunSlice(Tally& tally) {
         const unsigned long long start = GetTickCount64();
-        unsigned long long now = start;
-        while (now - start < kSlice && !tally.Done() && !Full() && !stopped) {
-            if (!mWatch.Run(*tally.format, tally.next))
-                ++tally.failures;
+        const unsigned long long before = tally.time;
+        while (tally.time - before < kSlice && !tally.Done() && !Full() && !stopped) {
+            const bool well = mWatch.Run(*tally.format, tally.next);
+            tally.failures += !well;
             ++tally.inputs;
             tally.next += arguments.workers;
-            now = GetTickCount64();
+            tally.time = before + GetTickCount64() - start;
         }
-        tally.time += now - start;
     }
 
     Watch& mWatch;
     std::uint64_t mLimit;
-    const unsigned long long mStart = GetTickCount64();
+    const unsigned long long mStart;
 };
 
 } // namespace
@@ -270,7 +270,9 @@ int main(int argc, char** argv) {
         Running& running = *MapRunning();
         Watch watch(arguments.seed, arguments.failures, running, WriteState);
         PassOver(running);
-        Run(watch).All();
+        if (!running.started)
+            running.started = GetTickCount64();
+        Run(watch, running.started).All();
     }
     WriteState();
     if (arguments.state.empty())

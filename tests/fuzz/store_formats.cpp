@@ -307,6 +307,11 @@ Format DFile(const char* name, TypeDirFile type) {
          {header + kFirst + kFree + kSecond + kThird, header + kFirst + kSecond + kFree + kFree,
           header + kThird + kThird + kFirst + kSecond + kSecond + kFree + kFirst, header})
         format.shape.samples.push_back(SampleMaker().PutRecords(bytes, kRecord, kRecordFields));
+    // Every name of the list once.
+    std::string named = header;
+    for (const std::string& fileName : kNames)
+        named += Record("Lunch?", fileName, 0x0002);
+    format.shape.samples.push_back(SampleMaker().PutRecords(named, kRecord, kRecordFields));
     format.shape.unit = kRecord;
     format.shape.words = kNames;
     format.run = [type](Input& in) { DriveStore(in, type); };

@@ -235,6 +235,8 @@ struct Watch::State {
 
     unsigned long Blocks() const { return guardedBlocks ? guardedBlocks() : 0; }
     void RunOnce(const Format& format, std::uint64_t index, Random random);
+    void StandOutside();
+    std::map<std::string, Entry> Outside() const;
     std::string CheckTexts(const Format& format);
     std::string CheckFiles(const Format& format);
     std::string CheckHandles();
@@ -251,10 +253,6 @@ Watch::Watch(unsigned int seed, const std::string& failures, Running& mapped, vo
     for (const char* name : {"\\JXUSER.DAT", "\\JXLGDUSR.DAT", "\\WIN.INI"})
         kept.emplace_back(new KeptFile(WindowsDirectory() + name));
     CreateDirectoryA(state.inner.c_str(), nullptr);
-    WriteFileBytes(state.outer.Path("OUTSIDE.EML"), "keep");
-    CreateDirectoryA(state.outer.Path("OUT").c_str(), nullptr);
-    WriteFileBytes(state.outer.Path("OUT\\KEEP.EML"), "keep");
-    state.outside = Listed(state.outer.Path("OUT"), true);
     SetCurrentDirectoryA(state.inner.c_str());
     const HMODULE guard = GetModuleHandleA("guarded_memory.dll");
     if (guard)
@@ -268,12 +266,15 @@ Watch::Watch(unsigned int seed, const std::string& failures, Running& mapped, vo
     SetUnhandledExceptionFilter(OnUnhandled);
     std::signal(SIGABRT, OnAbort);
     CloseHandle(CreateThread(nullptr, 0, WatchTime, nullptr, 0, nullptr));
-    // What stands beside the inner folder, once it is all there.
-    for (const auto& [name, entry] : Listed(state.outer.Path(), true))
-        state.outside["..\\" + name] = entry;
+    state.StandOutside();
 }
 
-Watch::~Watch() { kept.clear(); }
+Watch::~Watch() {
+    kept.clear();
+    for (const char* name : {"C:\\OUTSIDE.EML", "C:\\OUT\\KEEP.EML"})
+        DeleteFileA(name);
+    RemoveDirectoryA("C:\\OUT");
+}
 
 void Watch::Enter(const Format& format) { mState->Stand(format); }
 
@@ -305,6 +306,25 @@ void Watch::State::Stand(const Format& format) {
         else
             WriteFileBytes(name, bytes);
     }
+}
+
+void Watch::State::StandOutside() {
+    // A specification's relative folder is one of the drive's root.
+    for (const std::string& folder : {outer.Path(), std::string("C:")}) {
+        WriteFileBytes(folder + "\\OUTSIDE.EML", "keep");
+        CreateDirectoryA((folder + "\\OUT").c_str(), nullptr);
+        WriteFileBytes(folder + "\\OUT\\KEEP.EML", "keep");
+    }
+    outside = Outside();
+}
+
+std::map<std::string, Entry> Watch::State::Outside() const {
+    std::map<std::string, Entry> entries;
+    List(outer.Path(), true, entries, "..\\");
+    List(outer.Path("OUT"), true, entries, "..\\OUT\\");
+    List("C:\\OUT", true, entries, "C:\\OUT\\");
+    List("C:", true, entries, "C:\\");
+    return entries;
 }
 
 std::string Watch::State::CheckTexts(const Format& format) {
@@ -353,11 +373,10 @@ std::string Watch::State::CheckFiles(const Format& format) {
         if (!MatchesAny(format.mayGo, name))
             wrong = "removes " + name;
     }
-    std::map<std::string, Entry> now = Listed(outer.Path("OUT"), true);
-    for (const auto& [name, entry] : Listed(outer.Path(), true))
-        now["..\\" + name] = entry;
-    if (now != outside)
+    if (Outside() != outside) {
         wrong = "changes what is outside of its folder";
+        StandOutside();
+    }
     WIN32_FIND_DATAA found;
     const HANDLE search = FindFirstFileA((WindowsDirectory() + "\\JPW*").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {

@@ -14,6 +14,7 @@ struct Running {
     char format[32];
     std::uint64_t index;
     volatile int state;
+    unsigned long long started; // when the first process was, by GetTickCount64
 };
 
 // The exit code of a process that ended itself because of an input.
