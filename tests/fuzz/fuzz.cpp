@@ -68,6 +68,11 @@ void Read(int argc, char** argv) {
     }
 }
 
+// This process's share of so many inputs.
+std::uint64_t Share(std::uint64_t inputs) {
+    return (inputs + arguments.workers - 1 - arguments.worker) / arguments.workers;
+}
+
 // The state: a line for each format. Written by a process that may be out of memory, too.
 void WriteState() {
     if (arguments.state.empty())
@@ -178,8 +183,7 @@ BOOL WINAPI OnControl(DWORD) {
 class Run {
 public:
     Run(Watch& watch, unsigned long long start) : mWatch(watch), mStart(start) {
-        // This process's share.
-        mLimit = (arguments.inputs + arguments.workers - 1 - arguments.worker) / arguments.workers;
+        mLimit = Share(arguments.inputs);
     }
     // Formats take turns until the end: the one that has had the least time is next.
     void All() {
@@ -253,7 +257,7 @@ int main(int argc, char** argv) {
                      (arguments.worker + arguments.workers - arguments.first % arguments.workers) %
                          arguments.workers;
         if (arguments.brief)
-            tally.limit = format.shortRun;
+            tally.limit = Share(format.shortRun);
         tallies.push_back(tally);
     }
     if (arguments.list)

@@ -370,7 +370,7 @@ void AddPrefFormats(std::vector<Format>& formats) {
                   "Smith|Anna=C:\\MAIL\r\nOkafor|Chidi=D:\\X=Y\r\n[x]\r\nUnKnown=1\r\n",
                   "k=0\n[MAIL]\nk=12abc\nk= -5\n=\n==\n[x\nk=\n[ x ]\n\tk\t=\t\"q\"\n"}));
     Format line = Settings("settings-line", "", DriveLine, {"  name = value  ", "k=", "=v", "\t"});
-    line.shortRun = 5000;
+    line.shortRun = 2000;
     formats.push_back(line);
     Format ini = Settings("user.ini", "USER.INI", DriveUserIni,
                           {"[Dial-Up Networking]\r\nConnection=Office\r\nDisconnect=1\r\n",
@@ -388,7 +388,7 @@ void AddPrefFormats(std::vector<Format>& formats) {
 
     Format header;
     header.name = "dat-header";
-    header.shortRun = 3000;
+    header.shortRun = 1500;
     header.shape.samples = {SampleMaker().PutRecords(PrefHeader("\x90\x01", "RB.DAT", 1), kHeader,
                                                      {{0, 8}, {8, 2}, {10, 1}, {43, 1}, {44, 2}})};
     header.run = [](Input& in) {

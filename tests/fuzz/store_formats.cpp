@@ -222,9 +222,10 @@ void Operate(Store& store, unsigned int operation) {
         file.DeleteMail(probe);
         break;
     case 19: {
-        const long used = store.Used();
+        // A header that is a used record is taken for one, and is one from then on.
+        const long count = Walk(file.FullFileSpec());
         if (file.CompressDFile())
-            Expect(store.Used() == used, "CompressDFile changes the number of records");
+            Expect(store.Used() == count, "CompressDFile changes the number of records");
         break;
     }
     case 20:
@@ -301,7 +302,7 @@ void DriveMessageFile(Input& in) {
 Format DFile(const char* name, TypeDirFile type) {
     Format format;
     format.name = name;
-    format.shortRun = 1900;
+    format.shortRun = 1650;
     const std::string header = type == keDirMessages ? "" : kHeader;
     for (const std::string& bytes :
          {header + kFirst + kFree + kSecond + kThird, header + kFirst + kSecond + kFree + kFree,

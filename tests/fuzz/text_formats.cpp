@@ -375,7 +375,7 @@ Format Text(const char* name, void (*run)(Input&), const std::vector<std::string
             const std::vector<std::string>& words = {}) {
     Format format;
     format.name = name;
-    format.shortRun = 10000;
+    format.shortRun = 2500;
     format.run = run;
     for (const std::string& sample : samples)
         format.shape.samples.push_back(SampleMaker().Put(sample));
@@ -427,6 +427,7 @@ void AddTextFormats(std::vector<Format>& formats) {
                                  .PutField("\xFF\xFF\xFF\x7F")
                                  .PutField("\xFF\xFF\xFF\xFF")};
     dayTime.shape.unit = 4;
+    dayTime.shortRun = 300;
     formats.push_back(dayTime);
     Format region =
         Text("win.ini", DriveRegion,

@@ -333,7 +333,7 @@ void AddUserFormats(std::vector<Format>& formats) {
     formats.push_back(userFile);
     Format background = UserData("background-data");
     background.run = DriveBackgndData;
-    background.shortRun = 5000;
+    background.shortRun = 2000;
     formats.push_back(background);
 
     const std::string system = SystemRecord("Smith|Anna", "anna@post");
@@ -353,7 +353,7 @@ void AddUserFormats(std::vector<Format>& formats) {
     const std::string users = UserRecord("Smith|Anna", "anna@post", 2) +
                               UserRecord("Okafor|Chidi", kLongAddress, 5) +
                               UserRecord("Choir list", "", 1);
-    formats.push_back(Streamed("user-record", 5000, DriveUser,
+    formats.push_back(Streamed("user-record", 2000, DriveUser,
                                {SampleMaker().PutRecords(users, 114, kUserFields),
                                 SampleMaker().PutRecords(UserRecord("A", kLongAddress, 4), 114,
                                                          {{0, 2}, {2, 1}, {46, 1}})},
@@ -361,19 +361,19 @@ void AddUserFormats(std::vector<Format>& formats) {
     const std::string continuation =
         With(With(std::string(82, '\0'), 0, "\x01\x2B"), 2, Pascal("post.example.org"));
     formats.push_back(
-        Streamed("system-user", 3000, DriveSystemUser,
+        Streamed("system-user", 1500, DriveSystemUser,
                  {SampleMaker().PutRecords(SystemRecord("Smith|Anna", std::string(31, 'a')) +
                                                continuation + system,
                                            82, {{0, 1}, {1, 1}, {2, 1}, {46, 1}})},
                  82));
     formats.push_back(
-        Streamed("logged-user", 3000, DriveLoggedUser,
+        Streamed("logged-user", 1500, DriveLoggedUser,
                  {SampleMaker()
                       .PutRecords(system, 82, {{0, 1}, {46, 1}})
                       .PutStreamed("C:\\MAIL\\")
                       .PutRecords(system + continuation, 82, {{0, 1}, {2, 1}, {46, 1}})},
                  0));
-    formats.push_back(Streamed("download-item", 3000, DriveRecord<JxDownloadItem>,
+    formats.push_back(Streamed("download-item", 1500, DriveRecord<JxDownloadItem>,
                                {SampleMaker()
                                     .PutField("\x01\x02")
                                     .PutStreamed("id-1")
