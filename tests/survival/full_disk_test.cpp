@@ -13,6 +13,8 @@ using testing::ElementsAre;
 
 // Operations on a disk with room for all, part or nothing of what they write.
 
+static const char kNotRenamed[] = "0|DiskDriver::Rename() failed.|JXRESIDT\\DISKDRVR.CPP|";
+
 // A mail folder on a disk that fills up.
 class FullDisk : public MailFolder {
 protected:
@@ -23,6 +25,12 @@ protected:
             GTEST_SKIP() << "no small disk: ./test mounts one where it is allowed to";
     }
     static unsigned int Pages(const std::string& bytes) { return SmallDisk::Pages(bytes.size()); }
+    // Records behind `start` so that the file's last page has exactly `slack` bytes left.
+    static std::string RecordsLeaving(unsigned int slack, std::string start = kHeader) {
+        while ((kPage - start.size() % kPage) % kPage != slack)
+            start += Message("T" + std::to_string(start.size()));
+        return start;
+    }
     static std::string Records(unsigned int count, Text record) {
         std::string records;
         while (count--)
@@ -68,6 +76,25 @@ TEST_F(FullDisk, RewrittenDFileIsWholeBeforeItTakesTheOldOnesPlace) {
         }
 }
 
+TEST_F(FullDisk, AppendedRecordIsThereWholeOrNotAtAll) {
+    const std::string added = Message("new", "M.EML");
+    WriteFileBytes("M.EML", added + "text");
+    RbFile message("M.EML");
+    for (unsigned int slack : {0u, 4u, 156u, 312u, 316u, 320u}) {
+        SCOPED_TRACE(slack);
+        const bool room = slack >= 316;
+        const std::string before = RecordsLeaving(slack);
+        Write(before);
+        mDisk.Leave(0);
+        EXPECT_EQ(mInbox.AddMessage(&message), room);
+        EXPECT_TRUE(Read() == before + (room ? added : ""));
+        mDisk.Leave(1);
+        EXPECT_EQ(mInbox.AddMessage(&message), 1);
+        EXPECT_TRUE(Read() == before + (room ? added : "") + added);
+        mDisk.Release();
+    }
+}
+
 TEST_F(FullDisk, ChangesInPlaceNeedNoRoom) {
     const std::string a = Message("A"), b = Attributes(Message("B"), 0x0400), free = Free(a);
     const std::string padding = Records(30, Attributes(Message("P"), 0x0400));
@@ -90,6 +117,79 @@ TEST_F(FullDisk, ChangesInPlaceNeedNoRoom) {
     mDisk.Leave(0);
     mList.UpdateDFile();
     EXPECT_TRUE(Read() == padding + a);
+}
+
+TEST_F(FullDisk, NewDFileHasWholeRecordsOnly) {
+    // A header that cannot be written is not told: there is no record whose result it would be.
+    mDisk.Leave(0);
+    EXPECT_EQ(mInbox.CreateDFile(), 1);
+    EXPECT_EQ(Names(), "");
+    mDisk.Leave(1);
+    EXPECT_EQ(Left(mInbox.CreateDFile()), "1" + kHeader);
+    DeleteFileA("INBOX.DAT");
+    mDisk.Release();
+    constexpr unsigned int kMessages = 30;
+    std::set<std::string> all;
+    for (unsigned int i = 0; i < kMessages; ++i) {
+        const std::string name = "M" + std::to_string(i) + ".EML";
+        all.insert(Message(name, name));
+        WriteFileBytes(name, Message(name, name));
+    }
+    for (unsigned int pages = 0; pages < 5; ++pages) {
+        SCOPED_TRACE(pages);
+        mDisk.Leave(pages);
+        const unsigned int room = std::min(pages * kPage / 316, kMessages);
+        EXPECT_EQ(mList.CreateDFile(), room == kMessages);
+        std::string reports;
+        for (unsigned int i = room; i < kMessages; ++i)
+            reports += Base("0|Error BaseDirFile: CreateDFile(), writing record");
+        EXPECT_EQ(Reports(),
+                  reports + (room < kMessages ? Base("0|Error BaseDirFile: CreateDFile()") : ""));
+        const std::string made = Read();
+        EXPECT_EQ(made.size(), room * 316);
+        std::set<std::string> records;
+        for (unsigned int i = 0; i < made.size() / 316; ++i)
+            records.insert(made.substr(i * 316, 316));
+        EXPECT_EQ(records.size(), room);
+        EXPECT_TRUE(std::includes(all.begin(), all.end(), records.begin(), records.end()));
+        DeleteFileA("INBOX.DAT");
+    }
+}
+
+class FullDiskMoving : public FullDisk {
+protected:
+    FullDiskMoving() { CreateDirectoryA("OLD", nullptr); }
+    // Moves the one message of `inbox` and returns the files of the other folder.
+    std::string Move(DirectoryFile& inbox) {
+        inbox.DeleteOldMail(0, 0, &mOld);
+        std::string left;
+        for (const auto& entry : std::filesystem::directory_iterator("OLD"))
+            if (entry.path().filename() != "OLD.DAT")
+                left += ReadFileBytes(entry.path().string());
+        return left;
+    }
+    DFile mOld{keDirFolder, "OLD\\OLD.DAT"};
+    const std::string mMessage = Date(Message("A", "A.EML"), 3029529600u);
+    const std::string mFailed = Inbox("0|Error DirectoryFile: DeleteOldMail()");
+};
+
+// On one disk moving takes no room; listing does.
+TEST_F(FullDiskMoving, MessageThatCannotBeListedIsMovedAndItsOldRecordStays) {
+    for (unsigned int slack : {0u, 156u, 312u}) {
+        SCOPED_TRACE(slack);
+        const std::string old = RecordsLeaving(slack);
+        WriteFileBytes("A.EML", mMessage + "text");
+        WriteFileBytes("OLD\\OLD.DAT", old);
+        Write(kHeader + mMessage);
+        mDisk.Leave(0);
+        EXPECT_EQ(Move(mInbox), mMessage + "text");
+        EXPECT_EQ(Reports(), mFailed);
+        EXPECT_TRUE(Read() == kHeader + mMessage && ReadFileBytes("OLD\\OLD.DAT") == old);
+        EXPECT_EQ(Names(), "INBOX.DAT OLD ");
+        mDisk.Release();
+        std::filesystem::remove_all("OLD");
+        CreateDirectoryA("OLD", nullptr);
+    }
 }
 
 TEST_F(FullDisk, CopiesTellThatTheyAreNotWhole) {
