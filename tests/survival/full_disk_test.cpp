@@ -192,6 +192,28 @@ TEST_F(FullDiskMoving, MessageThatCannotBeListedIsMovedAndItsOldRecordStays) {
     }
 }
 
+TEST_F(FullDiskMoving, MessageOfAnotherDiskIsMovedWholeOrNotAtAll) {
+    DFile inbox(keDirFolder, mFolder.Path("INBOX.DAT"));
+    const std::string content = mMessage + std::string(3 * kPage - 316, 't');
+    for (unsigned int pages = 0; pages < 5; ++pages) {
+        SCOPED_TRACE(pages);
+        const bool room = pages >= 3;
+        WriteFileBytes(mFolder.Path("A.EML"), content);
+        WriteFileBytes(mFolder.Path("INBOX.DAT"), kHeader + mMessage);
+        WriteFileBytes("OLD\\OLD.DAT", kHeader);
+        mDisk.Leave(pages);
+        EXPECT_TRUE(Move(inbox) == (room ? content : ""));
+        EXPECT_EQ(Reports(), room ? "" : kNotRenamed + mFailed);
+        EXPECT_EQ(FileThere(mFolder.Path("A.EML")), !room);
+        EXPECT_TRUE(ReadFileBytes(mFolder.Path("INBOX.DAT")) ==
+                    kHeader + (room ? Free(mMessage) : mMessage));
+        EXPECT_EQ(ReadFileBytes("OLD\\OLD.DAT").size(), room ? 632u : 316u);
+        mDisk.Release();
+        std::filesystem::remove_all("OLD");
+        CreateDirectoryA("OLD", nullptr);
+    }
+}
+
 TEST_F(FullDisk, CopiesTellThatTheyAreNotWhole) {
     const std::string content = kHeader + Records(30, Message("A"));
     Write(content);
