@@ -328,3 +328,35 @@ TEST_F(FullDiskPrefs, NewFileThatIsNotWholeIsTold) {
         DeleteFileA(mPath.c_str());
     }
 }
+
+// A stream keeps what is written to it: it must be on the disk before the result tells so.
+TEST_F(FullDisk, UsersThatWereWrittenAreInTheFile) {
+    MailUser user("Smith|Anna", "anna@host", keFormat1, keEncode1);
+    user.SetPlatform(kePlatform6);
+    const std::string line = "Smith\tAnna\tanna@host\t" + ResourceText(726) + "\t" +
+                             ResourceText(713) + "\t" + ResourceText(718) + "\r\n";
+    for (unsigned int pages = 0; pages < 3; ++pages) {
+        SCOPED_TRACE(pages);
+        mDisk.Leave(pages);
+        RbFile list("USERS.TXT");
+        ASSERT_TRUE(list.Open(keOpenRewrite));
+        unsigned int written = 0;
+        while (written < 1000 && user.Export(list) == keUserListDone)
+            ++written;
+        list.close();
+        EXPECT_EQ(written, pages * kPage / line.size());
+        EXPECT_EQ(ReadFileBytes("USERS.TXT").substr(0, written * line.size()),
+                  Records(written, line));
+        DeleteFileA("USERS.TXT");
+    }
+
+    JxLoggedMailUser logged(user);
+    for (bool room : {false, true}) {
+        mDisk.Leave(room);
+        RbFile file("JXLGDUSR.DAT");
+        ASSERT_TRUE(file.Open(keOpenRewrite));
+        EXPECT_EQ(logged.WriteInfo(file), room);
+        file.close();
+        DeleteFileA("JXLGDUSR.DAT");
+    }
+}
