@@ -310,6 +310,24 @@ TEST_F(FullDiskPrefs, FurtherBlockIsAddedToTheRebuiltFileAlone) {
     EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre());
 }
 
+TEST_F(FullDiskPrefs, FirstBlockIsNotCountedUntilItIsWhole) {
+    const std::string large = Header(1) + mLarge.Entry(1, 58) + ScrambledBlock(mLarge.bytes);
+    for (unsigned int pages = 0; pages < 4; ++pages) {
+        SCOPED_TRACE(pages);
+        const bool room = pages >= 2;
+        WriteFileBytes(mPath, Header(0));
+        mDisk.Leave(pages);
+        EXPECT_EQ(Write(mLarge), room);
+        EXPECT_TRUE(ReadFileBytes(mPath) == (room ? large : Begun(large, pages + 1)));
+        EXPECT_EQ(mBoxes.TakeTexts(),
+                  room ? std::vector<std::string>{} : std::vector{FileMessage(606, mPath)});
+        mDisk.Release();
+        EXPECT_EQ(Write(mLarge), 1);
+        EXPECT_TRUE(ReadFileBytes(mPath) == large);
+        DeleteFileA(mPath.c_str());
+    }
+}
+
 TEST_F(FullDiskPrefs, NewFileThatIsNotWholeIsTold) {
     const std::string whole = Header(1, mPath) + mLarge.Entry(1, 58) + mLarge.bytes;
     for (unsigned int pages = 0; pages < 5; ++pages) {
