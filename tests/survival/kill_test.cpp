@@ -36,8 +36,8 @@ public:
         CloseHandle(mReady);
         CloseHandle(mGo);
     }
-    // True again when all is done.
     bool IsReady() { return WaitForSingleObject(mReady, 60000) == WAIT_OBJECT_0; }
+    // It tells that it is ready again when all is done.
     bool IsDone() { return WaitForSingleObject(mReady, 0) == WAIT_OBJECT_0; }
     void Go() { SetEvent(mGo); }
     void Kill() { mProcess.reset(); }
@@ -131,7 +131,7 @@ static bool IsStart(Text bytes, Text whole) { return whole.compare(0, bytes.size
 // D files that are rewritten one after another, by way of a copy and a backup.
 class KilledRewriting : public Killed {
 protected:
-    static constexpr unsigned int kFiles = 12, kRecords = 900;
+    static constexpr unsigned int kFiles = 6, kRecords = 900;
 
     KilledRewriting() {
         mBefore = mCompressed = mStripped = kHeader;
