@@ -194,6 +194,10 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         return UpdateHeader();
     }
 
+    // Of a first block that was broken off nothing is counted, and its record would pass for the
+    // one that is added.
+    if (Count(moHeader) == 0 && FileSize() > kHeaderSize && MoveTo(kHeaderSize))
+        UpdateFile();
     const long fileEnd = FileSize();
     if (fileEnd < 0)
         return FileError(kePrefSeekError);
