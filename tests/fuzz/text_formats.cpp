@@ -266,7 +266,12 @@ void DriveFileName(Input& in) {
     FileSpec::isValidFileNoExt(source, spec.InvalidSet());
     FileSpec::isValidPathName(source, spec.InvalidSet(), 0);
     FileSpec::CleanUp(source);
-    // A record that names it leads nowhere else.
+    std::vector<char> path(1 + random.Below(300));
+    if (JxCurrentUserDataFile::GetFileSpec(in.bytes.c_str(), path.data(), path.size()))
+        ReadText(path.data());
+    RbFile file(result);
+    MailUser user(source, file);
+    ReadText(user.Address().Text());
     DirectoryRecord record;
     std::string counted = Pascal(in.bytes.substr(0, 33));
     std::memcpy(record.Record().fileName, counted.data(), counted.size());
