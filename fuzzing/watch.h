@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "tests/fuzz/format.h"
+#include "fuzzing/format.h"
 #include "tests/support/scratch.h"
 
 // Runs inputs and tells what went wrong with each.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/fuzz/damage.h"
+#include "fuzzing/damage.h"
 
 // What is fed with damaged input: a format is one kind of bytes and everything that reads them.
 //

@@ -1,4 +1,4 @@
-#include "tests/fuzz/watch.h"
+#include "fuzzing/watch.h"
 
 #include <algorithm>
 #include <cctype>

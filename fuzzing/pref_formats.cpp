@@ -5,7 +5,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/fuzz/format.h"
+#include "fuzzing/format.h"
 #include "tests/prefs/pref_bytes.h"
 #include "tests/support/scratch.h"
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "postrider.h"
-#include "tests/fuzz/format.h"
+#include "fuzzing/format.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
 

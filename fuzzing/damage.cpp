@@ -1,4 +1,4 @@
-#include "tests/fuzz/damage.h"
+#include "fuzzing/damage.h"
 
 #include <algorithm>
 

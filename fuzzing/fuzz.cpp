@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "resident/core/windows_api.h"
-#include "tests/fuzz/watch.h"
+#include "fuzzing/watch.h"
 
 namespace {
 
