@@ -84,12 +84,13 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
     int result = keGetNone;
     CallIdle(idle);
     long position = kScanStart;
-    MoveTo(position);
     std::unique_ptr<DirectoryRecord> spare;
     // Record by record: what `idle` and other programs change behind the reader must be seen.
     for (; good(); position += keRecordSize) {
         if (!spare)
             spare.reset(new DirectoryRecord);
+        // The seek drops what was read ahead of the last record.
+        seekg(position);
         if (!(*this >> *spare).good() || !spare->isUsed())
             continue;
         CallIdle(idle);

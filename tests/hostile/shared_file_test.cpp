@@ -84,6 +84,32 @@ TEST_F(SharedFiles, CollectorsThatTakeTurnsTakeEachMessageOnce) {
     EXPECT_EQ(here, AllOnce());
 }
 
+static std::function<void()> atIdle;
+static int idleCalls;
+
+// One collector lets the other one run at each of its steps. The record that it has at hand then,
+// read and not yet marked, is the one that both take.
+TEST_F(SharedFiles, WhatIsTakenWhileACollectorIsIdleIsNotTakenAgain) {
+    const std::string done = Status(Numbered(0), 1);
+    const int atHand[] = {0, 0, 1, 1, 0, 0, 2, 2, 0, 3, 3, 0};
+    for (int step = 1; step <= 12; step++) {
+        SCOPED_TRACE(step);
+        Write(kHeader + done + Numbered(1) + done + Numbered(2) + Numbered(3));
+        std::multiset<std::string> there;
+        idleCalls = 0;
+        atIdle = [&] {
+            if (++idleCalls == step)
+                there = TakeThere();
+        };
+        mIdle = [] { atIdle(); };
+        std::multiset<std::string> here = TakeHere();
+        EXPECT_GE(idleCalls, step);
+        here.merge(there);
+        for (int number : {1, 2, 3})
+            EXPECT_EQ(here.count(Name(number)), number == atHand[step - 1] ? 2u : 1u) << number;
+    }
+}
+
 // Without turns one record may be taken by both; none is lost, and none is damaged.
 TEST_F(SharedFiles, CollectorsThatRaceMissNothing) {
     Write(kHeader);
