@@ -131,6 +131,22 @@ TEST_F(SharedFiles, CollectorsThatRaceMissNothing) {
               [all = AllOnce()] { return std::set<std::string>(all.begin(), all.end()); }());
 }
 
+TEST_F(SharedFiles, AMessageSemaphoreIsSeizedByOneOfThoseThatRaceForIt) {
+    constexpr int kRaces = 400;
+    const auto command = [&](Text list) {
+        return "seize " + Quoted(mFolder.Path("LOCK")) + std::to_string(kRaces) + " " +
+               Quoted(mFolder.Path(list));
+    };
+    HelperProcess first("mail_process.exe", command("FIRST"));
+    HelperProcess second("mail_process.exe", command("SECOND"));
+    EXPECT_EQ(first.ExitCode() + second.ExitCode(), 0u);
+    std::multiset<std::string> seized = Lines("FIRST"), all;
+    seized.merge(Lines("SECOND"));
+    for (int number = 0; number < kRaces; number++)
+        all.insert(std::to_string(number));
+    EXPECT_EQ(seized, all);
+}
+
 TEST_F(SharedFiles, ANotifierListsWhatIsThereWhileOthersChangeIt) {
     constexpr int kMessages = 500;
     Write(kHeader);
