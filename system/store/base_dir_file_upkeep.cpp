@@ -185,7 +185,8 @@ int BaseDirFile::CompressDFile() {
         DiskDriver::RemoveFile(compressed);
         return 0;
     }
-    DiskDriver::RemoveFile(backup);
+    // A read-only file's backup is read-only as well.
+    RbFile(backup).ImpRemove();
     return 1;
 }
 

@@ -76,6 +76,15 @@ TEST_F(ReadOnly, DFileIsReadAndNeverChangedInPlace) {
     fails(FileThere("A.EML"), "");
 }
 
+// A rewritten file is a new one: the old one's name may be changed, and its removal is the
+// rewrite's.
+TEST_F(ReadOnly, DFileIsRewrittenAsAnother) {
+    ASSERT_NO_FATAL_FAILURE(Protect("INBOX.DAT"));
+    EXPECT_EQ(mFile.CompressDFile(), 1);
+    EXPECT_EQ(Read(), kHeader + mBytes.substr(316, 316) + mBytes.substr(3 * 316, 316));
+    EXPECT_EQ(Names(), "A.EML INBOX.DAT NEW.EML OLD ");
+}
+
 TEST_F(ReadOnly, MessagesAreRemovedAndMovedAllTheSame) {
     ASSERT_NO_FATAL_FAILURE(Protect("A.EML"));
     const std::string old = Date(Message("A", "A.EML"), 3029529600u);
