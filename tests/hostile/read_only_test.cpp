@@ -128,6 +128,43 @@ TEST_F(ReadOnly, FilesInTheWayOfARewriteStay) {
     EXPECT_EQ(Names(), "A.EML INBOX.DAT INBOX.TMP NEW.EML OLD ");
 }
 
+TEST_F(ReadOnly, FolderKeepsItsFiles) {
+    const std::string record = Date(Message("A", "A.EML"), 3029529600u);
+    mProbe = Record(record);
+    Write(kHeader + record);
+    mOld.CreateDFile();
+    const std::string names = Names() + Names("OLD");
+    JxMailMessageSemaphore semaphore;
+    {
+        const ReadOnlyFolder folder(mFolder.Path());
+        if (!folder.Works())
+            GTEST_SKIP() << "permissions do not count here";
+        const auto fails = [&](bool failed, Text reports) {
+            EXPECT_TRUE(failed);
+            EXPECT_EQ(Reports(), reports);
+            EXPECT_EQ(Read(), kHeader + record);
+            EXPECT_EQ(Names() + Names("OLD"), names);
+        };
+        fails(!mFile.CompressDFile(), "");
+        fails(!mFile.RemoveAllMessageIDs(BaseDirFile::keRemoveAll), kNotStripped);
+        fails(!mFile.RenameToBak(nullptr), kNotRenamed);
+        fails(!mFile.DeleteMail(mProbe), kNotRemoved);
+        mFile.DeleteOldMail(0, 0, &mOld);
+        fails(true, kNotRenamed + kNotAged);
+        fails(mMissing.CreateDFile() == 1, "");
+        fails(mFile.GetDFile(mCopy) == 0,
+              Inbox("fGood") + Inbox("fGood|Error DirectoryFile: GetDFile()"));
+        fails(!semaphore.CreateSemaphoreA(mFolder.Path("LOCK").c_str()), "");
+        fails(!DiskDriver::MakeDir("SUB"), "");
+        fails(!DiskDriver::Rename("A.EML", "B.EML"), kNotRenamed);
+        // A file that is there may be written.
+        EXPECT_EQ(Left(mFile.AddMessage(&mMessage)),
+                  "1" + kHeader + record + With(Message("new"), 38, Pascal("NEW.EML")));
+        EXPECT_EQ(mFile.MarkRecord(mProbe, keMarkUnused), 1);
+    }
+    EXPECT_EQ(Reports(), "");
+}
+
 TEST_F(ReadOnly, SemaphoresStayWithWhoeverHasThem) {
     WriteFileBytes("LOCK.SEM", "");
     ASSERT_NO_FATAL_FAILURE(Protect("LOCK.SEM"));
