@@ -74,7 +74,7 @@ TEST_F(RecordNames, ThatLeadElsewhereReachNothing) {
         "X.EML:s", "X.EML:s:$DATA", "X.EML::$DATA", ":s", "SUB:$I30:$INDEX_ALLOCATION",
         // devices
         "NUL", "CON", "AUX.EML", "COM1.EML", "LPT1", "NUL.DAT", "nul", "NUL.", "NUL ", "PRN .TXT",
-        "Com9", "CON.EML.", "COM\xB9", "LPT\xB3.EML", "COM1:",
+        "Com9", "CON.EML.", "CONIN$", "CONOUT$", "COM\xB9", "LPT\xB3.EML", "COM1:",
         // dots, blanks and what is left of a name without them
         "", " ", ".", "..", "...", ". .", "X.EML.", "X.EML ", "X.EML. .", "SUB.",
         // no characters of a name, and too long a name
