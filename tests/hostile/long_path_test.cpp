@@ -229,3 +229,22 @@ TEST_F(LongPaths, SeizeNoOtherSemaphore) {
         EXPECT_EQ(Reports(), fits ? "" : "fReturn|JXRESIDT\\JXMSGSEM.CPP|");
     }
 }
+
+TEST_F(LongPaths, MakeNoOtherPreferenceFile) {
+    MessageBoxes boxes;
+    char block[5] = "text";
+    WriteFileBytes("RB.DAT", "decoy");
+    for (unsigned int length : Lengths()) {
+        SCOPED_TRACE(length);
+        const bool fits = length <= kLongest;
+        const std::string path = Deep(length, "RB.DAT"), before = Names();
+        UserPrefFile file(block, 1, sizeof block, 1);
+        static_cast<FileSpec&>(file).Parse(mFolder.Path("OTHER.DAT").c_str(), 1);
+        EXPECT_EQ(file.CreatePrefsFile(path.c_str()), fits);
+        EXPECT_EQ(boxes.TakeTexts().size(), fits ? 0u : 1u);
+        EXPECT_EQ(FileThere(path), fits);
+        EXPECT_EQ(Names(), before);
+        EXPECT_EQ(ReadFileBytes("RB.DAT"), "decoy");
+        file.ClosePrefFile();
+    }
+}
