@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 // Small blocks for string texts and representations, kept for the next taker instead of going back
 // to the heap: a string changes its text by taking a block of the new size and giving up the old
@@ -18,8 +19,10 @@ struct alignas(8) BlockHeader {
     unsigned int largest;
 };
 
-// Whether `block` is the one that giving it up and taking `size` bytes would bring.
+// Whether `block` is the one that giving it up and taking `size` bytes would bring. Copies the
+// header: a checking heap hands out blocks as unaligned as their size.
 inline bool IsBlockFor(const void* block, std::size_t size) {
-    const BlockHeader* const header = static_cast<const BlockHeader*>(block) - 1;
-    return size >= header->smallest && size <= header->largest;
+    BlockHeader header;
+    std::memcpy(&header, static_cast<const char*>(block) - sizeof header, sizeof header);
+    return size >= header.smallest && size <= header.largest;
 }

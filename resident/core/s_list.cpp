@@ -2,36 +2,11 @@
 
 #include <climits>
 
-#include "resident/core/windows_api.h"
-
-namespace {
-
-// Memory for a node, aligned as the system's list of free ones asks.
-struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
-    unsigned char node[sizeof(ListNode)];
-};
-
-constexpr unsigned int kChunk = 256; // slots, side by side, that are allocated at once
-
-// Slots to come, never given back to the heap. Lists on any thread share them. Zero is empty.
-SLIST_HEADER freeSlots;
-
-void Give(void* slot) { InterlockedPushEntrySList(&freeSlots, static_cast<SLIST_ENTRY*>(slot)); }
-
-void* Take() {
-    if (void* const slot = InterlockedPopEntrySList(&freeSlots))
-        return slot;
-    Slot* const chunk = new (std::nothrow) Slot[kChunk];
-    for (unsigned int i = chunk ? kChunk : 1; --i > 0;)
-        Give(&chunk[i]);
-    return chunk;
-}
-
-} // namespace
+#include "resident/core/node_slots.h"
 
 void* ListNode::operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept {
     // A derived class's nodes have another size.
-    return size == sizeof(ListNode) ? Take() : ::operator new(size, nothrow);
+    return size == sizeof(ListNode) ? TakeNodeSlot() : ::operator new(size, nothrow);
 }
 
 void* ListNode::operator new(std::size_t size) {
@@ -43,7 +18,7 @@ void* ListNode::operator new(std::size_t size) {
 
 void ListNode::operator delete(void* node, std::size_t size) {
     if (size == sizeof(ListNode))
-        Give(node);
+        GiveNodeSlot(node);
     else
         ::operator delete(node);
 }

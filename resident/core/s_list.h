@@ -10,8 +10,7 @@ struct JX_API ListNode {
     ListNode(void* item, ListNode* following);
     virtual ~ListNode();
 
-    // Nodes lie close together: every append walks over all nodes of its list, and the heap
-    // scatters them.
+    // From resident/core/node_slots.h.
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void operator delete(void* node, std::size_t size);

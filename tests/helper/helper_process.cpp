@@ -10,6 +10,8 @@
 //   report OUTPUTS BUTTON                 reports "a != 0" to OUTPUTS (-1: those it starts with)
 //                                         and answers the dialog with BUTTON; ends with the count,
 //                                         16 for each dialog and 256 for each debugger text
+//   misuse HOW SIZE                       does with a block of SIZE bytes what no program may, with
+//                                         the ticker library loaded; 0 when nothing stops it
 
 #include <cstdlib>
 #include <cstring>
@@ -96,6 +98,32 @@ static int Report(char** arguments) {
     return static_cast<int>(count() + 16 * boxes.Shown().size() + 256 * debug.Texts().size());
 }
 
+// The block's address is one that the compiler knows nothing about.
+static char* volatile misused;
+
+static int Misuse(const std::string& how, unsigned int size) {
+    if (!LoadLibraryA("JXTICDLL.DLL"))
+        return 12;
+    misused = static_cast<char*>(::operator new(size));
+    misused[0] = 1;
+    misused[size - 1] = 1;
+    char read = 0;
+    if (how == "read-behind")
+        read = misused[size];
+    if (how == "read-before")
+        read = misused[-1];
+    if (how == "write-behind")
+        misused[size] = 1;
+    if (how == "write-before")
+        misused[-1] = 1;
+    ::operator delete(misused);
+    if (how == "read-freed")
+        read = misused[size / 2];
+    if (how == "free-twice")
+        ::operator delete(misused);
+    return read ? 1 : 0;
+}
+
 int main(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
     if (command == "hold" && argc == 6)
@@ -104,6 +132,8 @@ int main(int argc, char** argv) {
         return AllocationHandler();
     if (command == "allocation-failure" && argc == 3)
         return AllocationFailure(argv[2]);
+    if (command == "misuse" && argc == 4)
+        return Misuse(argv[2], std::strtoul(argv[3], nullptr, 10));
     if (command == "report" && argc == 4)
         return Report(argv + 2);
     return 2;
