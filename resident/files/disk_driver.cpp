@@ -1,5 +1,6 @@
 #include "resident/files/disk_driver.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <direct.h>
@@ -107,6 +108,9 @@ bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
     const OemName to(pszRHSNew);
     if (from && to && std::rename(from.Text(), to.Text()) == 0)
         return true;
+    // To another disk a file is copied; what there was room for is no file.
+    if (from && to && errno == ENOSPC)
+        _unlink(to.Text());
     JX_FAIL_AT(254, "DiskDriver::Rename() failed.");
     return false;
 }

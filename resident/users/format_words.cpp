@@ -1,5 +1,6 @@
 #include "resident/users/format_words.h"
 
+#include <iterator>
 #include <map>
 
 #include "resources/jxsysres.h"
@@ -10,10 +11,10 @@ static constexpr FormatWord kEnclosureEncodes[] = {{718, 1}, {719, 2}, {725, 7}}
 static constexpr FormatWord kPlatforms[] = {{726, 6}, {720, 1}, {721, 2},
                                             {722, 3}, {723, 4}, {724, 5}};
 
-const FormatWords kMessageFormatWords = {kMessageFormats, 4};
-const FormatWords kImportFormatWords = {kImportFormats, 5};
-const FormatWords kEnclosureEncodeWords = {kEnclosureEncodes, 3};
-const FormatWords kPlatformWords = {kPlatforms, 6};
+const FormatWords kMessageFormatWords = {kMessageFormats, std::size(kMessageFormats)};
+const FormatWords kImportFormatWords = {kImportFormats, std::size(kImportFormats)};
+const FormatWords kEnclosureEncodeWords = {kEnclosureEncodes, std::size(kEnclosureEncodes)};
+const FormatWords kPlatformWords = {kPlatforms, std::size(kPlatforms)};
 
 // The resource's text, loaded once: a user list asks for each of them on every line.
 static const RBString& TextOf(const FormatWord& word) {

@@ -72,7 +72,8 @@ bool JxLoggedMailUser::WriteInfo(std::fstream& file) {
         return false;
     MailUser whole(*this);
     file << whole;
-    return file.good();
+    // What the stream keeps may not fit the disk.
+    return file.flush().good();
 }
 
 bool JxLoggedMailUser::ReadInfo(std::fstream& file) {

@@ -30,7 +30,8 @@ enumUserListResult MailUser::Export(RbFile& file) {
     if (!file.good())
         return keUserListNotWritten;
     file.write(line.Text(), static_cast<int>(line.Length()));
-    return file.fail() ? keUserListNotWritten : keUserListDone;
+    // What the stream keeps may not fit the disk.
+    return file.flush() ? keUserListDone : keUserListNotWritten;
 }
 
 static std::string_view WithoutTrailingSpaces(std::string_view text) {

@@ -195,6 +195,9 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         return UpdateHeader();
     }
 
+    // Its record would pass for the one that is added.
+    if (IsFirstBlockUncounted() && MoveTo(kHeaderSize))
+        UpdateFile();
     const long fileEnd = FileSize();
     if (fileEnd < 0)
         return FileError(kePrefSeekError);
@@ -217,6 +220,21 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         return FileError(kePrefOpenError);
     }
     return UpdateHeader();
+}
+
+// Whether the adding of the file's first block was broken off before it was counted: what stands
+// behind the header is that block or a part of it. Blocks of a damaged file are not taken for it.
+bool UserPrefFile::IsFirstBlockUncounted() {
+    const long rest = FileSize() - kHeaderSize;
+    AppRecHeader first;
+    const long recordSize = sizeof first;
+    if (Count(moHeader) != 0 || rest <= 0)
+        return false;
+    if (rest < recordSize)
+        return true;
+    return MoveTo(kHeaderSize) && *this >> first && first.ordinal == 1 &&
+           first.Offset() == static_cast<unsigned long>(kHeaderSize + recordSize) &&
+           rest <= recordSize + static_cast<unsigned short>(first.size);
 }
 
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {

@@ -95,6 +95,7 @@ protected:
     AppPrefTag moTag;
 
 private:
+    bool IsFirstBlockUncounted();
     bool CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag& tag);
     bool PutInPlace(RbFile& copy);
 };

@@ -38,9 +38,23 @@ long BaseDirFile::FileSize() {
 int BaseDirFile::AddMessage(RbFile* message) {
     if (!Open(keOpenAppend))
         return 0;
+    const long size = tellg();
     const int written = WriteRecord(message) && flush();
+    const bool torn = bad();
     close();
+    if (torn)
+        CutBack(size);
     return written;
+}
+
+// Takes back what a full disk had room for of a record: those behind it would be out of their
+// slots.
+void BaseDirFile::CutBack(long size) {
+    if (!Open(keOpenUpdate))
+        return;
+    if (FileSize() > size && MoveTo(size))
+        UpdateFile();
+    close();
 }
 
 int BaseDirFile::WriteRecord(RbFile* message) {
@@ -89,6 +103,7 @@ int BaseDirFile::CreateDFile() {
 
     int result = 1;
     bool allWritten = true;
+    long written = 0;
     if (mType == keDirMessages) {
         FileSpec pattern(FullFileSpec());
         pattern.SetSpecPart("*.EML", 0);
@@ -100,8 +115,11 @@ int BaseDirFile::CreateDFile() {
                 continue;
             RbFile message(pattern);
             driver.FoundFile(message);
-            result = WriteRecord(&message);
-            if (!result) {
+            // In the file before the result tells so.
+            result = WriteRecord(&message) && flush();
+            if (result) {
+                written += keRecordSize;
+            } else {
                 allWritten = false;
                 JX_FAIL("Error BaseDirFile: CreateDFile(), writing record");
             }
@@ -109,8 +127,15 @@ int BaseDirFile::CreateDFile() {
         driver.EndSearch();
     } else {
         WriteHeader(*this);
+        flush();
     }
+    const bool torn = bad();
     close();
+    // Without its header it would be no D file.
+    if (torn && mType != keDirMessages)
+        DiskDriver::RemoveFile(*this);
+    else if (torn)
+        CutBack(written);
     if (!allWritten)
         JX_FAIL("Error BaseDirFile: CreateDFile()");
     return result;

@@ -136,6 +136,7 @@ protected:
 
 private:
     static bool WriteHeader(std::ostream& stream);
+    void CutBack(long size);
     // Copies the used records from the start of the opened file, each after `change`, behind a new
     // header; true when all were copied and written out.
     template <class Change>

@@ -70,7 +70,7 @@ TEST_F(SystemPrefs, WalksASectionByItsKeyNames) {
     EXPECT_EQ(Walk("S", true), "b:1");
     EXPECT_STREQ(mFile.GetToken("u", "UnKnown", ""), "1"); // does not disturb the walk
     EXPECT_EQ(Walk("S", false, 3, 4), "lo:val");
-    EXPECT_EQ(Walk("S", false), "a:");
+    EXPECT_EQ(Walk("S", false, 2, 1), "a:");
     EXPECT_EQ(Walk("S", false) + Walk("S", false), "");
     EXPECT_EQ(Walk("missing", true) + Walk("u", true), "");
     int names = 0; // of 4 characters and a zero, in 1,600 bytes
@@ -110,6 +110,9 @@ TEST_F(SystemPrefs, NoRoomIsNoValue) {
     Open();
     for (int size : {0, INT_MIN})
         EXPECT_EQ(Line("s", 2000, size).substr(1), "::0");
+    char key[] = "k", value[] = "v"; // room for the zero alone
+    EXPECT_EQ(mFile.GetUnKeyedPrefLine("s", key, 1, value, 1, 1), 1);
+    EXPECT_TRUE(!*key && !*value);
 }
 
 TEST_F(SystemPrefs, TellsWhyThereIsNoLine) {

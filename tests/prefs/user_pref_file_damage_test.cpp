@@ -17,17 +17,21 @@ protected:
     static std::string Record(const std::string& offset) {
         return Bytes("\x07\x00\x90\x01\x00\x01") + offset + Bytes("\x00\x04");
     }
-    // Writes the block of `id` into a file of those bytes, which must refuse it and stay.
-    void Refuses(const std::string& name, const std::string& bytes, unsigned short id) {
+    // The result of writing a block of `id` into a file of those bytes.
+    int Write(const std::string& name, const std::string& bytes, unsigned short id) {
         WriteFileBytes(name, bytes);
         UserPrefFile file;
         file.SetSpecPart(mFolder.Path(name).c_str(), 0);
         char block[] = "data";
         AppPrefTag tag = {id, 400, 4, block};
-        ASSERT_EQ(file.OpenPrefFile(), 1);
-        EXPECT_EQ(file.WriteAppPrefs(tag), 0);
+        const int result = file.OpenPrefFile() && file.WriteAppPrefs(tag);
         file.ClosePrefFile();
         EXPECT_STREQ(block, "data");
+        return result;
+    }
+    // The file must stay as it is.
+    void Refuses(const std::string& name, const std::string& bytes, unsigned short id) {
+        EXPECT_EQ(Write(name, bytes, id), 0);
         EXPECT_TRUE(ReadFileBytes(name) == bytes) << name;
         EXPECT_THAT(mBoxes.TakeTexts(), SizeIs(1));
     }
@@ -47,6 +51,20 @@ TEST_F(UserPrefDamage, AFullCountTakesNoMoreRecords) {
     for (int i = 0; i < 0xFFFF; ++i)
         bytes += Record(Bytes("\0\x0C\0\0"));
     Refuses("RB.DAT", bytes, 8);
+}
+
+TEST_F(UserPrefDamage, BlocksThatADamagedCountLeavesOutStay) {
+    const std::string blocks =
+        Record(Bytes("\0\0\0\x46")) + Record(Bytes("\0\0\0\x4A")) + "abcdefgh";
+    EXPECT_EQ(Write("RB.DAT", Header(0) + blocks, 8), 1);
+    EXPECT_EQ(ReadFileBytes("RB.DAT").substr(0, 46 + blocks.size()), Header(1) + blocks);
+    // What is left of a first block that was broken off makes room.
+    const std::string first = Record(Bytes("\0\0\0\x3A")) + "abcd";
+    for (unsigned int size = 0; size <= first.size(); ++size) {
+        EXPECT_EQ(Write("RB.DAT", Header(0) + first.substr(0, size), 8), 1);
+        EXPECT_EQ(ReadFileBytes("RB.DAT").size(), 46 + first.size());
+    }
+    EXPECT_THAT(mBoxes.TakeTexts(), IsEmpty());
 }
 
 TEST_F(UserPrefDamage, ItsOwnCopiesAreNotRebuilt) {

@@ -103,6 +103,12 @@ TEST_F(PrefFile, DamagedFileIsReportedAndLeftAsItWas) {
         EXPECT_EQ(mApp.bytes, mText);
         EXPECT_EQ(Closed(), bytes);
     }
+    // What was reported is forgotten when others have mended the file.
+    Open(OneBlock(mText).substr(0, 57));
+    EXPECT_EQ(mFile.ReadAppPrefs(mApp.tag, 0), 0);
+    WriteFileBytes(mPath, OneBlock(mText));
+    EXPECT_EQ(mFile.ReadAppPrefs(mApp.tag, 0), 1);
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(605)));
     // A block that is cut, or not there.
     for (const std::string& bytes :
          {OneBlock(mText).substr(0, 58), OneBlock(mText).substr(0, 57 + kSize),

@@ -120,6 +120,13 @@ TEST(MailUser, CopiesBitFourOfTheFlagsAndAssignsNone) {
     EXPECT_FALSE(user.IsEqual(copy));
 }
 
+TEST(MailUserRecord, HasNoFlags) {
+    std::string record = Record("box7");
+    const auto user =
+        std::make_unique<MailUser>(reinterpret_cast<UserLRec*>(record.data()), nullptr);
+    EXPECT_EQ(user->Flags(), 0u);
+}
+
 TEST(MailUserRecord, SettingsFollowThePlatformByte) {
     const struct {
         const char* bytes; // mark, message format, enclosure encoding, platform

@@ -173,6 +173,8 @@ TEST_F(LoggedUser, DamagedFileFailsAndLengthsStayInTheirFields) {
     EXPECT_THAT(Read(With(LoggedFile("Anna", kAddress), 209, "\xFF")),
                 StartsWith("Anna/" + kAddress));
     EXPECT_FALSE(Write(std::string(255, 'n'), std::string(200, 'a')));
+    std::fstream closed;
+    EXPECT_FALSE(JxLoggedMailUser().WriteInfo(closed));
     EXPECT_TRUE(Write("Anna", std::string(142, 'a')));
     EXPECT_EQ(Read(ReadFileBytes(mPath)), "Anna/" + std::string(142, 'a') + "/C:\\MAIL");
 }
