@@ -28,21 +28,34 @@ build() {
     fi
 }
 
-# with_wine COMMAND...: runs it with a display, a prefix of the project's own, and a Wine server
-# that lives as long as the command.
+# limited COMMAND...: runs it so that file permissions count for the superuser too, as they do for
+# everybody else: read-only files are then read-only. Not where build/ is somebody else's, or with
+# all_rights set.
+limited() {
+    local rights=-dac_override,-dac_read_search
+    local limit=(setpriv --inh-caps "$rights" --bounding-set "$rights")
+    if [ "$(id -u)" = 0 ] && [ -z "${all_rights:-}" ] && "${limit[@]}" test -w build 2>/dev/null; then
+        "${limit[@]}" "$@"
+    else
+        "$@"
+    fi
+}
+
+# with_wine COMMAND...: runs it, limited, with a display, a prefix of the project's own, and a Wine
+# server that lives as long as the command.
 with_wine() {
     if [ ! -f "$WINEPREFIX/system.reg" ]; then
         say "Making a Wine prefix in build/wine"
         mkdir -p build
         # Unmanaged windows: nobody waits two seconds for a window manager that is not there.
-        xvfb-run -a bash -c 'wineboot --init &&
+        limited xvfb-run -a bash -c 'wineboot --init &&
             wine reg add "HKCU\Software\Wine\X11 Driver" /v Managed /d N /f &&
             wineserver -w' </dev/null >build/wineboot.log 2>&1 ||
             { cat build/wineboot.log; rm -rf "$WINEPREFIX"; return 1; }
     fi
     # The first program starts Windows' services, which would keep the output of the one that did
     # open: that one is ours.
-    xvfb-run -a bash -c 'wineserver -p
+    limited xvfb-run -a bash -c 'wineserver -p
         wine cmd /c exit </dev/null >/dev/null 2>&1
         "$@"; status=$?
         wineserver -k; wineserver -w; exit $status' bash "$@"

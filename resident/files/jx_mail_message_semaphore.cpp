@@ -22,7 +22,9 @@ static bool LockFile(FileSpec& lock, const char* name) {
 int JxMailMessageSemaphore::CreateSemaphoreA(const char* name) {
     mstrName.puts(name);
     RbFile lock;
-    if (!LockFile(lock, name) || lock.Exists() || !lock.OpenSilent(keOpenIn | keOpenOut))
+    // Of two that see no file, the one that makes it has the lock.
+    if (!LockFile(lock, name) || lock.Exists() ||
+        !lock.OpenSilent(keOpenIn | keOpenOut | keOpenNoReplace))
         return 0;
     lock.close();
     mfCreated = 1;

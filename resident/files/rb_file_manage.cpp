@@ -33,8 +33,10 @@ enumDeleteResult RbFile::ImpRemove() {
         close();
     if (!name)
         return keDELETE_FAILED;
-    if (_chmod(name.Text(), _S_IREAD | _S_IWRITE) == 0 && _unlink(name.Text()) == 0)
-        return keDELETE_OK;
+    if (_chmod(name.Text(), _S_IREAD | _S_IWRITE) == 0 && _unlink(name.Text()) == 0) {
+        // Where the folder keeps its files, the removal alone does not tell.
+        return _access(name.Text(), 0) == 0 ? keDELETE_ACCESS_DENIED : keDELETE_OK;
+    }
     switch (errno) {
     case ENOENT:
         return keDELETE_NOT_FOUND;

@@ -101,8 +101,9 @@ int UserPrefFile::CreatePrefsFile(const char* name) {
     moHeader.word = moTag.version;
     moHeader.SetName(name);
     mFlags |= keSkipNextRead;
-    if (name)
-        SetSpecPart(name, 0);
+    // What is left of a name that does not fit would be another file's.
+    if (name && *name && SetSpecPart(name, 0) != keSpecOk)
+        return ShowFileMessage(keMessageCreate, name);
     if (!Reopen(kOpenReadWrite | keOpenTrunc))
         return ShowFileMessage(keMessageCreate, FullFileSpec());
     return UpdateHeader() && WritePrefBuffer(moTag);

@@ -25,8 +25,8 @@ static bool IsPlainName(const char* name) {
     const auto is = [&](const char* device, std::size_t size) {
         return length == size && _strnicmp(name, device, std::strlen(device)) == 0;
     };
-    for (const char* device : {"CON", "PRN", "AUX", "NUL"})
-        if (is(device, 3))
+    for (const char* device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"})
+        if (is(device, std::strlen(device)))
             return false;
     return !(is("COM", 4) || is("LPT", 4)) || name[3] < '1' || name[3] > '9';
 }
@@ -185,7 +185,8 @@ int BaseDirFile::CompressDFile() {
         DiskDriver::RemoveFile(compressed);
         return 0;
     }
-    DiskDriver::RemoveFile(backup);
+    // A read-only file's backup is read-only as well.
+    RbFile(backup).ImpRemove();
     return 1;
 }
 

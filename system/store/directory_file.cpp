@@ -84,12 +84,16 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
     int result = keGetNone;
     CallIdle(idle);
     long position = kScanStart;
-    MoveTo(position);
+    bool taken = false;
     std::unique_ptr<DirectoryRecord> spare;
     // Record by record: what `idle` and other programs change behind the reader must be seen.
     for (; good(); position += keRecordSize) {
         if (!spare)
             spare.reset(new DirectoryRecord);
+        // What was read ahead behind a record that stayed may be out of date by now.
+        if (!taken)
+            seekg(position);
+        taken = false;
         if (!(*this >> *spare).good() || !spare->isUsed())
             continue;
         CallIdle(idle);
@@ -98,6 +102,7 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
                                   : OkToProcess(spare.get(), option);
         if (selected && TakeRecord(*spare, option, position, idle)) {
             list->AddObject(*spare.release());
+            taken = true;
             result = keGetSome;
         }
     }

@@ -134,21 +134,3 @@ TEST_F(RetryOpen, DoesNotWaitForAMissingFileOrWithoutATimer) {
     EXPECT_LT(milliseconds, 400u);
     EXPECT_THAT(mBoxes.Texts(), ElementsAre("Assert Failed!\n0\n182\nJXRESIDT\\JXTIMER.CPP\n"));
 }
-
-TEST_F(RetryOpen, GivesUpAfterSixtyTicksAndStaysSpent) {
-    RbFileRetryOpen file("A.DAT");
-    {
-        HeldFile held(mFolder.Path("A.DAT"));
-        const auto [opened, milliseconds] = TimedOpen(file);
-        EXPECT_FALSE(opened);
-        EXPECT_NEAR(milliseconds, 30000, 1500);
-        const auto [again, briefly] = TimedOpen(file);
-        EXPECT_FALSE(again);
-        EXPECT_LT(briefly, 400u);
-    }
-    // Nobody tries any more behind the caller's back.
-    SendMessageA(static_cast<HWND>(mTimer->Window()), WM_TIMER, 100, 0);
-    EXPECT_FALSE(file.isOpen());
-    EXPECT_TRUE(TimedOpen(file).first);
-    file.close();
-}

@@ -1,6 +1,6 @@
 // What a test needs another process for.
 //
-//   hold PATH MILLISECONDS HELD RELEASE   opens PATH without sharing, sets the event HELD, and
+//   hold PATH MILLISECONDS HELD RELEASE   opens PATH without sharing, sets the signal HELD, and
 //                                         closes it after that time or when RELEASE is set
 //   allocation-handler                    0 when the ticker library installs a handler while it is
 //                                         loaded, and puts the program's own back
@@ -22,6 +22,7 @@
 #include "resident/core/windows_api.h"
 #include "resident/runtime/reporting.h"
 #include "tests/support/debug_output.h"
+#include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
 
 static int Hold(char** arguments) {
@@ -29,10 +30,8 @@ static int Hold(char** arguments) {
         CreateFileA(arguments[0], GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return 1;
-    const HANDLE held = OpenEventA(EVENT_MODIFY_STATE, FALSE, arguments[2]);
-    const HANDLE release = OpenEventA(SYNCHRONIZE, FALSE, arguments[3]);
-    SetEvent(held);
-    WaitForSingleObject(release, std::strtoul(arguments[1], nullptr, 10));
+    Signal(arguments[2]).Set();
+    Signal(arguments[3]).Wait(std::strtoul(arguments[1], nullptr, 10));
     CloseHandle(file);
     return 0;
 }

@@ -39,25 +39,32 @@ unsigned long HelperProcess::ExitCode() {
     return code;
 }
 
-static std::string EventName(const char* what) {
-    return "PostriderTest" + std::string(what) + std::to_string(GetCurrentProcessId());
+static std::string NewSignalName() {
+    static int number = 0;
+    return "PostriderTest" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(number++);
 }
 
-static HANDLE heldEvent;
+Signal::Signal() : Signal(NewSignalName()) {}
+
+Signal::Signal(const std::string& name)
+    : mName(name), mEvent(CreateEventA(nullptr, TRUE, FALSE, name.c_str())) {}
+
+Signal::~Signal() { CloseHandle(mEvent); }
+
+void Signal::Set() { SetEvent(mEvent); }
+
+bool Signal::Wait(unsigned long milliseconds) {
+    return WaitForSingleObject(mEvent, milliseconds) == WAIT_OBJECT_0;
+}
 
 HeldFile::HeldFile(const std::string& path, unsigned long milliseconds)
-    : mProcess((heldEvent = CreateEventA(nullptr, TRUE, FALSE, EventName("Held").c_str()),
-                mRelease = CreateEventA(nullptr, TRUE, FALSE, EventName("Release").c_str()),
-                "hold \"" + path + "\" " + std::to_string(milliseconds) + " " + EventName("Held") +
-                    " " + EventName("Release"))) {
-    const DWORD result = WaitForSingleObject(heldEvent, 20000);
-    CloseHandle(heldEvent);
-    if (result != WAIT_OBJECT_0)
+    : mProcess("hold \"" + path + "\" " + std::to_string(milliseconds) + " " + mHeld.Name() + " " +
+               mRelease.Name()) {
+    if (!mHeld.Wait(20000))
         throw std::runtime_error("cannot hold " + path);
 }
 
 HeldFile::~HeldFile() {
-    SetEvent(mRelease);
+    mRelease.Set();
     mProcess.ExitCode();
-    CloseHandle(mRelease);
 }

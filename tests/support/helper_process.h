@@ -19,6 +19,26 @@ private:
     void* mProcess;
 };
 
+// A named event: something that one process waits for and another one says.
+class Signal {
+public:
+    Signal();
+    // One that another process made.
+    explicit Signal(const std::string& name);
+    Signal(const Signal&) = delete;
+    Signal& operator=(const Signal&) = delete;
+    ~Signal();
+
+    const std::string& Name() const { return mName; }
+    void Set();
+    // False when the time is over.
+    bool Wait(unsigned long milliseconds);
+
+private:
+    std::string mName;
+    void* mEvent;
+};
+
 // Holds `path` open without sharing, in another process, until destroyed or for `milliseconds`.
 // Returns when the file is held.
 class HeldFile {
@@ -27,6 +47,6 @@ public:
     ~HeldFile();
 
 private:
+    Signal mHeld, mRelease;
     HelperProcess mProcess;
-    void* mRelease;
 };

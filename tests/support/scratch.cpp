@@ -5,24 +5,31 @@
 
 #include "resident/core/windows_api.h"
 
-static void RemoveTree(const std::string& folder) {
-    WIN32_FIND_DATAA found;
-    const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
+// A name of any length: the file system takes 259 characters of others.
+static std::wstring Wide(const std::string& path) {
+    std::wstring wide(path.size(), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, path.data(), path.size(), wide.data(), wide.size());
+    return path.compare(1, 2, ":\\") == 0 ? L"\\\\?\\" + wide : wide;
+}
+
+static void RemoveTree(const std::wstring& folder) {
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
-            const std::string name = found.cFileName;
-            if (name == "." || name == "..")
+            const std::wstring name = found.cFileName;
+            if (name == L"." || name == L"..")
                 continue;
-            const std::string path = folder + "\\" + name;
-            SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+            const std::wstring path = folder + L"\\" + name;
+            SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
             if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
                 RemoveTree(path);
             else
-                DeleteFileA(path.c_str());
-        } while (FindNextFileA(search, &found));
+                DeleteFileW(path.c_str());
+        } while (FindNextFileW(search, &found));
         FindClose(search);
     }
-    RemoveDirectoryA(folder.c_str());
+    RemoveDirectoryW(folder.c_str());
 }
 
 ScratchFolder::ScratchFolder() {
@@ -31,7 +38,7 @@ ScratchFolder::ScratchFolder() {
     std::snprintf(name, sizeof name, "C:\\T%05lX%02X", GetCurrentProcessId() & 0xFFFFF,
                   number++ & 0xFF);
     mPath = name;
-    RemoveTree(mPath);
+    RemoveTree(Wide(mPath));
     if (!CreateDirectoryA(mPath.c_str(), nullptr))
         throw std::runtime_error("no scratch folder " + mPath);
     char previous[MAX_PATH];
@@ -42,7 +49,7 @@ ScratchFolder::ScratchFolder() {
 
 ScratchFolder::~ScratchFolder() {
     SetCurrentDirectoryA(mPrevious.c_str());
-    RemoveTree(mPath);
+    RemoveTree(Wide(mPath));
 }
 
 std::string ScratchFolder::Path(const std::string& name) const {
@@ -50,8 +57,9 @@ std::string ScratchFolder::Path(const std::string& name) const {
 }
 
 void WriteFileBytes(const std::string& path, const std::string& bytes) {
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, CREATE_ALWAYS, 0, nullptr);
+    const HANDLE file =
+        CreateFileW(Wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    CREATE_ALWAYS, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         throw std::runtime_error("cannot write " + path);
     DWORD written;
@@ -60,8 +68,9 @@ void WriteFileBytes(const std::string& path, const std::string& bytes) {
 }
 
 std::string ReadFileBytes(const std::string& path) {
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file =
+        CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         throw std::runtime_error("cannot read " + path);
     std::string bytes(GetFileSize(file, nullptr), '\0');
@@ -73,7 +82,7 @@ std::string ReadFileBytes(const std::string& path) {
 }
 
 bool FileThere(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 bool MakeReadOnly(const std::string& path) {
@@ -83,6 +92,39 @@ bool MakeReadOnly(const std::string& path) {
     if (file == INVALID_HANDLE_VALUE)
         return true;
     CloseHandle(file);
+    return false;
+}
+
+// Gives everybody these rights on a folder.
+static void Permit(const std::string& path, DWORD rights) {
+    char everybody[SECURITY_MAX_SID_SIZE];
+    DWORD size = sizeof everybody;
+    CreateWellKnownSid(WinWorldSid, nullptr, everybody, &size);
+    DWORD list[64];
+    ACL* const acl = reinterpret_cast<ACL*>(list);
+    InitializeAcl(acl, sizeof list, ACL_REVISION);
+    AddAccessAllowedAce(acl, ACL_REVISION, rights, everybody);
+    SECURITY_DESCRIPTOR descriptor;
+    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
+    if (!SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, &descriptor))
+        throw std::runtime_error("cannot set the rights on " + path);
+}
+
+ReadOnlyFolder::ReadOnlyFolder(std::string path) : mPath(std::move(path)) {
+    Permit(mPath, GENERIC_READ | GENERIC_EXECUTE);
+}
+
+ReadOnlyFolder::~ReadOnlyFolder() { Permit(mPath, GENERIC_ALL); }
+
+bool ReadOnlyFolder::Works() const {
+    const std::string probe = mPath + "\\PROBE";
+    const HANDLE file =
+        CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return true;
+    CloseHandle(file);
+    DeleteFileA(probe.c_str());
     return false;
 }
 

@@ -19,12 +19,27 @@ private:
     std::string mPrevious;
 };
 
-// Whole files, by plain Windows calls.
+// Whole files, by plain Windows calls; full paths of any length.
 void WriteFileBytes(const std::string& path, const std::string& bytes);
 std::string ReadFileBytes(const std::string& path);
 bool FileThere(const std::string& path);
 // Makes a file read-only. Returns whether that keeps writers out: a superuser's it does not.
 bool MakeReadOnly(const std::string& path);
+
+// Takes the right to make, rename and remove files in a folder from everybody while it lives.
+class ReadOnlyFolder {
+public:
+    explicit ReadOnlyFolder(std::string path);
+    ReadOnlyFolder(const ReadOnlyFolder&) = delete;
+    ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+    ~ReadOnlyFolder();
+
+    // Whether that keeps writers out: a superuser's it does not.
+    bool Works() const;
+
+private:
+    std::string mPath;
+};
 
 // Keeps a file's bytes and attributes, or its absence, and puts them back: for the few files that
 // all programs of the prefix share.
