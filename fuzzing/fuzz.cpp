@@ -5,12 +5,15 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "resident/core/windows_api.h"
 #include "fuzzing/watch.h"
+#include "resident/core/windows_api.h"
 
 namespace {
 
 constexpr unsigned int kSlice = 100; // milliseconds that a format runs at a time
+constexpr unsigned int kTableEvery = 30000;
+// The exit code when inputs failed and none ended the process; nothing else ends with it.
+constexpr int kFailed = 10;
 
 struct Tally {
     const Format* format = nullptr;
@@ -194,12 +197,12 @@ public:
                 break;
             mWatch.Enter(*tally->format);
             RunSlice(*tally);
+            // At each turn: what ends the process may not let it be written any more.
+            WriteState();
             const unsigned long long now = GetTickCount64();
-            if (now - tabled > (arguments.state.empty() ? 30000 : 2000)) {
+            if (arguments.state.empty() && now - tabled > kTableEvery) {
                 tabled = now;
-                if (arguments.state.empty())
-                    PrintTable();
-                WriteState();
+                PrintTable();
             }
         }
     }
@@ -274,6 +277,7 @@ int main(int argc, char** argv) {
         Running& running = *MapRunning();
         Watch watch(arguments.seed, arguments.failures, running, WriteState);
         PassOver(running);
+        WriteState();
         if (!running.started)
             running.started = GetTickCount64();
         Run(watch, running.started).All();
@@ -285,6 +289,6 @@ int main(int argc, char** argv) {
         WriteReport();
     for (const Tally& tally : tallies)
         if (tally.failures)
-            return 1;
+            return kFailed;
     return 0;
 }

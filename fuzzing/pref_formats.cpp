@@ -3,9 +3,9 @@
 #include <cstring>
 #include <sstream>
 
+#include "fuzzing/format.h"
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "fuzzing/format.h"
 #include "tests/prefs/pref_bytes.h"
 #include "tests/support/scratch.h"
 

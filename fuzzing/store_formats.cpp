@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "postrider.h"
 #include "fuzzing/format.h"
+#include "postrider.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
 

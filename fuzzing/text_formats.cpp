@@ -4,9 +4,9 @@
 #include <cstring>
 #include <sstream>
 
+#include "fuzzing/format.h"
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "fuzzing/format.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
 
