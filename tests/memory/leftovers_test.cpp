@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <map>
 
+#include "guarded/guarded_memory.h"
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/guard/guarded_memory.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"

@@ -1,4 +1,4 @@
-#include "tests/guard/guarded_memory.h"
+#include "guarded/guarded_memory.h"
 
 #include <cstdint>
 #include <cstdio>
