@@ -43,7 +43,8 @@ std::string ScrambleBlocks(std::string bytes) {
         const unsigned long offset = number(entry + 6, 4);
         const unsigned long size = number(entry + 10, 2);
         // Not over the directory, which would then say something else.
-        if (offset >= kHeader + count * kEntry && offset + size <= bytes.size())
+        if (offset >= kHeader + count * kEntry && offset <= bytes.size() &&
+            size <= bytes.size() - offset)
             bytes.replace(offset, size, ScrambledBlock(bytes.substr(offset, size)));
     }
     return bytes;

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <sstream>
 
 #include "fuzzing/format.h"
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "resources/jxsysres.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
 
@@ -330,6 +332,42 @@ void DriveTranslation(Input& in) {
     }
 }
 
+// A translation table has a byte for each value from 0x7F on.
+constexpr unsigned int kTableSize = 129;
+
+// What the table in force makes of each of them.
+std::string Translated() {
+    std::string bytes;
+    for (int byte = 0x7F; byte <= 0xFF; ++byte)
+        bytes += static_cast<char>(byte);
+    TranslateTable::GetInstance()->IncomingTranslate(bytes.data(), bytes.size());
+    return bytes;
+}
+
+// The input in the place of the resource that holds the tables, in a block of just its size.
+void DriveTranslationTable(Input& in) {
+    const auto module = static_cast<HMODULE>(GetJxSystemResHandle());
+    auto& entry = *reinterpret_cast<IMAGE_RESOURCE_DATA_ENTRY*>(
+        FindResourceA(module, "TransTable_ANSI", "TRANSTABLE"));
+    const IMAGE_RESOURCE_DATA_ENTRY kept = entry;
+    const std::string sound = Translated();
+    const std::unique_ptr<char[]> resource(new char[in.bytes.size()]);
+    in.bytes.copy(resource.get(), in.bytes.size());
+    DWORD protection;
+    VirtualProtect(&entry, sizeof entry, PAGE_READWRITE, &protection);
+    entry.OffsetToData = resource.get() - reinterpret_cast<char*>(module);
+    entry.Size = in.bytes.size();
+    TranslateTable::KillInstance();
+    const bool replaced =
+        in.bytes.size() >= 2 * kTableSize && RbCountry::Instance()->GetCountry() != 0;
+    Expect(Translated() == (replaced ? in.bytes.substr(0, kTableSize) : sound),
+           "a resource that is whole is the table, any other is none");
+    entry = kept;
+    VirtualProtect(&entry, sizeof entry, protection, &protection);
+    TranslateTable::KillInstance();
+    Expect(Translated() == sound, "the tables are not put back");
+}
+
 void ReadDayTime(DayTime& time) {
     ReadText(time.DateToWinFormat());
     ReadText(time.TimeToWinFormat());
@@ -422,6 +460,11 @@ void AddTextFormats(std::vector<Format>& formats) {
              {"<", ">", ":", "|", "n", "99999999999", "65536", ","}));
     formats.push_back(
         Text("translation", DriveTranslation, {"Gr\x9F\xA7 \x7F\xDB", "plain"}, {"\x7F"}));
+    Format table = Text("translation-table", DriveTranslationTable, {}, {});
+    table.shape.samples = {SampleMaker().PutRecords(RandomBytes(1, 258), 129, {{0, 1}}),
+                           SampleMaker().PutRecords(RandomBytes(2, 300), 100, {{0, 1}})};
+    table.shortRun = 400;
+    formats.push_back(table);
     Format dayTime = Text("day-time", DriveDayTime, {}, {});
     dayTime.shape.samples = {SampleMaker()
                                  .PutField("\x90\xA7\xCA\xB1")
