@@ -255,10 +255,7 @@ int main(int argc, char** argv) {
             continue;
         Tally tally;
         tally.format = &format;
-        // The first of this process's indexes.
-        tally.next = arguments.first +
-                     (arguments.worker + arguments.workers - arguments.first % arguments.workers) %
-                         arguments.workers;
+        tally.next = arguments.first + arguments.worker;
         if (arguments.brief)
             tally.limit = Share(format.shortRun);
         tallies.push_back(tally);

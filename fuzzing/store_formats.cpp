@@ -54,6 +54,8 @@ std::string Record(const std::string& topic, const std::string& fileName, int bi
     return With(With(bytes, 309, "\x02"), 311, "\x01");
 }
 
+// Longer than a record's field for it.
+const std::string kLongName = "M" + std::string(40, 'x') + ".EML";
 const std::string kHeader(kRecord, '\0');
 const std::string kFirst = Record("Minutes of Monday", "M1.EML", 0x2022, "id-1");
 const std::string kSecond = Record("", "M2.EML", 0x0041);
@@ -232,7 +234,8 @@ void Operate(Store& store, unsigned int operation) {
         file.RemoveAllMessageIDs(static_cast<BaseDirFile::enumRemoveOptions>(random.Below(2)));
         break;
     case 21: {
-        RbFile message(Store::Full(random.OneIn(2) ? "M1.EML" : "GONE.EML").c_str());
+        RbFile message(
+            Store::Full(random.Of<std::string>({"M1.EML", kLongName, "GONE.EML"})).c_str());
         file.AddMessage(&message);
         break;
     }
@@ -246,16 +249,25 @@ void Operate(Store& store, unsigned int operation) {
     }
     case 23:
     case 24:
-        file.GetUnprocessedDDRs(&records, Idle, static_cast<enumGetDDROptions>(random.Below(4)));
+        file.GetUnprocessedDDRs(&records, random.OneIn(2) ? Idle : nullptr,
+                                static_cast<enumGetDDROptions>(random.Below(4)));
         for (DirectoryRecord* one = records.GetFirstObject(); one; one = records.GetNextObject())
             ReadRecord(*one);
         break;
     case 25:
         file.GetInstallableDDRs(&records);
         break;
-    case 26:
-        file.DeleteOldMail(random.OneIn(2) ? 0 : random.Next(), random.Below(2), &store.target);
+    case 26: {
+        if (random.OneIn(2))
+            WriteFileBytes("TARGET\\BOX.DAT", store.in.bytes);
+        DirectoryFile same(store.type); // the very file
+        same.Parse(file.FullFileSpec(), 1);
+        file.DeleteOldMail(random.OneIn(2) ? 0 : random.Next(), random.Below(2),
+                           random.OneIn(8)   ? nullptr
+                           : random.OneIn(8) ? &same
+                                             : &store.target);
         break;
+    }
     case 27:
         file.UpdateDFile();
         break;
@@ -272,11 +284,13 @@ void DriveStore(Input& in, TypeDirFile type) {
     WriteFileBytes("INBOX.DAT", in.bytes);
     Store store(in, type);
     if (in.cut)
-        for (unsigned int operation = 0; operation < kReading; ++operation)
+        for (unsigned int operation = 0; operation < kOperations; ++operation) {
+            if (operation > kReading)
+                WriteFileBytes("INBOX.DAT", in.bytes);
             Operate(store, operation);
-    for (unsigned int times = in.cut ? 2 : 5; times--;) {
-        Operate(store, in.cut ? kReading + in.random.Below(kOperations - kReading)
-                              : in.random.Below(kOperations));
+        }
+    for (unsigned int times = in.cut ? 0 : 5; times--;) {
+        Operate(store, in.random.Below(kOperations));
         if (in.random.OneIn(2))
             store.NewProbe();
     }
@@ -319,11 +333,12 @@ Format DFile(const char* name, TypeDirFile type) {
     format.own = "INBOX.DAT";
     format.files = {{"M1.EML", kFirst + "A message.\r\n"},
                     {"M2.EML", kSecond},
+                    {kLongName, kSecond},
                     {"SUB", "folder"},
                     {"SUB\\IN.EML", kFirst},
                     {"TARGET", "folder"},
                     {"TARGET\\BOX.DAT", kHeader}};
-    format.mayAppear = {"COPY.DAT", "INBOX.BAK", "TARGET\\*.EML"};
+    format.mayAppear = {"COPY.DAT", "INBOX.BAK", "TARGET\\*.EML", "????????.EML"};
     format.mayGo = {"M1.EML", "M2.EML"};
     format.texts = {
         {"AlterDirectoryBlock(), Record not found", "a probe that is not in the file"},

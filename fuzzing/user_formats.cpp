@@ -187,6 +187,10 @@ void DriveUserFile(Input& in) {
     if (GetCurUserPath(&inbox, &userData)) {
         ReadText(inbox);
         ReadText(userData);
+        char *topic, *fileName, *sender;
+        unsigned short kind, flag;
+        if (GetFirstRecord(std::string(inbox).c_str(), &topic, &fileName, &sender, &kind, &flag))
+            ReadText(topic);
     }
     Done();
     JxBackgndData data;
@@ -199,12 +203,19 @@ void DriveUserFile(Input& in) {
         *file.GetStream() << data;
     }
     file.Close();
+}
+
+// In plain text, in place of whatever the file held.
+void DriveVerification(Input& in) {
+    PutWindowsFile("JXUSER.DAT", in.bytes);
     RBString name, password, address, dialup;
     JxPopUserVerify reader;
-    reader.ReadDataFromUserFile(name, password, address, dialup);
-    if (in.cut)
-        PutWindowsFile("JXUSER.DAT", in.bytes);
-    reader.ReadDataFromUserFile(name, password, address, dialup);
+    if (reader.ReadDataFromUserFile(name, password, address, dialup)) {
+        ReadText(name.Text());
+        ReadText(password.Text());
+        ReadText(address.Text());
+        ReadText(dialup.Text());
+    }
     const std::string texts[] = {AnyText(in.random, kWords), AnyText(in.random, kWords)};
     JxPopUserVerify writer(texts[0].c_str(), name.Text(), texts[1].c_str(), dialup.Text());
     const std::string was = name.Text();
@@ -296,14 +307,9 @@ Format UserData(const char* name) {
     Format format;
     format.name = name;
     format.shortRun = 600;
-    const Sample verification = SampleMaker()
-                                    .PutStreamed("Smith|Anna")
-                                    .PutStreamed("secret")
-                                    .PutStreamed("10.0.0.1")
-                                    .PutStreamed("Office");
-    format.shape.samples = {BackgndData({"a", "", "C:\\MAIL\\IN", "DFile"}, "mail:110"),
-                            BackgndData({"b", "c", "\\MAIL", "..\\X\\DFile.", "d"}, "box@mail:n:1"),
-                            verification};
+    format.shape.samples = {
+        BackgndData({"a", "", "C:\\MAIL\\IN", "DFile"}, "mail:110"),
+        BackgndData({"b", "c", "\\MAIL", "..\\X\\DFile.", "d"}, "box@mail:n:1")};
     format.shape.words = kWords;
     format.shape.scramble = ScrambledUserData;
     format.texts = {{"strAddress.Length () > 0", "an empty account is reported, and taken"},
@@ -331,6 +337,14 @@ void AddUserFormats(std::vector<Format>& formats) {
     Format userFile = UserData("jxuser.dat");
     userFile.run = DriveUserFile;
     formats.push_back(userFile);
+    Format verification = Streamed("verification", 600, DriveVerification,
+                                   {SampleMaker()
+                                        .PutStreamed("Smith|Anna")
+                                        .PutStreamed("secret")
+                                        .PutStreamed("10.0.0.1")
+                                        .PutStreamed("Office")},
+                                   0);
+    formats.push_back(verification);
     Format background = UserData("background-data");
     background.run = DriveBackgndData;
     background.shortRun = 2000;

@@ -57,10 +57,12 @@ void TellFailure(const Format& format, std::uint64_t index, const std::string& b
         WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
         CloseHandle(file);
     }
-    std::snprintf(
-        line, sizeof line,
-        "FAILED %s %llu: %.600s\n    ./fuzz --format %s --seed %u --first %llu --inputs 1\n", name,
-        index, what, name, seedOfRun, index);
+    char guard[16] = "behind";
+    GetEnvironmentVariableA("POSTRIDER_GUARD", guard, sizeof guard);
+    std::snprintf(line, sizeof line,
+                  "FAILED %s %llu: %.600s\n"
+                  "    POSTRIDER_GUARD=%s ./fuzz --format %s --seed %u --first %llu --inputs 1\n",
+                  name, index, what, guard, name, seedOfRun, index);
     WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), line, std::strlen(line), &written, nullptr);
 }
 
@@ -230,6 +232,7 @@ struct Watch::State {
     DebugOutput output;
     Boxes boxes;
     unsigned long(__cdecl* guardedBlocks)() = nullptr;
+    unsigned long(__cdecl* unguardedBlocks)() = nullptr;
     unsigned int runs = 0;
     unsigned long handles = 0;
 
@@ -255,9 +258,14 @@ Watch::Watch(unsigned int seed, const std::string& failures, Running& mapped, vo
     CreateDirectoryA(state.inner.c_str(), nullptr);
     SetCurrentDirectoryA(state.inner.c_str());
     const HMODULE guard = GetModuleHandleA("guarded_memory.dll");
-    if (guard)
-        state.guardedBlocks = reinterpret_cast<unsigned long(__cdecl*)()>(
-            reinterpret_cast<void*>(GetProcAddress(guard, "GuardedBlocks")));
+    const auto count = [&](const char* name) {
+        return reinterpret_cast<unsigned long(__cdecl*)()>(
+            reinterpret_cast<void*>(GetProcAddress(guard, name)));
+    };
+    if (guard) {
+        state.guardedBlocks = count("GuardedBlocks");
+        state.unguardedBlocks = count("UnguardedBlocks");
+    }
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     RbErrorSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
@@ -442,7 +450,7 @@ bool Watch::Run(const Format& format, std::uint64_t index) {
         state.RunOnce(format, index, random);
         check(state.CheckTexts(format));
         const unsigned long after = state.Blocks();
-        if (!format.own.empty() || index % kOthersEvery == 0)
+        if (!format.own.empty() || state.runs % kOthersEvery == 0)
             check(state.CheckFiles(format));
         if (after == before || !complaint.empty())
             break;
@@ -451,6 +459,8 @@ bool Watch::Run(const Format& format, std::uint64_t index) {
             break;
         }
     }
+    if (state.unguardedBlocks && state.unguardedBlocks() != 0)
+        check("takes more memory than can be guarded");
     check(state.CheckHandles());
     const bool told = running->state == Running::keTold;
     running->state = Running::keNothing;

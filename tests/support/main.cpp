@@ -1,6 +1,24 @@
 #include <gmock/gmock.h>
 
+#include <cstdio>
+
+#include "resident/core/windows_api.h"
+
+// Over guarded memory, whether every block was guarded.
+static bool AllGuarded() {
+    const HMODULE guard = GetModuleHandleA("guarded_memory.dll");
+    if (!guard)
+        return true;
+    const auto unguarded = reinterpret_cast<unsigned long (*)()>(
+        reinterpret_cast<void*>(GetProcAddress(guard, "UnguardedBlocks")));
+    const unsigned long count = unguarded();
+    if (count)
+        std::printf("%lu blocks were not guarded\n", count);
+    return count == 0;
+}
+
 int main(int argc, char** argv) {
     testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    return AllGuarded() ? result : 1;
 }
