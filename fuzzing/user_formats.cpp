@@ -50,7 +50,8 @@ void UseUser(MailUser& user, Random& random) {
     // Users of one type are greater when their names are equal, too; of two types one comes first.
     const int greater = (user > other) + (other > user);
     const bool alike = user.Type() == other.Type();
-    Expect(alike ? greater >= 1 : greater <= 1, "orders users in no way, or in both");
+    Expect(user > user && (alike ? greater >= 1 : greater <= 1),
+           "orders users in no way, or in both");
     other.OrderedUserName(first, 1);
     other.TranslateIn();
     other.TranslateOut();
