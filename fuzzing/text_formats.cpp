@@ -335,13 +335,15 @@ void DriveTranslation(Input& in) {
 // A translation table has a byte for each value from 0x7F on.
 constexpr unsigned int kTableSize = 129;
 
-// What the table in force makes of each of them.
+// What the tables in force make of each of them: on the way in, then on the way out.
 std::string Translated() {
-    std::string bytes;
+    std::string in;
     for (int byte = 0x7F; byte <= 0xFF; ++byte)
-        bytes += static_cast<char>(byte);
-    TranslateTable::GetInstance()->IncomingTranslate(bytes.data(), bytes.size());
-    return bytes;
+        in += static_cast<char>(byte);
+    std::string out = in;
+    TranslateTable::GetInstance()->IncomingTranslate(in.data(), in.size());
+    TranslateTable::GetInstance()->OutgoingTranslate(out.data(), out.size());
+    return in + out;
 }
 
 // The input in the place of the resource that holds the tables, in a block of just its size.
@@ -360,8 +362,8 @@ void DriveTranslationTable(Input& in) {
     TranslateTable::KillInstance();
     const bool replaced =
         in.bytes.size() >= 2 * kTableSize && RbCountry::Instance()->GetCountry() != 0;
-    Expect(Translated() == (replaced ? in.bytes.substr(0, kTableSize) : sound),
-           "a resource that is whole is the table, any other is none");
+    Expect(Translated() == (replaced ? in.bytes.substr(0, 2 * kTableSize) : sound),
+           "a resource that is whole is the tables, any other is none");
     entry = kept;
     VirtualProtect(&entry, sizeof entry, protection, &protection);
     TranslateTable::KillInstance();

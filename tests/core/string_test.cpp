@@ -100,6 +100,22 @@ TEST(StringStream, IsABigEndianLengthAndTheText) {
     }
 }
 
+TEST(StringStream, LongTextsKeepEveryByte) {
+    const std::pair<unsigned int, const char*> lengths[] = {
+        {0x10000, "\0\1\0\0"}, {0x10001, "\0\1\0\1"}, {0x20001, "\0\2\0\1"}, {0x50000, "\0\5\0\0"}};
+    for (const auto& [length, stored] : lengths) {
+        std::string bytes(stored, 4);
+        for (unsigned int i = 0; i < length; ++i)
+            bytes += static_cast<char>(i % 251);
+        std::istringstream in(bytes + "behind");
+        std::ostringstream out;
+        RBString text;
+        in >> text, out << text;
+        EXPECT_TRUE(out.str() == bytes) << length;
+        EXPECT_EQ(in.get(), 'b');
+    }
+}
+
 TEST(StringErrors, AreShownAndLeaveTheValue) {
     MessageBoxes boxes;
     RBString text("abc");

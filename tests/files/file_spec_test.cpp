@@ -39,6 +39,16 @@ TEST(FileSpecTest, ParsesIntoPartsAndCodes) {
     EXPECT_EQ(Parts(FileSpec("E:MAIL\\IN.BOX", 1)), "4|\\MAIL\\IN.BOX\\||");
 }
 
+TEST(FileSpecTest, DescendsOneLevelAtATimeToTheRoot) {
+    FileSpec spec("C:\\A\\BB\\CCC\\F.X"), bare("F.X");
+    for (const char* path : {"\\A\\BB\\", "\\A\\", "\\", "\\"}) {
+        spec.DecendPath();
+        EXPECT_EQ(Parts(spec), "2|" + std::string(path) + "|F|.X");
+    }
+    bare.DecendPath();
+    EXPECT_EQ(Parts(bare), "-1||F|.X");
+}
+
 TEST(FileSpecTest, LimitsEveryPartTo260Characters) {
     const auto build = [](std::string path, std::string name = "", std::string ext = "") {
         return FileSpec().Build(0, path.c_str(), name.c_str(), ext.c_str(), 1);

@@ -33,6 +33,25 @@ TEST_F(RbFileTest, RemovesReadOnlyAndOpenFilesAndNamesFailures) {
                                             "JXRESIDT\\RBFILE1.CPP\n"));
 }
 
+TEST_F(RbFileTest, RenamedToBakReplacesAnOlderBackup) {
+    WriteFileBytes("A.BAK", "older");
+    WriteFileBytes("A.DAT", "newer");
+    RbFile file(mFolder.Path("A.DAT").c_str());
+    FileSpec backup("C:\\KEPT.X");
+    EXPECT_NE(file.RenameToBak(&backup), 0);
+    EXPECT_EQ(backup.FullFileSpec(), mFolder.Path("A.BAK"));
+    EXPECT_EQ(file.FullFileSpec(), mFolder.Path("A.DAT"));
+    EXPECT_TRUE(ReadFileBytes("A.BAK") == "newer" && !FileThere("A.DAT"));
+    // Nobody needs to ask for the name.
+    WriteFileBytes("A.DAT", "newest");
+    EXPECT_NE(file.RenameToBak(nullptr), 0);
+    EXPECT_EQ(ReadFileBytes("A.BAK"), "newest");
+    EXPECT_THAT(mBoxes.Shown(), IsEmpty());
+    backup = FileSpec("C:\\KEPT.X");
+    EXPECT_EQ(file.RenameToBak(&backup), 0);
+    EXPECT_STREQ(backup.FullFileSpec(), "C:\\KEPT.X");
+}
+
 TEST_F(RbFileTest, TellsTheStampAndSize) {
     WriteFileBytes("A.DAT", "12345");
     const SYSTEMTIME when = {1998, 3, 0, 15, 14, 30, 20, 0};

@@ -82,6 +82,7 @@ TEST_F(ReadOnly, DFileIsRewrittenAsAnother) {
     ASSERT_NO_FATAL_FAILURE(Protect("INBOX.DAT"));
     EXPECT_EQ(mFile.CompressDFile(), 1);
     EXPECT_EQ(Read(), kHeader + mBytes.substr(316, 316) + mBytes.substr(3 * 316, 316));
+    EXPECT_FALSE(IsReadOnly("INBOX.DAT"));
     EXPECT_EQ(Names(), "A.EML INBOX.DAT NEW.EML OLD ");
 }
 

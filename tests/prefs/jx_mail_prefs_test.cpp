@@ -136,9 +136,56 @@ TEST_F(MailPrefs, TextsStayInTheirFields) {
     EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Report("wLevel < LP_MAX_PRIORITY_LEVELS", 349)));
     // Lengths that a file gives are not followed past a field either.
     ASSERT_EQ(Read(std::string(1500, '\xFF')), 1);
-    EXPECT_LE(mPrefs.GetReturnAddress().Length(), 133u);
+    EXPECT_EQ(mPrefs.GetReturnAddress().Length(), 132u);
     for (unsigned int seed = 1; seed <= 50; ++seed)
         EXPECT_TRUE(Read(RandomBytes(seed, 1500)) == 1 && mPrefs.WriteJXPrefs() == 1);
+}
+
+TEST_F(MailPrefs, EachTextIsReadFromItsField) {
+    std::string record = With(With(DefaultRecord(), 380, "\x03pop"), 514, "\x06return");
+    record = With(With(record, 648,
+                       "\x06"
+                       "domain"),
+                  782, "\x04smtp");
+    for (char level = 0; level < 5; ++level)
+        record = With(record, 32 + level * 16, "level " + std::string(1, '0' + level));
+    ASSERT_EQ(Read(record), 1);
+    EXPECT_STREQ(mPrefs.GetReturnAddress().Text(), "return");
+    EXPECT_STREQ(mPrefs.GetDefaultDomain().Text(), "domain");
+    for (unsigned int level = 0; level < 5; ++level)
+        EXPECT_EQ(mPrefs.GetPriority(level).Text(), "level " + std::to_string(level));
+}
+
+TEST_F(MailPrefs, CopyReadsAndWritesItsOwnRecord) {
+    const std::string pop = With(DefaultRecord(), 380, Pascal("anna@pop7:1110"));
+    const std::string record = With(With(pop, 782, Pascal("smtp7:2525")), 280, Pascal("C:\\MAIL"));
+    ASSERT_EQ(Read(record), 1);
+    JXMailPrefs copy(0);
+    copy = mPrefs;
+    EXPECT_EQ(RecordOf(copy), record);
+    EXPECT_TRUE(copy.IsValid() == 1 && copy.GetPopPort() == 1110 && copy.GetSmtpPort() == 2525);
+    EXPECT_STREQ(copy.MailDirectory().Text(), "C:\\MAIL\\");
+    mPrefs.SetReturnAddress("mine");
+    copy.SetReturnAddress("copy");
+    EXPECT_EQ(copy.WriteJXPrefs(), 1);
+    EXPECT_EQ(ReadFileBytes(mPath), File(With(record, 514, Pascal("copy"))));
+    copy.SetReturnAddress("lost");
+    EXPECT_EQ(copy.ReadJXPrefs(), 1);
+    EXPECT_EQ(RecordOf(copy), With(record, 514, Pascal("copy")));
+    EXPECT_EQ(RecordOf(mPrefs), With(record, 514, Pascal("mine")));
+}
+
+TEST_F(MailPrefs, OtherApplicationsBlockIsReadIntoItsTag) {
+    WriteFileBytes(mPath, PrefHeader("\x90\x01", mPath, 2) +
+                              PrefEntry("\x51\x46", "\x90\x01", 1, 70, 1500) +
+                              PrefEntry(Bytes("\x07\0"), "\x90\x01", 2, 1570, 5) +
+                              ScrambledBlock(std::string(1500, 'm')) + ScrambledBlock("other"));
+    char block[] = "empty";
+    AppPrefTag tag = {7, 400, 5, block};
+    EXPECT_EQ(mPrefs.ReadOtherPrefs(tag), 1);
+    EXPECT_STREQ(block, "other");
+    EXPECT_EQ(RecordOf(mPrefs), DefaultRecord());
+    EXPECT_TRUE(!mPrefs.isOpen() && mBoxes.Shown().empty());
 }
 
 TEST_F(MailPrefs, DamagedOrMissingFileIsReportedAsAWhole) {

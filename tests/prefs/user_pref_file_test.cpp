@@ -20,6 +20,12 @@ protected:
         std::string bytes;
         AppPrefTag tag;
     };
+    // Shows what derived classes see.
+    struct State : UserPrefFile {
+        void operator=(const UserPrefFile& other) { UserPrefFile::operator=(other); }
+        using UserPrefFile::keRecordFound, UserPrefFile::mStatus, UserPrefFile::miOpenMode;
+        using UserPrefFile::moHeader, UserPrefFile::moRecord;
+    };
     static constexpr unsigned int kSize = 45; // the scrambling key goes round twice
 
     PrefFile() { mFile.SetSpecPart(mPath.c_str(), 0); }
@@ -53,6 +59,27 @@ TEST_F(PrefFile, NewFileHoldsTheBlockAsItStandsInMemory) {
     EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == mText);
     EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == ScrambledBlock(mText));
     EXPECT_EQ(Closed(), Header(1) + Entry(1, 1, 58) + mText);
+}
+
+TEST_F(PrefFile, CopyGoesOnWhereItsOriginalStands) {
+    ASSERT_EQ(mFile.CreatePrefsFile(mPath.c_str()), 1);
+    const std::string file = Closed();
+    State copy;
+    copy = mFile;
+    // Not even opened, it passes over the read that follows the creation.
+    EXPECT_EQ(copy.ReadAppPrefs(mApp.tag, 0), 1);
+    EXPECT_TRUE(mApp.bytes == mText && mBoxes.Shown().empty());
+    Open(Header(2) + Entry(2, 1, 70) + Entry(1, 2, 70 + kSize) + mText + mText);
+    ASSERT_EQ(mFile.ReadAppHeader(0x0701), 1);
+    mFile.ClosePrefFile();
+    copy = mFile;
+    EXPECT_TRUE(copy.mStatus & State::keRecordFound);
+    EXPECT_EQ(copy.miOpenMode, 0x81);
+    EXPECT_EQ(Written(copy.moHeader), Header(2));
+    EXPECT_EQ(Written(copy.moRecord), Entry(1, 2, 70 + kSize));
+    EXPECT_EQ(copy.CreatePrefsFile(mPath.c_str()), 1);
+    copy.ClosePrefFile();
+    EXPECT_EQ(ReadFileBytes(mPath), file); // the tag is its original's
 }
 
 TEST_F(PrefFile, BlocksAreScrambledInTheFileAlone) {

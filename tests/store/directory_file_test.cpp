@@ -14,6 +14,12 @@ protected:
         idleCalls = 0;
         return file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(options), CountIdle);
     }
+    static std::string Joined(RB_Container<DirectoryRecord>& list) {
+        std::string records;
+        for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
+            records += Written(*record);
+        return records;
+    }
     // The records taken, or the result when there are none.
     std::string Take(DirectoryFile& file, int option) {
         const std::unique_ptr<RB_Container<DirectoryRecord>> list(
@@ -21,9 +27,7 @@ protected:
         const auto options = static_cast<enumGetDDROptions>(option);
         idleCalls = 0;
         const int result = file.GetUnprocessedDDRs(list.get(), CountIdle, options);
-        std::string taken;
-        for (auto* record = list->GetFirstObject(); record; record = list->GetNextObject())
-            taken += Written(*record);
+        const std::string taken = Joined(*list);
         EXPECT_EQ(result == 2, !taken.empty());
         return taken.empty() ? std::to_string(result) : taken;
     }
@@ -85,6 +89,16 @@ TEST_F(DirectoryFileTest, TakesRecordsOnceAndMarksThemInTheFileFirst) {
     EXPECT_EQ(Reports(), Inbox("fGood"));
 }
 
+TEST_F(DirectoryFileTest, InstallableRecordsAreThoseWithTheRequestAndLoseIt) {
+    const std::string installable = Attributes(Message("A"), 0x1000);
+    const std::string b = Status(Message("B"), 0x40), done = Status(Message("C"), 0x41);
+    Write(kHeader + installable + b + done);
+    const std::unique_ptr<RB_Container<DirectoryRecord>> list(new RB_Container<DirectoryRecord>(1));
+    mFile.GetInstallableDDRs(list.get());
+    EXPECT_EQ(Joined(*list), Status(b, 0) + Status(done, 1));
+    EXPECT_EQ(Read(), kHeader + installable + Status(b, 0) + Status(done, 1));
+}
+
 class OldMail : public MailFolder {
 protected:
     OldMail() { CreateDirectoryA("OLD", nullptr) && mOld.CreateDFile(); }
@@ -138,6 +152,16 @@ TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
         Age(mFile);
         EXPECT_EQ(Read() + ReadFileBytes("OLD\\OLD.DAT"), records + kHeader) << name;
         EXPECT_EQ(Reports(), (name == "GONE.EML" ? kNotRenamed : "") + kNotAged) << name;
+    }
+    EXPECT_EQ(Names(), "A.EML INBOX.DAT OLD ");
+}
+
+TEST_F(OldMail, NothingIsOlderThanTheLongestAge) {
+    WriteFileBytes("A.EML", Message("from A"));
+    Write(kHeader + mA);
+    for (unsigned long age : {0xFFFFFFFFul, 0x80000000ul}) {
+        mFile.DeleteOldMail(age, 0, &mOld);
+        EXPECT_EQ(Read() + ReadFileBytes("OLD\\OLD.DAT"), kHeader + mA + kHeader) << age;
     }
     EXPECT_EQ(Names(), "A.EML INBOX.DAT OLD ");
 }

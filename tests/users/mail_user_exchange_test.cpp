@@ -101,6 +101,11 @@ TEST_F(UserList, LinesEndInACarriageReturn) {
     EXPECT_EQ(Next(), "0 d|e/f\n 2 7 2");
     EXPECT_EQ(Next(), "0 g|h/i 2 7 2");
     EXPECT_EQ(Next(), "0 old/old 2 7 2"); // the stream has ended
+    // One of 1024 characters is whole; what is longer goes on as the next.
+    const std::string fields = "a\tb\tc\t", x(1024 - fields.size(), 'x');
+    Read(fields + x + "\r\n" + fields + x + "d\te\tf\r\ng\th\ti");
+    for (const char* name : {"a|b/c", "a|b/c", "d|e/f", "g|h/i"})
+        EXPECT_EQ(Next(), std::string("0 ") + name + " 2 7 2");
     for (const std::string& line :
          {std::string(10000, '\t'), std::string(10240, ' '), std::string(10000, '\0'),
           RandomBytes(1, 10000), std::string(10000, 'x') + "\r\n"}) {
