@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <map>
@@ -155,8 +156,13 @@ TEST(Leftovers, DirectoryFilesFromTheirMakingToTheirUpkeep) {
             EXPECT_EQ(inbox.CompressDFile(), 1);
             RbFile copy(full("COPY.DAT").c_str());
             EXPECT_GT(inbox.GetDFile(copy), 0);
-            inbox.MarkUnUsed(probe, 1);
-            inbox.UpdateDFile();
+            for (DirectoryFile* file : {&inbox, &mail}) {
+                file->MarkUnUsed(probe, 1);
+                file->UpdateDFile();
+            }
+            EXPECT_EQ(inbox.AlterDirectoryBlock(record, 2u, 0), 632);
+            EXPECT_EQ(inbox.DeleteMail(record), 1);
+            EXPECT_FALSE(FileThere("C.EML"));
             // Moved messages are named after the time.
             std::string moved = ReadFileBytes("OLD\\OLD.DAT");
             ASSERT_EQ(moved.size(), 632u);
@@ -180,6 +186,14 @@ TEST(Leftovers, PreferenceFiles) {
         prefs.SetReturnAddress("anna@host");
         prefs.SetFullSmtpHost("smtp:25");
         prefs.SetPriority("Urgent", 1);
+        prefs.SetDefaultDsApiName(std::string(31, 'd').c_str());
+        prefs.SetDisconnectFlag(1);
+        FileSpec directory(("C:\\" + std::string(58, 'm')).c_str(), 1);
+        prefs.SetMailDirectory(directory);
+        JxLoggedMailUser user;
+        user.SetAddress((std::string(100, 'a') + ":110").c_str());
+        user.SetSecondText(std::string(253, 's').c_str());
+        prefs.SetUserData(user);
         EXPECT_EQ(prefs.WriteJXPrefs(), 1);
         char block[100] = "block";
         UserPrefFile other(block, 7, sizeof block, 1);
@@ -197,13 +211,78 @@ TEST(Leftovers, PreferenceFiles) {
 }
 
 TEST(Leftovers, SettingsFiles) {
-    ExpectSameFiles({".\\SET.INI"}, [] {
+    ExpectSameFiles({".\\SET.INI", ".\\defaults.ini"}, [] {
         SystemPrefFile file(RBString(std::filesystem::absolute("SET.INI").string().c_str()));
         EXPECT_TRUE(file.SetPrefToken("A", "text", "value"));
         EXPECT_TRUE(file.SetToken("A", "number", 7, 0));
         EXPECT_TRUE(RbIniStringEntry("B", "text", "value").StreamOut(file));
         EXPECT_TRUE(RbIniIntEntry("B", "number", -7).StreamOut(file));
+        JxMailUserRepresentation user("Smith|Anna", "C:\\ANNA");
+        EXPECT_TRUE(user.StreamOut(file));
+
+        const std::string here = std::filesystem::current_path().string();
+        std::filesystem::create_directory("FROM");
+        WriteFileBytes("FROM\\defaults.ini", "[Address Defaults]\r\nPlatform=Other\r\n");
+        JxInstallableDefaults& defaults = *JxInstallableDefaults::GetInstance();
+        EXPECT_EQ(defaults.SetupInstallableDefaults((here + "\\FROM").c_str(), here.c_str()), 1);
+        defaults.SetDefaultMessageFormat(keFormat1);
+        defaults.SetDefaultEnclosureEncoding(keEncode1);
+        defaults.SetDefaultPlatformType(kePlatform6);
+        JxInstallableDefaults::KillInstance();
     });
+}
+
+TEST(Leftovers, LocalFoldersWithTheirDirectoryFiles) {
+    ExpectSameFiles({".\\InBox\\DFile", ".\\MailLog\\MFile", ".\\Public\\DFile", ".\\Trash\\DFile",
+                     ".\\SentMail\\DFile", ".\\OutBox\\DFile"},
+                    [] {
+                        JXMailPrefs prefs(0);
+                        FileSpec here(std::filesystem::current_path().string().c_str(), 1), made;
+                        prefs.SetMailDirectory(here);
+                        for (int which = 0; which < 8; ++which)
+                            EXPECT_EQ(JxLoggedMailUser().SetupLocalMailDirectory(
+                                          &prefs, made, static_cast<enumLocalMailDir>(which)),
+                                      1);
+                    });
+}
+
+// Users are written by way of buffers that all of them share.
+template <unsigned int size>
+static std::string Buffer(const unsigned char (&bytes)[size]) {
+    return std::string(bytes, bytes + size);
+}
+
+template <class User>
+static std::vector<std::string> ShortUsers(const std::string& before) {
+    std::vector<std::string> written;
+    for (unsigned int size : {0, 1, 30, 31, 32, 33}) {
+        const auto set = [](User& user, const std::string& name, const std::string& address) {
+            user.SetName(name.c_str());
+            user.SetAddress(address.c_str());
+            const std::string bytes = Written(user);
+            // The stream of a SysMailUser has something else than the record that was made of it.
+            return bytes + Buffer(BaseMailUser::msUlr) + Buffer(SysMailUser::ulrSys);
+        };
+        User longOne, shortOne;
+        std::memset(BaseMailUser::msUlr, 0, sizeof BaseMailUser::msUlr);
+        std::memset(SysMailUser::ulrSys, 0, sizeof SysMailUser::ulrSys);
+        if (!before.empty()) {
+            EXPECT_NE(set(longOne, before.substr(0, 31), before).find('z'), std::string::npos);
+        }
+        written.push_back(set(shortOne, "B", std::string(size, 'a')));
+    }
+    return written;
+}
+
+template <class User>
+class LeftoversOf : public Test {};
+using Users = Types<BaseMailUser, MailUser, SysMailUser, JxLoggedMailUser>;
+TYPED_TEST_SUITE(LeftoversOf, Users);
+
+TYPED_TEST(LeftoversOf, TheUserBeforeAreInNoRecord) {
+    const auto alone = ShortUsers<TypeParam>("");
+    for (unsigned int size : {31, 32, 111, 142})
+        EXPECT_TRUE(ShortUsers<TypeParam>(std::string(size, 'z')) == alone) << size;
 }
 
 // The files of the Windows directory, copied where they are compared.

@@ -7,6 +7,7 @@
 #include "tests/support/message_boxes.h"
 #include "tests/support/resource_text.h"
 #include "tests/support/scratch.h"
+#include "tests/support/unrenamed_file.h"
 
 using namespace testing;
 
@@ -181,6 +182,17 @@ TEST_F(PrefFile, FailedRebuildLeavesTheFileAsItWas) {
         fails();
     }
     EXPECT_EQ(ReadFileBytes(mBackup), "older");
+    mBoxes.TakeTexts();
+    {
+        // The old file is out of the way already, and gets its name back.
+        const UnrenamedFile kept(mBackup);
+        fails();
+        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(HasSubstr("DiskDriver::Rename() failed.")));
+        EXPECT_FALSE(FileThere(mFolder.Path("RB.TMP")));
+        EXPECT_EQ(ReadFileBytes(mBackup), Header(2) + Entry(1, 1, 70) +
+                                              Entry(2, 2, 70 + kSize, mOther.size()) +
+                                              ScrambledBlock(mText) + ScrambledBlock(mOther));
+    }
     CreateDirectoryA(mFolder.Path("RB.TMP").c_str(), nullptr);
     fails();
 }

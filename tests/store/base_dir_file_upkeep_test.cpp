@@ -1,5 +1,8 @@
-#include "tests/store/mail_folder.h"
+#include <memory>
+
+#include "tests/store/watched_file.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/unrenamed_file.h"
 
 static const std::string kNoProbe =
     Base("0|Error BaseDirFile: AlterDirectoryBlock(), Record not found") +
@@ -143,6 +146,41 @@ TEST_F(BaseDirFileUpkeep, AFailedRewriteLeavesTheFileAlone) {
     EXPECT_EQ(mMissing.CompressDFile(), 0);
     EXPECT_EQ(mMissing.RemoveAllMessageIDs(BaseDirFile::keRemoveAll), 0);
     EXPECT_EQ(Reports(), kNotStripped);
+}
+
+TEST_F(BaseDirFileUpkeep, ARewrittenFileThatCannotTakeItsPlaceIsTold) {
+    const std::string record = MessageID(Message("A"), "id"), stripped = With(record, 112, {'\0'});
+    const std::string content = kHeader + Free(record) + record;
+    Write(content);
+    WriteFileBytes("INBOX.BAK", "older backup");
+    Watched<DFile> inbox(keDirFolder);
+    std::string copy;
+    std::unique_ptr<UnrenamedFile> kept;
+    // The copy's name is known from its opening on, when the first records are read.
+    inbox.onRead = [&](long) {
+        for (const auto& entry : std::filesystem::directory_iterator("."))
+            if (!kept && entry.path().extension() == ".TMP")
+                kept.reset(new UnrenamedFile(copy = entry.path().filename().string()));
+    };
+    EXPECT_EQ(inbox.CompressDFile(), 0);
+    EXPECT_EQ(Reports(), kNotRenamed);
+    // The old file is back. What is held cannot be removed either.
+    EXPECT_EQ(Read(), content);
+    EXPECT_EQ(Names(), copy + " INBOX.DAT ");
+    EXPECT_EQ(ReadFileBytes(copy), kHeader + record);
+    kept.reset();
+    DeleteFileA(copy.c_str());
+
+    // Stripping has no way back.
+    WriteFileBytes("INBOX.BAK", "older backup");
+    WriteFileBytes("INBOX.TMP", "");
+    kept.reset(new UnrenamedFile("INBOX.TMP"));
+    EXPECT_EQ(mFile.RemoveAllMessageIDs(BaseDirFile::keRemoveAll), 0);
+    EXPECT_EQ(Reports(), kNotRenamed + kNotStripped);
+    EXPECT_EQ(Names(), "INBOX.BAK INBOX.TMP ");
+    EXPECT_EQ(ReadFileBytes("INBOX.BAK"), content);
+    EXPECT_EQ(ReadFileBytes("INBOX.TMP"), kHeader + stripped);
+    kept.reset();
 }
 
 TEST_F(BaseDirFileUpkeep, ListsTheIdentifiersOfUsedRecords) {

@@ -126,8 +126,15 @@ TEST_F(FullDisk, NewDFileHasWholeRecordsOnly) {
     EXPECT_EQ(Names(), "");
     mDisk.Leave(1);
     EXPECT_EQ(Left(mInbox.CreateDFile()), "1" + kHeader);
-    DeleteFileA("INBOX.DAT");
     mDisk.Release();
+    // The old file is cut first, and its room is there for the new one.
+    for (unsigned int count : {0u, 1u, 13u}) {
+        Write(kHeader + Records(count, Message("old")));
+        mDisk.Leave(0);
+        EXPECT_EQ(Left(mInbox.CreateDFile()), "1" + kHeader);
+        mDisk.Release();
+    }
+    DeleteFileA("INBOX.DAT");
     constexpr unsigned int kMessages = 30;
     std::set<std::string> all;
     for (unsigned int i = 0; i < kMessages; ++i) {
@@ -135,25 +142,29 @@ TEST_F(FullDisk, NewDFileHasWholeRecordsOnly) {
         all.insert(Message(name, name));
         WriteFileBytes(name, Message(name, name));
     }
-    for (unsigned int pages = 0; pages < 5; ++pages) {
-        SCOPED_TRACE(pages);
-        mDisk.Leave(pages);
-        const unsigned int room = std::min(pages * kPage / 316, kMessages);
-        EXPECT_EQ(mList.CreateDFile(), room == kMessages);
-        std::string reports;
-        for (unsigned int i = room; i < kMessages; ++i)
-            reports += Base("0|Error BaseDirFile: CreateDFile(), writing record");
-        EXPECT_EQ(Reports(),
-                  reports + (room < kMessages ? Base("0|Error BaseDirFile: CreateDFile()") : ""));
-        const std::string made = Read();
-        EXPECT_EQ(made.size(), room * 316);
-        std::set<std::string> records;
-        for (unsigned int i = 0; i < made.size() / 316; ++i)
-            records.insert(made.substr(i * 316, 316));
-        EXPECT_EQ(records.size(), room);
-        EXPECT_TRUE(std::includes(all.begin(), all.end(), records.begin(), records.end()));
-        DeleteFileA("INBOX.DAT");
-    }
+    for (unsigned int older : {0, 1, 2})
+        for (unsigned int pages = 0; pages < 5; ++pages) {
+            SCOPED_TRACE(std::to_string(pages) + " pages and " + std::to_string(older));
+            if (older)
+                Write(Records(older * kPage / 316, Message("old")));
+            mDisk.Leave(pages);
+            const unsigned int room = std::min((pages + older) * kPage / 316, kMessages);
+            EXPECT_EQ(mList.CreateDFile(), room == kMessages);
+            std::string reports;
+            for (unsigned int i = room; i < kMessages; ++i)
+                reports += Base("0|Error BaseDirFile: CreateDFile(), writing record");
+            EXPECT_EQ(Reports(),
+                      reports +
+                          (room < kMessages ? Base("0|Error BaseDirFile: CreateDFile()") : ""));
+            const std::string made = Read();
+            EXPECT_EQ(made.size(), room * 316);
+            std::set<std::string> records;
+            for (unsigned int i = 0; i < made.size() / 316; ++i)
+                records.insert(made.substr(i * 316, 316));
+            EXPECT_EQ(records.size(), room);
+            EXPECT_TRUE(std::includes(all.begin(), all.end(), records.begin(), records.end()));
+            DeleteFileA("INBOX.DAT");
+        }
 }
 
 class FullDiskMoving : public FullDisk {
@@ -330,21 +341,24 @@ TEST_F(FullDiskPrefs, FirstBlockIsNotCountedUntilItIsWhole) {
 
 TEST_F(FullDiskPrefs, NewFileThatIsNotWholeIsTold) {
     const std::string whole = Header(1, mPath) + mLarge.Entry(1, 58) + mLarge.bytes;
-    for (unsigned int pages = 0; pages < 5; ++pages) {
-        SCOPED_TRACE(pages);
-        const bool room = pages >= 3;
-        WriteFileBytes(mPath, "older");
-        DeleteFileA(mPath.c_str());
-        mDisk.Leave(pages);
-        UserPrefFile file(mLarge.bytes.data(), 1, 9000, 0x0102);
-        EXPECT_EQ(file.CreatePrefsFile(mPath.c_str()), room);
-        file.ClosePrefFile();
-        EXPECT_EQ(mBoxes.TakeTexts(),
-                  room ? std::vector<std::string>{} : std::vector{FileMessage(606, mPath)});
-        EXPECT_TRUE(ReadFileBytes(mPath) == (room ? whole : Begun(whole, pages)));
-        mDisk.Release();
-        DeleteFileA(mPath.c_str());
-    }
+    // The old file is cut first: its room is the new one's, and its bytes are gone in any case.
+    for (unsigned int older : {0u, 5u, kPage + 1, 4 * kPage})
+        for (unsigned int pages = 0; pages < 5; ++pages) {
+            SCOPED_TRACE(std::to_string(pages) + " pages and " + std::to_string(older) + " bytes");
+            const unsigned int all = pages + Pages(std::string(older, 'o'));
+            const bool room = all >= 3;
+            if (older)
+                WriteFileBytes(mPath, std::string(older, 'o'));
+            mDisk.Leave(pages);
+            UserPrefFile file(mLarge.bytes.data(), 1, 9000, 0x0102);
+            EXPECT_EQ(file.CreatePrefsFile(mPath.c_str()), room);
+            file.ClosePrefFile();
+            EXPECT_EQ(mBoxes.TakeTexts(),
+                      room ? std::vector<std::string>{} : std::vector{FileMessage(606, mPath)});
+            EXPECT_TRUE(ReadFileBytes(mPath) == (room ? whole : Begun(whole, all)));
+            mDisk.Release();
+            DeleteFileA(mPath.c_str());
+        }
 }
 
 // A stream keeps what is written to it: it must be on the disk before the result tells so.

@@ -305,7 +305,8 @@ protected:
         EXPECT_TRUE(moved.files == moved.listed || moved.files == moved.listed + 1);
         EXPECT_TRUE(moved.files == moved.freed || moved.files == moved.freed + 1);
         EXPECT_LE(moved.freed, moved.listed);
-        std::string moment = moved.freed % kMessages ? "between_messages" : kBetween;
+        // Before the first message, between two and after the last no message is half moved.
+        std::string moment = kBetween;
         DFile inbox(keDirFolder, folder + "\\D.DAT"), old(keDirFolder, folder + "\\OLD\\D.DAT");
         if (moved.files > moved.freed) {
             moment = moved.files > moved.listed ? "moved_and_not_listed" : "listed_twice";
@@ -331,7 +332,8 @@ protected:
     std::string mUnlisted;
 };
 
-TEST_F(KilledMoving, LeavesOneMessageAtMostHalfMoved) { KillAll("move", 50); }
+// A message is half moved for a small part of the time: most kills fall between two.
+TEST_F(KilledMoving, LeavesOneMessageAtMostHalfMoved) { KillAll("move", 8); }
 
 class KilledAddingPrefs : public Killed {
 protected:
