@@ -224,7 +224,7 @@ TEST_F(HeldFiles, AreGivenUpAfterSixtyTicks) {
     EXPECT_EQ(waits.take.ExitCode(), 60u + 256 * keGetNone);
     EXPECT_GE(GetTickCount() - waits.start, 29000u);
     for (VainWait* wait : {&waits.heldForGood, &waits.readOnly, &waits.removed})
-        EXPECT_TRUE(wait->spent.Wait(20000) || (wait == &waits.readOnly && !waits.guarded));
+        EXPECT_TRUE(wait->spent.Wait(120000) || (wait == &waits.readOnly && !waits.guarded));
     waits.held.clear();
     for (Text path : waits.paths)
         SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
