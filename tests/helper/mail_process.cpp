@@ -77,7 +77,8 @@ static int Change(DirectoryFile& file, char** arguments) {
         return RbFile(file.Beside(("M" + std::to_string(number % count) + ".EML").c_str()));
     };
     int rounds = 0;
-    for (int number = 0; !stop.Wait(0); number += 10) {
+    // On a busy machine the file may never be closed in time until the readers have stopped.
+    for (int number = 0; !stop.Wait(0) || !rounds; number += 10) {
         for (int i = number; i < number + 10; i++) {
             RbFile added = message(i), freed = message(i * 7);
             DirectoryRecord probe;
