@@ -48,11 +48,12 @@ int BaseDirFile::AddMessage(RbFile* message) {
 }
 
 // Takes back what a full disk had room for of a record: those behind it would be out of their
-// slots.
+// slots. What another program has added since stays.
 void BaseDirFile::CutBack(long size) {
     if (!Open(keOpenUpdate))
         return;
-    if (FileSize() > size && MoveTo(size))
+    const long rest = FileSize() - size;
+    if (rest > 0 && rest < keRecordSize && MoveTo(size))
         UpdateFile();
     close();
 }
