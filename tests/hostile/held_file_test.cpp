@@ -99,7 +99,7 @@ TEST_F(HeldFiles, OpenAtTheTickThatFindsThemReleased) {
         HoldForTicks(ticks);
         EXPECT_TRUE(file.Open(keOpenUpdate) && file.isOpen());
         EXPECT_EQ(mTicks, ticks);
-        EXPECT_GE(GetTickCount() - start, 500u * (ticks - 1) - 20);
+        EXPECT_GE(GetTickCount() - start, 500u * (ticks - 2) - 20);
         file.close();
     }
 }

@@ -16,7 +16,6 @@ protected:
     RecordNames() {
         for (const char* folder : {"MAIL", "MAIL\\SUB", "CURRENT", "OLD"})
             CreateDirectoryA(folder, nullptr);
-        CreateDirectoryA(mOnZ.c_str(), nullptr);
         mOld.CreateDFile();
         mCanaries = {"C:\\X.EML", mOnZ + "\\X.EML"};
         for (const char* name : {"X.EML", "MAIL\\X.EML", "MAIL\\SUB\\X.EML", "MAIL\\Y.EML",
@@ -50,7 +49,15 @@ protected:
         return With(record, 38, char(length) + (name + std::string(33 - name.size(), '\0')));
     }
 
-    const std::string mOnZ = "Z:\\tmp\\H" + std::to_string(GetCurrentProcessId() % 100000) + "t";
+    // With a short name, and made here: the drive is no prefix's own.
+    static std::string NewFolderOnZ() {
+        for (int number = 0;; ++number)
+            if (const std::string path = "Z:\\tmp\\H" + std::to_string(number);
+                CreateDirectoryA(path.c_str(), nullptr) || number == 99999)
+                return path;
+    }
+
+    const std::string mOnZ = NewFolderOnZ();
     const KeptFile mKept{"C:\\X.EML"};
     DFile mInbox{keDirFolder, "MAIL\\INBOX.DAT"}, mMail{keDirMessages, "MAIL\\INBOX.DAT"};
     DFile mOld{keDirFolder, "OLD\\OLD.DAT"};

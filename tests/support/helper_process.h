@@ -43,7 +43,7 @@ private:
 // Returns when the file is held.
 class HeldFile {
 public:
-    explicit HeldFile(const std::string& path, unsigned long milliseconds = 60000);
+    explicit HeldFile(const std::string& path, unsigned long milliseconds = 120000);
     ~HeldFile();
 
 private:
