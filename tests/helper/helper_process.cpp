@@ -51,18 +51,21 @@ static std::vector<void*> reserved;
 static unsigned int pressed;
 
 static void CALLBACK PressButton(HWND, UINT, UINT_PTR timer, DWORD) {
-    const HWND box = GetActiveWindow();
+    // Active or not: other programs' windows take turns in that.
+    const HWND box = FindWindowA("#32770", nullptr);
+    if (!box)
+        return;
     char caption[64] = "", text[64] = "";
     GetWindowTextA(box, caption, sizeof caption);
     GetDlgItemTextA(box, 0xFFFF, text, sizeof text);
-    if (!box)
-        return;
-    if (std::strcmp(caption, "Attention") || std::strcmp(text, "Can't allocate enough memory!"))
+    if (std::strcmp(caption, "Attention") || std::strcmp(text, "Can't allocate enough memory!") ||
+        !GetDlgItem(box, static_cast<int>(pressed)))
         ExitProcess(14);
     KillTimer(nullptr, timer);
     for (void* block : reserved)
         VirtualFree(block, 0, MEM_RELEASE);
-    SendMessageA(GetDlgItem(box, pressed), BM_CLICK, 0, 0);
+    // A click would be lost when the box loses the mouse.
+    SendMessageA(box, WM_COMMAND, pressed, 0);
 }
 
 static int AllocationFailure(const char* button) {
