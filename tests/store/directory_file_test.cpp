@@ -138,14 +138,13 @@ TEST_F(OldMail, MovesOlderMessagesIntoTheOtherFolder) {
 TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
     for (const char* name : {"A.EML", "SHORT.EML", "OLD\\IN.EML"})
         WriteFileBytes(name, "short");
-    for (const char* name : {"GONE.EML", "OLD\\IN.EML", "OLD", "SHORT.EML"}) {
+    for (const std::string name : {"GONE.EML", "OLD\\IN.EML", "OLD", "SHORT.EML"}) {
         const std::string records = kHeader + Date(Message("B", name), 3029529600u) + mA;
         Write(records);
         EXPECT_EQ(Names() + Names("OLD"), "A.EML INBOX.DAT OLD SHORT.EML IN.EML OLD.DAT ");
         Age(mFile);
         EXPECT_EQ(Read() + ReadFileBytes("OLD\\OLD.DAT"), records + kHeader) << name;
-        EXPECT_EQ(Reports(), (name == std::string("GONE.EML") ? kNotRenamed : "") + kNotAged)
-            << name;
+        EXPECT_EQ(Reports(), (name == "GONE.EML" ? kNotRenamed : "") + kNotAged) << name;
     }
     EXPECT_EQ(Names(), "A.EML INBOX.DAT OLD ");
 }
