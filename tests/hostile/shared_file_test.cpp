@@ -39,11 +39,10 @@ protected:
     }
     // What each of the two collectors takes.
     std::multiset<std::string> TakeHere() {
-        const std::unique_ptr<RB_Container<DirectoryRecord>> list(
-            new RB_Container<DirectoryRecord>(1));
-        mFile.GetUnprocessedDDRs(list.get(), mIdle, keGetProcessable);
+        mTaken.ClearContainer();
+        mFile.GetUnprocessedDDRs(&mTaken, mIdle, keGetProcessable);
         std::multiset<std::string> names;
-        for (auto* record = list->GetFirstObject(); record; record = list->GetNextObject())
+        for (auto* record = mTaken.GetFirstObject(); record; record = mTaken.GetNextObject())
             names.insert(record->FileName().Text());
         return names;
     }

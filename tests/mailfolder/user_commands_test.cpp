@@ -153,21 +153,11 @@ TEST_F(UserCommands, PrefsShowTellsOfDamageWithoutABox) {
 // The files of the Windows directory, put back afterwards.
 struct CurrentUser : UserCommands {
     CurrentUser() {
-        for (const std::string& path : {mData.Path(), mUser.Path()})
-            DeleteFileA(path.c_str());
+        mData.Remove();
+        mUser.Remove();
     }
-    struct Kept : KeptFile {
-        explicit Kept(const std::string& name) : Kept(WindowsDirectory() + "\\" + name, true) {}
-        Kept(std::string path, bool) : KeptFile(Visible(path)), mOwn(path) {}
-        // A hidden file cannot be written anew.
-        static std::string Visible(const std::string& path) {
-            SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-            return path;
-        }
-        const std::string& Path() const { return mOwn; }
-        std::string mOwn;
-    };
-    Kept mData{"JXUSER.DAT"}, mUser{"JXLGDUSR.DAT"};
+    const KeptFile mData{WindowsDirectory() + "\\JXUSER.DAT"};
+    const KeptFile mUser{WindowsDirectory() + "\\JXLGDUSR.DAT"};
 };
 
 TEST_F(CurrentUser, IsMissing) {

@@ -202,6 +202,12 @@ TEST_F(MailPrefs, DamagedOrMissingFileIsReportedAsAWhole) {
     WriteFileBytes(mPath, With(File(DefaultRecord()), 46, "\x01")); // another application's
     EXPECT_EQ(JXMailPrefs(mUser, 1).IsValid(), 0);
     EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(701)));
+    // A user without a folder has no file, and not that of the current folder.
+    for (const std::string& none : {std::string("C:\\a\\\\b"), std::string(300, 'x')}) {
+        JxMailUserRepresentation user("Anna", none.c_str());
+        EXPECT_EQ(JXMailPrefs(user, 1).IsValid(), 0);
+    }
+    EXPECT_TRUE(mBoxes.Shown().empty());
     for (unsigned int size : {0, 45, 57, 58, 1557}) {
         WriteFileBytes(mPath, File(DefaultRecord()).substr(0, size));
         EXPECT_EQ(JXMailPrefs(mUser, 1).IsValid(), 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "postrider.h"
 #include "tests/support/record_bytes.h"
 
 // The bytes of "RB.DAT", written out.
@@ -34,3 +35,11 @@ inline std::string PrefEntry(const std::string& id, const std::string& version,
                              unsigned int ordinal, unsigned long offset, unsigned int size) {
     return id + version + BigEndian(ordinal, 2) + BigEndian(offset, 4) + BigEndian(size, 2);
 }
+
+// One application's block in memory.
+struct PrefApp {
+    PrefApp(unsigned short id, const std::string& block)
+        : bytes(block), tag{id, 0x0102, static_cast<unsigned short>(block.size()), bytes.data()} {}
+    std::string bytes;
+    AppPrefTag tag;
+};

@@ -13,14 +13,6 @@ using namespace testing;
 
 class PrefFile : public Test {
 protected:
-    // One application's block in memory.
-    struct App {
-        App(unsigned short id, std::string text)
-            : bytes(text), tag{id, 0x0102, static_cast<unsigned short>(text.size()), bytes.data()} {
-        }
-        std::string bytes;
-        AppPrefTag tag;
-    };
     // Shows what derived classes see.
     struct State : UserPrefFile {
         void operator=(const UserPrefFile& other) { UserPrefFile::operator=(other); }
@@ -43,13 +35,21 @@ protected:
         WriteFileBytes(mPath, bytes);
         ASSERT_EQ(mFile.OpenPrefFile(), 1);
     }
+    // The file must stay as it is.
+    void RefusesToWrite(PrefApp& app, const std::string& bytes) {
+        Open(bytes);
+        EXPECT_EQ(mFile.WriteAppPrefs(app.tag), 0);
+        EXPECT_TRUE(Closed() == bytes);
+        EXPECT_THAT(mBoxes.TakeTexts(), SizeIs(1));
+    }
     std::string Closed() { return mFile.ClosePrefFile(), ReadFileBytes(mPath); }
     std::string Message(unsigned int id) { return FileMessage(id, mPath); }
 
     ScratchFolder mFolder;
     MessageBoxes mBoxes;
     const std::string mPath = mFolder.Path("RB.DAT"), mBackup = mFolder.Path("RB.BAK");
-    App mApp{0x0701, std::string(kSize, 'f')}, mSecond{0x0702, "a longer text than a string keeps"};
+    PrefApp mApp{0x0701, std::string(kSize, 'f')},
+        mSecond{0x0702, "a longer text than a string keeps"};
     UserPrefFile mFile{mApp.bytes.data(), 0x0701, kSize, 0x0102};
     const std::string mText = std::string(kSize, 'f'), mOther = mSecond.bytes;
 };
@@ -91,7 +91,7 @@ TEST_F(PrefFile, BlocksAreScrambledInTheFileAlone) {
     EXPECT_TRUE(mFile.WriteAppPrefs(mApp.tag) == 1 && mApp.bytes == mText);
     // A block of another size is not written.
     for (unsigned int size : {0u, kSize - 1, kSize + 1, 65535u}) {
-        App other(0x0701, std::string(size, 'o'));
+        PrefApp other(0x0701, std::string(size, 'o'));
         EXPECT_EQ(mFile.WriteAppPrefs(other.tag), 1);
     }
     EXPECT_EQ(Closed(), OneBlock(mText));
@@ -105,7 +105,7 @@ TEST_F(PrefFile, FurtherBlockRebuildsTheFileAndKeepsTheOldOne) {
     EXPECT_TRUE(mFile.WriteAppPrefs(mSecond.tag) == 1 && mSecond.bytes == mOther);
     EXPECT_EQ(ReadFileBytes(mBackup), OneBlock(mText));
     // One that is not found stays scrambled in memory; added by reading, it is so in the file.
-    App third(0x0703, mText);
+    PrefApp third(0x0703, mText);
     EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 0) == 0 && third.bytes == ScrambledBlock(mText));
     EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 1) == 1 && third.bytes == ScrambledBlock(mText));
     const unsigned int size = mOther.size();
@@ -147,16 +147,51 @@ TEST_F(PrefFile, DamagedFileIsReportedAndLeftAsItWas) {
     }
 }
 
+TEST_F(PrefFile, BlocksAreWrittenBehindTheRecordsAndInTheFileAlone) {
+    for (unsigned long offset : {0ul, 57ul, 58ul + kSize + 1, 0x7FFFFFF0ul, 0xFFFFFFFFul})
+        RefusesToWrite(mApp, Header(1) + Entry(1, 1, offset) + mText);
+    std::string full = Header(0xFFFF);
+    for (int i = 0; i < 0xFFFF; ++i)
+        full += Entry(1, 1, 0xC0000);
+    RefusesToWrite(mSecond, full);
+}
+
+TEST_F(PrefFile, BlocksThatADamagedCountLeavesOutStay) {
+    const auto add = [&](const std::string& bytes) {
+        Open(bytes);
+        EXPECT_EQ(mFile.WriteAppPrefs(mApp.tag), 1);
+        return Closed();
+    };
+    const std::string blocks = Entry(2, 1, 70) + Entry(3, 2, 70 + kSize) + mText + mText;
+    EXPECT_EQ(add(Header(0) + blocks).substr(0, 46 + blocks.size()), Header(1) + blocks);
+    // What is left of a first block that was broken off makes room.
+    for (unsigned int size = 0; size <= 12 + kSize; ++size)
+        EXPECT_EQ(add(Header(0) + (Entry(2, 1, 58) + mText).substr(0, size)), OneBlock(mText));
+    EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+TEST_F(PrefFile, ItsOwnCopiesAreNotRebuilt) {
+    for (const char* name : {"RB.BAK", "rb.tmp"}) {
+        mFile.SetSpecPart(name, 0);
+        WriteFileBytes(name, OneBlock(mText));
+        ASSERT_EQ(mFile.OpenPrefFile(), 1);
+        EXPECT_EQ(mFile.WriteAppPrefs(mSecond.tag), 0);
+        mFile.ClosePrefFile();
+        EXPECT_EQ(ReadFileBytes(name), OneBlock(mText));
+        EXPECT_THAT(mBoxes.TakeTexts(), SizeIs(1));
+    }
+}
+
 TEST_F(PrefFile, FileThatCannotBeOpenedIsReported) {
     EXPECT_TRUE(mFile.OpenPrefFile() == 0 && !FileThere(mPath));
     EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(604)));
     const auto fails = [&] {
-        EXPECT_TRUE(mFile.OpenPrefFile() == 0 && mFile.CreatePrefsFile(mPath.c_str()) == 0);
+        EXPECT_TRUE(mFile.OpenPrefFile() == 0 && mFile.CreatePrefsFile("RB.DAT") == 0);
         EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(604), Message(703)));
     };
     CreateDirectoryA(mPath.c_str(), nullptr);
     fails();
-    RemoveDirectoryA(mPath.c_str());
+    EXPECT_TRUE(RemoveDirectoryA(mPath.c_str()));
     WriteFileBytes(mPath, "kept");
     {
         const HeldFile held(mPath);
@@ -164,6 +199,7 @@ TEST_F(PrefFile, FileThatCannotBeOpenedIsReported) {
     }
     if (MakeReadOnly(mPath))
         fails();
+    EXPECT_TRUE(GetFileAttributesA(mPath.c_str()) & FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(ReadFileBytes(mPath), "kept");
 }
 

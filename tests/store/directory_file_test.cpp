@@ -2,9 +2,6 @@
 
 #include "tests/store/mail_folder.h"
 
-static const std::string kNotAged = Inbox("0|Error DirectoryFile: DeleteOldMail()");
-static const std::string kNotRenamed = "0|DiskDriver::Rename() failed.|JXRESIDT\\DISKDRVR.CPP|";
-
 static int idleCalls;
 static void CountIdle() { idleCalls++; }
 
@@ -14,20 +11,19 @@ protected:
         idleCalls = 0;
         return file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(options), CountIdle);
     }
-    static std::string Joined(RB_Container<DirectoryRecord>& list) {
+    std::string Taken() {
         std::string records;
-        for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
+        for (auto* record = mTaken.GetFirstObject(); record; record = mTaken.GetNextObject())
             records += Written(*record);
         return records;
     }
     // The records taken, or the result when there are none.
     std::string Take(DirectoryFile& file, int option) {
-        const std::unique_ptr<RB_Container<DirectoryRecord>> list(
-            new RB_Container<DirectoryRecord>(1));
         const auto options = static_cast<enumGetDDROptions>(option);
         idleCalls = 0;
-        const int result = file.GetUnprocessedDDRs(list.get(), CountIdle, options);
-        const std::string taken = Joined(*list);
+        mTaken.ClearContainer();
+        const int result = file.GetUnprocessedDDRs(&mTaken, CountIdle, options);
+        const std::string taken = Taken();
         EXPECT_EQ(result == 2, !taken.empty());
         return taken.empty() ? std::to_string(result) : taken;
     }
@@ -93,9 +89,8 @@ TEST_F(DirectoryFileTest, InstallableRecordsAreThoseWithTheRequestAndLoseIt) {
     const std::string installable = Attributes(Message("A"), 0x1000);
     const std::string b = Status(Message("B"), 0x40), done = Status(Message("C"), 0x41);
     Write(kHeader + installable + b + done);
-    const std::unique_ptr<RB_Container<DirectoryRecord>> list(new RB_Container<DirectoryRecord>(1));
-    mFile.GetInstallableDDRs(list.get());
-    EXPECT_EQ(Joined(*list), Status(b, 0) + Status(done, 1));
+    mFile.GetInstallableDDRs(&mTaken);
+    EXPECT_EQ(Taken(), Status(b, 0) + Status(done, 1));
     EXPECT_EQ(Read(), kHeader + installable + Status(b, 0) + Status(done, 1));
 }
 
@@ -143,9 +138,7 @@ TEST_F(OldMail, MovesOlderMessagesIntoTheOtherFolder) {
 TEST_F(OldMail, StopsAtTheFirstMessageThatCannotBeMoved) {
     for (const char* name : {"A.EML", "SHORT.EML", "OLD\\IN.EML"})
         WriteFileBytes(name, "short");
-    for (const std::string& name : std::vector<std::string>{
-             "GONE.EML", mFolder.Path("A.EML"), "OLD\\IN.EML", "*.EML", "..", "", " ", ". ", "...",
-             "....", "\x85\x85", "AUX.EML", "OLD", "SHORT.EML"}) {
+    for (const std::string name : {"GONE.EML", "OLD\\IN.EML", "OLD", "SHORT.EML"}) {
         const std::string records = kHeader + Date(Message("B", name), 3029529600u) + mA;
         Write(records);
         EXPECT_EQ(Names() + Names("OLD"), "A.EML INBOX.DAT OLD SHORT.EML IN.EML OLD.DAT ");
@@ -230,24 +223,4 @@ TEST_F(DirectoryFileTest, CopiesUsedRecordsNumberedByTheirSlots) {
     EXPECT_EQ(mFile.GetDFile(nowhere), 0);
     EXPECT_EQ(Reports(), Inbox("fGood") + Inbox("fGood|Error DirectoryFile: GetDFile()"));
     EXPECT_TRUE(!copy.isOpen() && mFile.UsedCount() == 0 && !mFile.IsGood());
-}
-
-TEST_F(DirectoryFileTest, DamagedFilesHarmNothingBesideThem) {
-    unsigned int seed = 1;
-    WriteFileBytes("KEEP.EMX", "text");
-    for (unsigned int size : {0u, 1u, 315u, 317u, 631u, 632u, 5000u}) {
-        for (DFile* file : {&mFile, &mForeign, &mMessages}) {
-            std::string noise(size, '\0');
-            for (char& byte : noise)
-                byte = static_cast<char>((seed = seed * 1103515245 + 12345) >> 16);
-            Write(noise);
-            EXPECT_EQ(file->GetInfo(keInfoAll), 1) << size;
-            EXPECT_TRUE(Check(*file, 1) >= 2 && Take(*file, 0) != "0") << size;
-            file->DeleteOldMail(0, 0, file);
-            file->UpdateDFile();
-            EXPECT_TRUE(file->CompressDFile() && Read().size() % 316 == 0) << size;
-            EXPECT_EQ(Names(), "INBOX.DAT KEEP.EMX ");
-        }
-    }
-    Reports();
 }

@@ -2,31 +2,22 @@
 
 #include <cstring>
 
-#include "postrider.h"
-#include "tests/support/record_bytes.h"
+#include "tests/store/mail_folder.h"
 
-static const std::string kZeros(316, '\0');
-
-static std::string Message() {
-    std::string bytes = With(kZeros, 0, Bytes("\x01\x02\x01\x81\x05Lunch tail kept"));
+// With something in every field.
+static const std::string kMessage = [] {
+    std::string bytes = With(kHeader, 0, Bytes("\x01\x02\x01\x81\x05Lunch tail kept"));
     bytes = With(With(bytes, 32, "abcd\x12\x34"), 38, Pascal("00000007.EML"));
     bytes = With(With(bytes, 72, Pascal("Smith|Anna")), 186, Pascal("Jones|Bo"));
     return With(bytes, 300, "\x99\x22\x33\x44" + Bytes("efgh\x00\x10\x00\x05ijkl"));
-}
-
-static DirectoryRecord Read(const std::string& bytes) {
-    std::istringstream in(bytes);
-    DirectoryRecord record;
-    in >> record;
-    return record;
-}
+}();
 
 TEST(DirectoryRecord, ReadsItsFieldsAndWritesEveryByteBack) {
-    DirectoryRecord empty, record = Read(Message());
+    DirectoryRecord empty, record = Record(kMessage);
     EXPECT_TRUE(record.Record().index == 0x0102 && record.Record().attributes == 0x1234);
     EXPECT_EQ(FlipLong(record.Record().date), 0x99223344u);
-    EXPECT_EQ(Written(record), Message());
-    EXPECT_EQ(Written(empty), kZeros);
+    EXPECT_EQ(Written(record), kMessage);
+    EXPECT_EQ(Written(empty), kHeader);
     EXPECT_TRUE(empty.CheckValidity() == 1 && empty.isUsed() == 0);
 }
 
@@ -40,10 +31,10 @@ TEST(DirectoryRecord, IsUsedByUsedByteTopicsFirstByteAndIndexUntilFixed) {
                  {Bytes("\x01\x02\0\x81\x05 "), Bytes("\x01\x02\0\x81\x05 "), 0},
                  {"\xFF\xFF\x01\x81\x05 ", Bytes("\0\0\x01\x81\x05 "), 0}};
     for (const auto& [start, fixed, used] : cases) {
-        DirectoryRecord record = Read(With(Message(), 0, start));
+        DirectoryRecord record = Record(With(kMessage, 0, start));
         EXPECT_EQ(record.isUsed(), used) << start;
         record.FixTopicAndIndex();
-        EXPECT_EQ(Written(record), With(Message(), 0, fixed));
+        EXPECT_EQ(Written(record), With(kMessage, 0, fixed));
     }
 }
 
@@ -52,20 +43,20 @@ TEST(DirectoryRecord, ClampsWhatIsOutOfRangeOnReading) {
     for (const auto& [offset, limit] : std::initializer_list<std::pair<int, int>>{
              {4, 27}, {38, 33}, {72, 31}, {186, 31}, {309, 16}, {311, 5}}) {
         const std::string clamped(1, char(limit + (offset == 311)));
-        EXPECT_EQ(Read(With(Message(), offset, {char(limit)})).CheckValidity(), 1) << offset;
+        EXPECT_EQ(Record(With(kMessage, offset, {char(limit)})).CheckValidity(), 1) << offset;
         for (int damage : {limit + 1, 0xFF}) {
-            DirectoryRecord record = Read(With(Message(), offset, {char(damage)}));
+            DirectoryRecord record = Record(With(kMessage, offset, {char(damage)}));
             EXPECT_EQ(record.CheckValidity(), 0) << offset;
-            EXPECT_EQ(Written(record), With(Message(), offset, clamped));
+            EXPECT_EQ(Written(record), With(kMessage, offset, clamped));
             EXPECT_EQ(record.Check_Fixed_Validity(), offset != 311);
         }
     }
-    DirectoryRecord record = Read(With(Message(), 308, "\xFF\xFF\xFF\xFF"));
-    EXPECT_EQ(Written(record), With(Message(), 308, Bytes("\0\x10\0\x06")));
+    DirectoryRecord record = Record(With(kMessage, 308, "\xFF\xFF\xFF\xFF"));
+    EXPECT_EQ(Written(record), With(kMessage, 308, Bytes("\0\x10\0\x06")));
 }
 
 TEST(DirectoryRecord, TakesADiskRecordUncheckedAndNeverReadsPastAField) {
-    const std::string damaged = With(With(Message(), 4, "\xFF"), 38, "\xFF");
+    const std::string damaged = With(With(kMessage, 4, "\xFF"), 38, "\xFF");
     std::istringstream in(damaged + "next");
     DiskDirRec bytes;
     in >> bytes;
@@ -77,19 +68,19 @@ TEST(DirectoryRecord, TakesADiskRecordUncheckedAndNeverReadsPastAField) {
 
 TEST(DirectoryRecord, ShortReadLeavesZerosBehindTheBytesAndFailsTheStream) {
     for (unsigned int length : {315u, 5u, 0u}) {
-        DirectoryRecord record = Read(With(Message(), 310, "\xFF"));
-        std::istringstream in(Message().substr(0, length));
+        DirectoryRecord record = Record(With(kMessage, 310, "\xFF"));
+        std::istringstream in(kMessage.substr(0, length));
         in >> record;
         EXPECT_TRUE(in.fail());
         EXPECT_EQ(record.CheckValidity(), 1);
-        EXPECT_EQ(Written(record), With(kZeros, 0, Message().substr(0, length)));
+        EXPECT_EQ(Written(record), With(kHeader, 0, kMessage.substr(0, length)));
     }
 }
 
 TEST(DirectoryRecord, EqualsWhatIsTheSameMessage) {
-    DirectoryRecord message = Read(Message()), other, unused = Read(With(Message(), 2, {'\0'}));
+    DirectoryRecord message = Record(kMessage), other, unused = Record(With(kMessage, 2, {'\0'}));
     const auto equals = [&](unsigned int offset, char byte) {
-        return message == (other = Read(With(Message(), offset, {byte})));
+        return message == (other = Record(With(kMessage, offset, {byte})));
     };
     // Index, used, status; what stands behind the texts; the second user; words without meaning.
     for (unsigned int offset : {0, 1, 2, 3, 10, 32, 37, 60, 90, 112, 190, 304, 309, 312})
@@ -101,11 +92,11 @@ TEST(DirectoryRecord, EqualsWhatIsTheSameMessage) {
 
 TEST(DirectoryRecord, MessageIdentifierStaysInTheSendersField) {
     const std::string most(73, 'i'), tooLong = Pascal(std::string(255, 'i'));
-    DirectoryRecord record = Read(Message());
+    DirectoryRecord record = Record(kMessage);
     record.SetMessageID(reinterpret_cast<const unsigned char*>(Pascal(most).data()));
-    EXPECT_EQ(Written(record), With(Message(), 112, Pascal(most)));
+    EXPECT_EQ(Written(record), With(kMessage, 112, Pascal(most)));
     record.SetMessageID(nullptr);
-    EXPECT_EQ(Written(record), With(Message(), 112, Bytes("\0") + most));
+    EXPECT_EQ(Written(record), With(kMessage, 112, Bytes("\0") + most));
     record.SetMessageID(reinterpret_cast<const unsigned char*>(tooLong.data()));
-    EXPECT_EQ(Written(record).substr(186), Message().substr(186));
+    EXPECT_EQ(Written(record).substr(186), kMessage.substr(186));
 }

@@ -28,3 +28,12 @@ std::string MailFolder::Reports() {
             reports += std::regex_replace(text.substr(15), std::regex("\n([0-9]+\n)?"), "|");
     return reports;
 }
+
+std::string MailFolder::First(Text path) {
+    char *topic, *file, *sender;
+    unsigned short kind, flag;
+    const int found = GetFirstRecord(path.c_str(), &topic, &file, &sender, &kind, &flag);
+    const std::string first = found ? topic + std::string("/") + file : "";
+    Done();
+    return first;
+}

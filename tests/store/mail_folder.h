@@ -42,6 +42,12 @@ inline DirectoryRecord Record(const std::string& bytes) {
 inline std::string Base(Text report) { return report + "|JXSYSTEM\\DIRFL_BS.CPP|"; }
 inline std::string Inbox(Text report) { return report + "|JXSYSTEM\\DIRFILE.CPP|"; }
 
+// Reports of many operations.
+inline const std::string kNotRenamed = "0|DiskDriver::Rename() failed.|JXRESIDT\\DISKDRVR.CPP|";
+inline const std::string kNotRemoved = "eResult == keDELETE_OK|JXRESIDT\\RBFILE1.CPP|";
+inline const std::string kNotStripped = Base("0|Error BaseDirFile: RemoveAllMessageIDs()");
+inline const std::string kNotAged = Inbox("0|Error DirectoryFile: DeleteOldMail()");
+
 // The current folder's D file; does not wait for a file that another process may hold.
 struct DFile : DirectoryFile {
     explicit DFile(TypeDirFile type, Text path = "INBOX.DAT") : DirectoryFile(type) {
@@ -67,10 +73,14 @@ protected:
     std::string Names(Text folder = ".");
     // "expression|message|source|" of each report since the last call.
     std::string Reports();
+    // "topic/file name" of the first record that a notifier sees; "" for none.
+    static std::string First(Text path);
 
     ScratchFolder mFolder;
     DebugOutput mOutput;
     unsigned int mReportCount = RbAssertGetCount();
     DFile mFile{keDirFolder}, mForeign{keDirForeign}, mMessages{keDirMessages};
     DFile mMissing{keDirFolder, "MISSING.DAT"};
+    RB_Container<DirectoryRecord> mTaken{RB_Container<DirectoryRecord>::keOwnsObjects};
+    RB_Container<JxDownloadItem> mItems{RB_Container<JxDownloadItem>::keOwnsObjects};
 };

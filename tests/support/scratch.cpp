@@ -134,10 +134,14 @@ KeptFile::KeptFile(std::string path)
         mBytes = ReadFileBytes(mPath);
 }
 
-KeptFile::~KeptFile() {
+void KeptFile::Remove() const {
     SetFileAttributesA(mPath.c_str(), FILE_ATTRIBUTE_NORMAL);
     RemoveDirectoryA(mPath.c_str());
     DeleteFileA(mPath.c_str());
+}
+
+KeptFile::~KeptFile() {
+    Remove();
     if (mAttributes == INVALID_FILE_ATTRIBUTES)
         return;
     WriteFileBytes(mPath, mBytes);

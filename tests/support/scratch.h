@@ -50,6 +50,10 @@ public:
     KeptFile& operator=(const KeptFile&) = delete;
     ~KeptFile();
 
+    const std::string& Path() const { return mPath; }
+    // The file, or an empty folder that has its name.
+    void Remove() const;
+
 private:
     std::string mPath;
     std::string mBytes;

@@ -13,8 +13,6 @@ using testing::ElementsAre;
 
 // Operations on a disk with room for all, part or nothing of what they write.
 
-static const char kNotRenamed[] = "0|DiskDriver::Rename() failed.|JXRESIDT\\DISKDRVR.CPP|";
-
 // A mail folder on a disk that fills up.
 class FullDisk : public MailFolder {
 protected:
@@ -64,8 +62,7 @@ TEST_F(FullDisk, RewrittenDFileIsWholeBeforeItTakesTheOldOnesPlace) {
                 WriteFileBytes("INBOX.BAK", older);
                 mDisk.Leave(pages);
                 EXPECT_EQ(file->RemoveAllMessageIDs(BaseDirFile::keRemoveAll), room);
-                EXPECT_EQ(Reports(),
-                          room ? "" : Base("0|Error BaseDirFile: RemoveAllMessageIDs()"));
+                EXPECT_EQ(Reports(), room ? "" : kNotStripped);
                 EXPECT_TRUE(Read() == (room ? header + Records(count, stripped) : before));
                 EXPECT_TRUE(ReadFileBytes("INBOX.BAK") == (room ? before : older));
                 EXPECT_EQ(Names(), "INBOX.BAK INBOX.DAT ");
@@ -106,8 +103,7 @@ TEST_F(FullDisk, ChangesInPlaceNeedNoRoom) {
     mInbox.UpdateDFile();
     EXPECT_TRUE(Read() == kHeader + b + free + padding + Status(a, 1));
     mInbox.MarkMail(probe, 1);
-    RB_Container<DirectoryRecord> list(RB_Container<DirectoryRecord>::keOwnsObjects);
-    EXPECT_EQ(mInbox.GetUnprocessedDDRs(&list, nullptr, keGetProcessable), keGetSome);
+    EXPECT_EQ(mInbox.GetUnprocessedDDRs(&mTaken, nullptr, keGetProcessable), keGetSome);
     EXPECT_TRUE(Read() == kHeader + b + free + padding + Attributes(a, 0x0400));
     EXPECT_EQ(mInbox.DeleteMail(probe), 1);
     EXPECT_TRUE(Read() == kHeader + b + free + padding + Free(Attributes(a, 0x0400)));
@@ -181,7 +177,6 @@ protected:
     }
     DFile mOld{keDirFolder, "OLD\\OLD.DAT"};
     const std::string mMessage = Date(Message("A", "A.EML"), 3029529600u);
-    const std::string mFailed = Inbox("0|Error DirectoryFile: DeleteOldMail()");
 };
 
 // On one disk moving takes no room; listing does.
@@ -194,7 +189,7 @@ TEST_F(FullDiskMoving, MessageThatCannotBeListedIsMovedAndItsOldRecordStays) {
         Write(kHeader + mMessage);
         mDisk.Leave(0);
         EXPECT_EQ(Move(mInbox), mMessage + "text");
-        EXPECT_EQ(Reports(), mFailed);
+        EXPECT_EQ(Reports(), kNotAged);
         EXPECT_TRUE(Read() == kHeader + mMessage && ReadFileBytes("OLD\\OLD.DAT") == old);
         EXPECT_EQ(Names(), "INBOX.DAT OLD ");
         mDisk.Release();
@@ -214,7 +209,7 @@ TEST_F(FullDiskMoving, MessageOfAnotherDiskIsMovedWholeOrNotAtAll) {
         WriteFileBytes("OLD\\OLD.DAT", kHeader);
         mDisk.Leave(pages);
         EXPECT_TRUE(Move(inbox) == (room ? content : ""));
-        EXPECT_EQ(Reports(), room ? "" : kNotRenamed + mFailed);
+        EXPECT_EQ(Reports(), room ? "" : kNotRenamed + kNotAged);
         EXPECT_EQ(FileThere(mFolder.Path("A.EML")), !room);
         EXPECT_TRUE(ReadFileBytes(mFolder.Path("INBOX.DAT")) ==
                     kHeader + (room ? Free(mMessage) : mMessage));
@@ -262,17 +257,10 @@ TEST_F(FullDisk, CopiesTellThatTheyAreNotWhole) {
 
 class FullDiskPrefs : public FullDisk {
 protected:
-    // An application's block, and the file's entry for it.
-    struct App {
-        App(unsigned short id, unsigned short size)
-            : bytes(RandomBytes(id, size)), tag{id, 0x0102, size, bytes.data()} {}
-        std::string Entry(unsigned int ordinal, unsigned long offset) const {
-            return PrefEntry(std::string{char(tag.id), '\0'}, "\x02\x01", ordinal, offset,
-                             tag.size);
-        }
-        std::string bytes;
-        AppPrefTag tag;
-    };
+    static std::string Entry(const PrefApp& app, unsigned int ordinal, unsigned long offset) {
+        const std::string id{char(app.tag.id), '\0'};
+        return PrefEntry(id, "\x02\x01", ordinal, offset, app.tag.size);
+    }
     static std::string Header(unsigned int count, Text name = "") {
         return PrefHeader("\x02\x01", name, count);
     }
@@ -280,7 +268,7 @@ protected:
     static std::string Begun(Text whole, unsigned int pages) {
         return With(whole, 45, Bytes("\0")).substr(0, pages * kPage);
     }
-    int Write(App& app) {
+    int Write(PrefApp& app) {
         UserPrefFile file;
         file.SetSpecPart(mPath.c_str(), 0);
         EXPECT_EQ(file.OpenPrefFile(), 1);
@@ -291,9 +279,10 @@ protected:
     MessageBoxes mBoxes;
     const std::string mPath = std::filesystem::absolute("RB.DAT").string();
     const std::string mBackup = std::filesystem::absolute("RB.BAK").string();
-    App mFirst{1, 45}, mLarge{1, 9000}, mSecond{2, 9000};
-    const std::string mOne = Header(1) + mFirst.Entry(1, 58) + ScrambledBlock(mFirst.bytes);
-    const std::string mTwo = Header(2) + mFirst.Entry(1, 70) + mSecond.Entry(2, 70 + 45) +
+    PrefApp mFirst{1, RandomBytes(1, 45)}, mLarge{1, RandomBytes(1, 9000)};
+    PrefApp mSecond{2, RandomBytes(2, 9000)};
+    const std::string mOne = Header(1) + Entry(mFirst, 1, 58) + ScrambledBlock(mFirst.bytes);
+    const std::string mTwo = Header(2) + Entry(mFirst, 1, 70) + Entry(mSecond, 2, 70 + 45) +
                              ScrambledBlock(mFirst.bytes) + ScrambledBlock(mSecond.bytes);
 };
 
@@ -322,7 +311,7 @@ TEST_F(FullDiskPrefs, FurtherBlockIsAddedToTheRebuiltFileAlone) {
 }
 
 TEST_F(FullDiskPrefs, FirstBlockIsNotCountedUntilItIsWhole) {
-    const std::string large = Header(1) + mLarge.Entry(1, 58) + ScrambledBlock(mLarge.bytes);
+    const std::string large = Header(1) + Entry(mLarge, 1, 58) + ScrambledBlock(mLarge.bytes);
     for (unsigned int pages = 0; pages < 4; ++pages) {
         SCOPED_TRACE(pages);
         const bool room = pages >= 2;
@@ -340,7 +329,7 @@ TEST_F(FullDiskPrefs, FirstBlockIsNotCountedUntilItIsWhole) {
 }
 
 TEST_F(FullDiskPrefs, NewFileThatIsNotWholeIsTold) {
-    const std::string whole = Header(1, mPath) + mLarge.Entry(1, 58) + mLarge.bytes;
+    const std::string whole = Header(1, mPath) + Entry(mLarge, 1, 58) + mLarge.bytes;
     // The old file is cut first: its room is the new one's, and its bytes are gone in any case.
     for (unsigned int older : {0u, 5u, kPage + 1, 4 * kPage})
         for (unsigned int pages = 0; pages < 5; ++pages) {

@@ -25,18 +25,14 @@ static std::string Mail(const std::string& topic, const std::string& sender) {
 
 class CurrentUser : public Test {
 protected:
-    CurrentUser() { Clear(); }
+    CurrentUser() { mKept.Remove(); }
     ~CurrentUser() override {
         Done();
         EXPECT_TRUE(mBoxes.Shown().empty()); // nothing is reported to the user
     }
-    void Clear() {
-        SetFileAttributesA(mPath.c_str(), FILE_ATTRIBUTE_NORMAL);
-        DeleteFileA(mPath.c_str());
-    }
     // What the functions give for a file with this record; "" for 0 with nothing written.
     std::string Inbox(const std::string& record) {
-        Clear();
+        mKept.Remove();
         return WriteFileBytes(mPath, ScrambledUserData(record)), Inbox();
     }
     std::string Inbox() {
@@ -51,8 +47,8 @@ protected:
 
     ScratchFolder mFolder;
     MessageBoxes mBoxes;
-    const std::string mPath = WindowsDirectory() + "\\JXUSER.DAT";
-    const KeptFile mKept{mPath};
+    const KeptFile mKept{WindowsDirectory() + "\\JXUSER.DAT"};
+    const std::string& mPath = mKept.Path();
     char *mInbox = nullptr, *mUserData = nullptr;
     char *topic = nullptr, *file = nullptr, *sender = nullptr;
     unsigned short kind = 0, flag = 0;
@@ -105,7 +101,7 @@ TEST_F(CurrentUser, WithoutAFileThatCanBeReadNothingIsWritten) {
         EXPECT_EQ(Inbox(), "");
     }
     EXPECT_EQ(Inbox(""), "");
-    Clear();
+    mKept.Remove();
     WriteFileBytes(mFolder.Path("JXUSER.DAT"), ScrambledUserData(Account("C:\\X", "X")));
     EXPECT_TRUE(Inbox() == "" && !FileThere(mPath));
     CreateDirectoryA(mPath.c_str(), nullptr);
@@ -125,5 +121,3 @@ TEST_F(CurrentUser, DamagedAccountGivesWhatStandsBeforeTheDamage) {
     for (unsigned int seed = 1; seed <= 100; ++seed)
         Inbox(RandomBytes(seed, 90 * seed));
 }
-
-// Without the D file's name there is no inbox to tell.

@@ -1,17 +1,14 @@
 #include <gmock/gmock.h>
 
 #include "postrider.h"
-#include "resources/jxsysres.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
+#include "tests/support/resource_text.h"
 #include "tests/support/scratch.h"
 
 using testing::ElementsAre;
 using Values = std::vector<int>; // message format, enclosure encoding, platform
 
-static std::string Word(unsigned int resource) {
-    return RBString(resource, GetJxSystemResHandle()).Text();
-}
 static std::string File(const std::string& format, const std::string& encoding,
                         const std::string& platform) {
     return "[Address Defaults]\r\nMessage Format=" + format + "\r\nEnclosure Encoding=" + encoding +
@@ -63,7 +60,8 @@ TEST_F(InstallableDefaults, AreKeptAsWords) {
     for (const auto& [values, words] : cases) {
         Set(values[0], values[1], values[2]);
         EXPECT_EQ(Get(), values);
-        EXPECT_EQ(ReadFileBytes(mTarget), File(Word(words[0]), Word(words[1]), Word(words[2])));
+        EXPECT_EQ(ReadFileBytes(mTarget),
+                  File(ResourceText(words[0]), ResourceText(words[1]), ResourceText(words[2])));
     }
     // A value without a word leaves its key without a text.
     Set(5, 3, 0);
@@ -72,20 +70,21 @@ TEST_F(InstallableDefaults, AreKeptAsWords) {
 }
 
 TEST_F(InstallableDefaults, SetUpCopiesTheSourceOnlyWhereThereIsNoTarget) {
-    RBString upper(713, GetJxSystemResHandle());
-    const std::string source = File(upper.Upper().Text(), std::string(10000, 'x'), Word(726));
+    RBString upper(ResourceText(713).c_str());
+    const std::string source =
+        File(upper.Upper().Text(), std::string(10000, 'x'), ResourceText(726));
     WriteFileBytes(mFolder.Path("source\\defaults.ini"), source);
     SetUpFrom("source\\");
     EXPECT_EQ(ReadFileBytes(mTarget), source);
     EXPECT_EQ(Get(), (Values{4, 7, 6})); // words are known by their exact text
     EXPECT_EQ(MailUser().Platform(), 6);
-    WriteFileBytes(mTarget, File("", "", Word(722)));
+    WriteFileBytes(mTarget, File("", "", ResourceText(722)));
     SetUpFrom("source");
     EXPECT_EQ(Get(), (Values{4, 7, 3}));
 }
 
 TEST_F(InstallableDefaults, ASourceThatCannotBeReadLeavesNoTarget) {
-    WriteFileBytes(mFolder.Path("source\\defaults.ini"), File("", "", Word(722)));
+    WriteFileBytes(mFolder.Path("source\\defaults.ini"), File("", "", ResourceText(722)));
     {
         const HeldFile held(mFolder.Path("source\\defaults.ini"));
         SetUpFrom("source");

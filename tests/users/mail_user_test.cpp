@@ -120,6 +120,16 @@ TEST(MailUser, CopiesBitFourOfTheFlagsAndAssignsNone) {
     EXPECT_FALSE(user.IsEqual(copy));
 }
 
+// Values besides the library's own are other programs'.
+TEST(MailUser, KeepsSettingsOfOtherPrograms) {
+    MailUser user("Anna", "a", keFormat1, static_cast<enumEnclosureEncode>(99)), copy(user);
+    EXPECT_TRUE(copy.EnclosureEncode() == 99 && copy.IsEqual(user));
+    JxLoggedMailUser logged, assigned;
+    logged.SetUserStatus(static_cast<enumLoggedUserStatus>(5));
+    assigned = logged;
+    EXPECT_EQ(assigned.UserStatus(), 5);
+}
+
 TEST(MailUserRecord, HasNoFlags) {
     std::string record = Record("box7");
     const auto user =

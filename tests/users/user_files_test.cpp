@@ -18,12 +18,8 @@ static auto Report(const std::string& lines) {
 
 class UserFile : public Test {
 protected:
-    UserFile() { Clear(); }
-    void Clear() {
-        SetFileAttributesA(mPath.c_str(), FILE_ATTRIBUTE_NORMAL);
-        DeleteFileA(mPath.c_str());
-    }
-    void Put(const std::string& bytes) { Clear(), WriteFileBytes(mPath, bytes); }
+    UserFile() { mKept.Remove(); }
+    void Put(const std::string& bytes) { mKept.Remove(), WriteFileBytes(mPath, bytes); }
     std::string Verify() {
         RBString name, password, address, dialup;
         return JxPopUserVerify().ReadDataFromUserFile(name, password, address, dialup)
@@ -35,8 +31,8 @@ protected:
 
     ScratchFolder mFolder;
     MessageBoxes mBoxes;
-    const std::string mPath = WindowsDirectory() + "\\JXUSER.DAT";
-    const KeptFile mKept{mPath};
+    const KeptFile mKept{WindowsDirectory() + "\\JXUSER.DAT"};
+    const std::string& mPath = mKept.Path();
     JxCurrentUserDataFile mFile;
 };
 
@@ -52,7 +48,7 @@ TEST_F(UserFile, IsHiddenWhileClosed) {
         EXPECT_TRUE(Hidden() && mBoxes.Shown().empty());
     }
     // A missing file: the object holds it all the same, and closing cannot hide it.
-    Clear();
+    mKept.Remove();
     EXPECT_TRUE(!mFile.OpenUserDataFile(0xA1) && mBoxes.Shown().empty() && !FileThere(mPath));
     mFile.Close();
     EXPECT_THAT(mBoxes.Texts(),
@@ -104,18 +100,27 @@ TEST_F(UserFile, ThatCannotBeOpenedIsLeftAsItWas) {
     JxPopUserVerify verify("anna", "pw", "", "Home");
     const auto fails = [&] { EXPECT_TRUE(!verify.WriteDataToUserFile() && Verify() == "failed"); };
     Put(Streamed("kept"));
+    SetFileAttributesA(mPath.c_str(), FILE_ATTRIBUTE_HIDDEN);
     {
         const HeldFile held(mPath);
         fails();
+        EXPECT_TRUE(Hidden());
         EXPECT_FALSE(mFile.OpenUserDataFile(0xA1));
         mFile.Close();
         EXPECT_TRUE(Hidden());
     }
     EXPECT_EQ(ReadFileBytes(mPath), Streamed("kept"));
-    Clear();
+    mKept.Remove();
     CreateDirectoryA(mPath.c_str(), nullptr);
     fails();
     EXPECT_TRUE(RemoveDirectoryA(mPath.c_str()) && mBoxes.Shown().empty());
+}
+
+TEST_F(UserFile, WithANameThatIsNoneNeverTouchesTheDirectory) {
+    const DWORD before = GetFileAttributesA(WindowsDirectory().c_str());
+    for (const std::string& name : {std::string(), std::string(300, 'n')})
+        EXPECT_EQ(JxCurrentUserDataFile().Open(name.c_str(), keOpenRead), 0);
+    EXPECT_EQ(GetFileAttributesA(WindowsDirectory().c_str()), before);
 }
 
 static const std::string kAddress = "abcdefghijklmnopqrstuvwxyz01234-the.rest"; // 40 characters
@@ -139,7 +144,9 @@ protected:
         user.SetLoggedText("C:\\MAIL");
         user.SetSecondText("never written");
         std::fstream file(mPath, std::ios::out | std::ios::binary);
-        return user.WriteInfo(file);
+        const bool written = user.WriteInfo(file);
+        EXPECT_EQ(written, file.good());
+        return written;
     }
     // What a file with these bytes gives.
     std::string Read(const std::string& bytes) {
@@ -173,6 +180,7 @@ TEST_F(LoggedUser, DamagedFileFailsAndLengthsStayInTheirFields) {
     EXPECT_THAT(Read(With(LoggedFile("Anna", kAddress), 209, "\xFF")),
                 StartsWith("Anna/" + kAddress));
     EXPECT_FALSE(Write(std::string(255, 'n'), std::string(200, 'a')));
+    EXPECT_EQ(ReadFileBytes(mPath), "");
     std::fstream closed;
     EXPECT_FALSE(JxLoggedMailUser().WriteInfo(closed));
     EXPECT_TRUE(Write("Anna", std::string(142, 'a')));

@@ -1,14 +1,14 @@
 // Does one operation again and again until it is ended, or has no more to do.
 //
-//   OPERATION FOLDER READY GO   sets the event READY, waits for GO, and does to the folder's files:
-//     compress, strip             "D0.DAT", "D1.DAT", ...: CompressDFile, RemoveAllMessageIDs
-//     move                        "D.DAT": DeleteOldMail into "OLD\D.DAT"
-//     prefs                       "RB.DAT": the steps of pref_steps.h
-//   READY is set a second time when all is done; 0 when it succeeded.
+//   OPERATION FOLDER READY GO DONE   says READY, waits for GO, and does to the folder's files:
+//     compress, strip                  "D0.DAT", "D1.DAT", ...: CompressDFile, RemoveAllMessageIDs
+//     move                             "D.DAT": DeleteOldMail into "OLD\D.DAT"
+//     prefs                            "RB.DAT": the steps of pref_steps.h
+//   Says DONE when all is done; 0 when it succeeded.
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/support/debug_output.h"
+#include "tests/support/helper_process.h"
 #include "tests/support/scratch.h"
 #include "tests/survival/pref_steps.h"
 
@@ -60,14 +60,13 @@ static void WarmUp(const std::string& folder) {
 }
 
 int main(int argc, char** argv) {
-    if (argc != 5)
+    if (argc != 6)
         return 2;
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     const std::string operation = argv[1], folder = argv[2];
     WarmUp(folder);
-    const HANDLE ready = OpenEventA(EVENT_MODIFY_STATE, FALSE, argv[3]);
-    SetEvent(ready);
-    WaitForSingleObject(OpenEventA(SYNCHRONIZE, FALSE, argv[4]), INFINITE);
+    Signal(argv[3]).Set();
+    Signal(argv[4]).Wait(INFINITE);
     bool done = false;
     if (operation == "compress")
         done = EachFile(folder, [](Inbox& file) { return file.CompressDFile(); });
@@ -78,6 +77,6 @@ int main(int argc, char** argv) {
         done = Move(folder);
     else if (operation == "prefs")
         done = Prefs(folder);
-    SetEvent(ready);
+    Signal(argv[5]).Set();
     return done ? 0 : 1;
 }
