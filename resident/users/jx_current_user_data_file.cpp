@@ -27,7 +27,8 @@ unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
     if (length == 0 || length >= size)
         return 0;
     FileSpec spec(buffer, 1);
-    // A name that is none would leave the directory itself.
+    // A name that is none would leave the directory itself, which Close would then hide.
+    *buffer = 0;
     if (spec.SetSpecPart(name, 0) != FileSpec::keSpecOk)
         return 0;
     const char* const path = spec.FullFileSpec();

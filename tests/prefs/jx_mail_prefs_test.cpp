@@ -229,6 +229,10 @@ TEST_F(MailPrefs, FileThatCannotBeWrittenIsReportedAndKept) {
     RemoveDirectoryA(mPath.c_str());
     WriteFileBytes(mPath, file);
     EXPECT_EQ(mPrefs.VerifyFileExists(mUser), 1);
+    JxMailUserRepresentation nobody("Anna", "");
+    KeptFile root("C:\\RB.DAT");
+    WriteFileBytes(root.Path(), file);
+    EXPECT_EQ(mPrefs.VerifyFileExists(nobody), 0);
     {
         const HeldFile held(mPath);
         fails();

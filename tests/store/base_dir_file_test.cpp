@@ -168,12 +168,16 @@ TEST_F(BaseDirFileTest, AltersBySlotAndLeavesTheFileAsItWas) {
 
 TEST_F(BaseDirFileTest, CountsUsedRecordsAnewEachTime) {
     const std::string late = Date(Message("C"), 0x99223344), last = Date(late, 0xFFFFFFFF);
-    const auto counts = [](BaseDirFile& file, int result) {
-        EXPECT_EQ(file.GetInfo(keInfoAll), result);
+    const auto told = [](BaseDirFile& file) {
         return std::to_string(file.UsedCount()) + " " + std::to_string(file.UnprocessedCount()) +
                " " + std::to_string(file.NewestDate()) + " " +
                std::to_string(file.HasUnprocessedKind1());
     };
+    const auto counts = [&](BaseDirFile& file, int result) {
+        EXPECT_EQ(file.GetInfo(keInfoAll), result);
+        return told(file);
+    };
+    EXPECT_TRUE(told(mFile) == "0 0 0 0" && mFile.IsGood());
     Write(last + Status(late, 1) + Kind(Message("D"), 2) + Free(last) + Broken(last) +
           With(last, 5, "\x1F") + Cut(last));
     EXPECT_EQ(counts(mFile, 1), "2 1 2569155396 0");

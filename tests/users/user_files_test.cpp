@@ -118,9 +118,14 @@ TEST_F(UserFile, ThatCannotBeOpenedIsLeftAsItWas) {
 
 TEST_F(UserFile, WithANameThatIsNoneNeverTouchesTheDirectory) {
     const DWORD before = GetFileAttributesA(WindowsDirectory().c_str());
-    for (const std::string& name : {std::string(), std::string(300, 'n')})
-        EXPECT_EQ(JxCurrentUserDataFile().Open(name.c_str(), keOpenRead), 0);
-    EXPECT_EQ(GetFileAttributesA(WindowsDirectory().c_str()), before);
+    for (const std::string& name : {std::string(), std::string(300, 'n')}) {
+        EXPECT_EQ(mFile.Open(name.c_str(), keOpenRead), 0);
+        EXPECT_EQ(GetFileAttributesA(WindowsDirectory().c_str()), before);
+        mFile.Close();
+        EXPECT_EQ(GetFileAttributesA(WindowsDirectory().c_str()), before);
+        EXPECT_THAT(mBoxes.TakeTexts(),
+                    ElementsAre(Report("iiResult == 0\nCan't set JxBackgnd file attributes")));
+    }
 }
 
 static const std::string kAddress = "abcdefghijklmnopqrstuvwxyz01234-the.rest"; // 40 characters
