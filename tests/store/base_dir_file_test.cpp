@@ -132,8 +132,11 @@ TEST_F(BaseDirFileTest, AltersByPositionAndProbeInAnOpenFileAlone) {
     EXPECT_EQ(Written(record), Kind(Message("A"), 6));
     EXPECT_EQ(mFile.AlterDirectoryBlock(b, record, 0), 632);
     EXPECT_EQ(Written(record), stored);
+    // What the result tells is in the file, for others too.
     EXPECT_EQ(mFile.AlterDirectoryBlock(c, 316L, 1), 316);
+    EXPECT_EQ(Read(), kHeader + Message("C") + stored + cut);
     EXPECT_EQ(mFile.AlterDirectoryBlock(b, c, 1), 632);
+    EXPECT_EQ(Read(), kHeader + Message("C") + Message("C") + cut);
     EXPECT_EQ(mFile.AlterDirectoryBlock(record, 948L, 0), -1);
     EXPECT_EQ(mFile.AlterDirectoryBlock(record, -2L, 1), -1);
     EXPECT_EQ(mFile.AlterDirectoryBlock(b, record, 0), -2);
