@@ -49,6 +49,78 @@ TEST(FileSpecTest, DescendsOneLevelAtATimeToTheRoot) {
     EXPECT_EQ(Parts(bare), "-1||F|.X");
 }
 
+TEST(FileSpecTest, ChangesOnePartAndKeepsTheOthers) {
+    FileSpec spec("C:\\A\\F.X"), bare;
+    for (const auto& [sub, path] : {std::pair("B", "\\A\\B\\"), {"\\C\\", "\\A\\B\\C\\"}}) {
+        EXPECT_EQ(spec.AppendPath(sub), 0);
+        EXPECT_EQ(Parts(spec), std::string("2|") + path + "|F|.X");
+    }
+    EXPECT_EQ(bare.AppendPath("B"), 0);
+    EXPECT_EQ(Parts(bare), "-1|\\B\\||");
+    for (const auto& [path, stored] : {std::pair("B", "\\B\\"), {"\\B", "\\B\\"}, {"", "\\\\"}}) {
+        spec.SetPath(path);
+        EXPECT_EQ(Parts(spec), std::string("2|") + stored + "|F|.X");
+    }
+    for (const auto& [ext, stored] : {std::pair("Y", ".Y"), {".ZZ", ".ZZ"}, {"", ""}}) {
+        spec.SetFileExt(ext);
+        EXPECT_STREQ(spec.FileExt(), stored);
+    }
+    spec.SetFileExt(Of(300).c_str());
+    EXPECT_EQ(spec.FileExt(), "." + Of(259));
+    spec.Reset();
+    EXPECT_EQ(Parts(spec), "-1|||");
+}
+
+TEST(FileSpecTest, JoinsItsParts) {
+    const auto joined = [](const FileSpec& spec) {
+        std::string texts;
+        for (const auto form :
+             {&FileSpec::FullSpec, &FileSpec::FullFileSpec, &FileSpec::FullFilePath,
+              &FileSpec::FullPath, &FileSpec::FullFileName, &FileSpec::ShortFileExt})
+            if (const char* const text = (spec.*form)())
+                texts += std::string(text) + " ";
+        return texts;
+    };
+    EXPECT_EQ(joined(FileSpec("C:\\A\\F.X")), "C:\\A\\F.X C:\\A\\F.X C:\\A C:\\A\\ F.X X ");
+    EXPECT_EQ(joined(FileSpec("F.")), "F. F   F. ");
+    EXPECT_EQ(joined(FileSpec("C:\\", 1)), "C:\\ C:\\ C:\\ C:\\  ");
+    EXPECT_EQ(joined(FileSpec("\\AB\\", 1)), "\\AB\\ \\AB \\AB \\AB\\  ");
+}
+
+TEST(FileSpecTest, OrdersByTheNameAndComparesTheWhole) {
+    const FileSpec spec("C:\\B\\b.x"), upper("C:\\B\\B.X"), other("D:\\A\\B.Y");
+    EXPECT_FALSE(spec < upper || upper < spec || other < spec);
+    EXPECT_TRUE(spec < other && FileSpec("B") < spec);
+    EXPECT_TRUE(spec == FileSpec(spec) && spec != upper);
+    for (const char* differs : {"D:\\B\\b.x", "C:\\b.x", "C:\\B\\c.x", "C:\\B\\b"})
+        EXPECT_FALSE(spec == FileSpec(differs));
+}
+
+TEST(FileSpecTest, JudgesNamesAndPathsByTheirForbiddenCharacters) {
+    FileSpec spec("C:\\OLD\\OLD.OLD");
+    const struct {
+        const char* text;
+        int name, path, strict; // the code as a name without extension, as a path, as a strict one
+    } texts[] = {{"", 0, 0, 0},           {"a b", 0, 0, 0},        {"a.b.", 346, 0, 0},
+                 {"C:\\a", 346, 0, 346},  {"\\a", 346, 0, 346},    {"CC:", 346, 346, 346},
+                 {":", 346, 346, 346},    {"a:b:", 346, 346, 346}, {"a*", 346, 346, 346},
+                 {"a.\"", 346, 346, 346}, {"\\a?", 346, 346, 346}, {"a/b", 346, 346, 346},
+                 {"<", 346, 346, 346},    {"a\\>", 346, 346, 346}};
+    for (const auto& [text, name, path, strict] : texts) {
+        SCOPED_TRACE(text);
+        RBString string(text);
+        EXPECT_EQ(FileSpec::isValidFileNoExt(string, spec.InvalidSet()), name);
+        EXPECT_EQ(FileSpec::isValidPathName(string, spec.InvalidSet(), 0), path);
+        EXPECT_EQ(FileSpec::isValidPathName(string, spec.InvalidSet(), 1), strict);
+        EXPECT_EQ(FileSpec::isValidPathName(string, "", 0), 347);
+    }
+    RBString bad("D:\\N*\\"), folder("D:\\N"), ext(".X");
+    EXPECT_EQ(spec.SetValidSpecPart(bad, 1), 346);
+    EXPECT_EQ(Parts(spec), "2|\\OLD\\|OLD|.OLD");
+    EXPECT_EQ(spec.SetValidSpecPart(folder, 1) + spec.SetValidSpecPart(ext, 0), 0);
+    EXPECT_EQ(Parts(spec), "3|\\N\\|OLD|.X");
+}
+
 TEST(FileSpecTest, LimitsEveryPartTo260Characters) {
     const auto build = [](std::string path, std::string name = "", std::string ext = "") {
         return FileSpec().Build(0, path.c_str(), name.c_str(), ext.c_str(), 1);
