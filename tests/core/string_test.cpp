@@ -28,11 +28,12 @@ static std::string Many(unsigned int n, char c = 'x') { return std::string(n, c)
 TEST(StringValue, HasOneEmptyFormFromWhichItGrows) {
     const char* const noText = nullptr;
     const unsigned char* const noPascalText = nullptr;
-    RBString reset("text"), truncated(reset);
+    RBString reset("text"), truncated(reset), missing(reset);
     reset.reset();
     truncated.Truncate(0);
     for (RBString text : {RBString(), RBString(noText), RBString(noPascalText), RBString('\0'),
-                          RBString(7, GetModuleHandleA(nullptr)), reset, truncated}) {
+                          RBString(7, GetModuleHandleA(nullptr)), reset, truncated,
+                          missing.getResource(7, GetModuleHandleA(nullptr))}) {
         EXPECT_EQ(Stored(text), Image(0, ""));
         text.concat(noText).concat("tex").concat('t').concat('\0').concat(noPascalText);
         EXPECT_EQ(Stored(text), Image(4, "text"));
@@ -79,6 +80,7 @@ TEST(StringSharing, ReplacingDetachesAndChangingCaseDoesNot) {
     { const std::vector<RBString> holders(70000, kept); } // more than the count counts
     RBString second(kept);
     EXPECT_TRUE(second.Lower().SetCharUpper(2));
+    EXPECT_TRUE(second.IsCharUpperA(2) && !second.IsCharUpperA(3));
     EXPECT_STREQ(kept.Text(), "\xE4Pfel");
 }
 

@@ -73,6 +73,17 @@ TEST_F(RbFileTest, TellsTheStampAndSize) {
     EXPECT_EQ(size, 5);
 }
 
+TEST_F(RbFileTest, KeepsAsMuchAsItsBufferHolds) {
+    RbFile file("A.DAT");
+    file.SetBufferSize(100000);
+    ASSERT_TRUE(file.Open(keOpenRewrite));
+    for (int i = 0; i < 50000; ++i)
+        file.put('x');
+    EXPECT_EQ(ReadFileBytes("A.DAT").size(), 0u);
+    file.close();
+    EXPECT_EQ(ReadFileBytes("A.DAT").size(), 50000u);
+}
+
 static std::vector<unsigned int> positions;
 static size_t stopAfter;
 

@@ -103,6 +103,29 @@ TEST(BackgndData, EmptyAddressesAreReportedAndTaken) {
     EXPECT_THAT(boxes.Texts(), AllOf(SizeIs(2), Each(HasSubstr("\nstrAddress.Length () > 0\n"))));
 }
 
+TEST(BackgndData, TellsItsDialupConnection) {
+    const auto told = [](const RsWinPlatformData& platform) {
+        EXPECT_NE(platform.Handle(), nullptr);
+        return (platform.IsDialup() ? "on " : "off ") +
+               std::string(platform.IsDialupNameSet() ? "set " : "unset ") +
+               platform.DialupName().Text();
+    };
+    JxBackgndData data;
+    data.mstr16 = "Home";
+    RsWinPlatformData none(&data);
+    EXPECT_EQ(told(none), "off unset ");
+    const std::pair<unsigned long, const char*> options[] = {
+        {0xFFFFF3FF, "off unset Home"}, {0x400, "on unset Home"}, {0x800, "off set Home"}};
+    for (const auto& [flags, text] : options) {
+        data.mulFlags = flags;
+        EXPECT_EQ(told(RsWinPlatformData(&data, &data)), text);
+    }
+    none.SetDialupName("Office");
+    EXPECT_EQ(told(none), "on set Office");
+    none.SetDialupName("");
+    EXPECT_EQ(told(none), "off set ");
+}
+
 TEST(DownloadItem, StreamsTheLowHalfOfItsNumber) {
     JxDownloadItem item("<id>"), read("old");
     item.SetNumber(0x12345678);

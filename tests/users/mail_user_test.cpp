@@ -125,9 +125,14 @@ TEST(MailUser, KeepsSettingsOfOtherPrograms) {
     MailUser user("Anna", "a", keFormat1, static_cast<enumEnclosureEncode>(99)), copy(user);
     EXPECT_TRUE(copy.EnclosureEncode() == 99 && copy.IsEqual(user));
     JxLoggedMailUser logged, assigned;
+    EXPECT_TRUE(logged.LoggedFlag1() && logged.LoggedFlag2() && logged.Value() == 0);
     logged.SetUserStatus(static_cast<enumLoggedUserStatus>(5));
+    logged.SetValue(-6);
+    logged.SetLoggedText("C:\\ANNA");
+    logged.SetSecondText("secret");
     assigned = logged;
-    EXPECT_EQ(assigned.UserStatus(), 5);
+    EXPECT_TRUE(assigned.UserStatus() == 5 && assigned.Value() == -6);
+    EXPECT_TRUE(assigned.LoggedText() == "C:\\ANNA" && assigned.SecondText() == "secret");
 }
 
 TEST(MailUserRecord, HasNoFlags) {
