@@ -91,6 +91,10 @@ TEST_F(UserList, ImportedSettingsDecideThePlatform) {
     EXPECT_EQ(Line(user + Fields(722, 712, 0)), done + "2 7 2");
     EXPECT_EQ(Line(user + Fields(0, 716, 719)), done + "3 2 3");
     EXPECT_EQ(Line(user + "\tDefault\tunknown\tunknown"), done + "2 7 2");
+    // Compared in the locale's order, in which a soft hyphen has no weight.
+    const std::string format = ResourceText(716);
+    EXPECT_EQ(Line(user + "\t\t" + format.substr(0, 1) + "\xAD" + format.substr(1)),
+              done + "3 7 5");
 }
 
 TEST_F(UserList, LinesEndInACarriageReturn) {
