@@ -51,15 +51,22 @@ TEST_F(DiskDriverTest, MovesTheProcessAndPutsItBack) {
 
 TEST_F(DiskDriverTest, ListsAFolder) {
     DiskDriver driver;
-    std::vector<std::string> names;
     driver.SetSearchPattern(FileSpec(mFolder.Path("TREE\\*.*").c_str()));
-    while (driver.FindFile()) {
-        FileSpec entry("C:\\IN\\OLD");
-        EXPECT_TRUE(driver.FoundFile(entry));
-        names.push_back(entry.FullSpec());
-    }
-    EXPECT_THAT(names, UnorderedElementsAre("C:\\IN\\A.DAT", "C:\\IN\\SUB\\OLD"));
-    driver.EndSearch();
+    const auto valid = [&](unsigned short attributes) {
+        std::vector<std::string> names;
+        driver.SetSearchAttributes(attributes);
+        while (driver.FindFile()) {
+            FileSpec entry("C:\\IN\\OLD");
+            EXPECT_TRUE(driver.FoundFile(entry));
+            if (driver.ValidFind())
+                names.push_back(entry.FullSpec());
+        }
+        driver.EndSearch();
+        return names;
+    };
+    EXPECT_THAT(valid(0), UnorderedElementsAre("C:\\IN\\A.DAT", "C:\\IN\\SUB\\OLD"));
+    EXPECT_THAT(valid(keAttrDirectory), ElementsAre("C:\\IN\\SUB\\OLD"));
+    EXPECT_THAT(valid(keAttrArchive), ElementsAre("C:\\IN\\A.DAT"));
     driver.SetSearchPattern(FileSpec(mFolder.Path("*.NONE").c_str()));
     FileSpec found;
     driver.FindFile();

@@ -53,6 +53,10 @@ TEST_F(UserFile, IsHiddenWhileClosed) {
     mFile.Close();
     EXPECT_THAT(mBoxes.Texts(),
                 ElementsAre(Report("iiResult == 0\nCan't set JxBackgnd file attributes")));
+    const KeptFile logged(WindowsDirectory() + "\\JXLGDUSR.DAT");
+    WriteFileBytes(logged.Path(), "logged");
+    EXPECT_TRUE(mFile.OpenLoggedUserFile(0xA1) && mFile.GetStream()->get() == 'l');
+    mFile.Close();
     char path[4];
     EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, sizeof path), 0u);
 }
