@@ -95,17 +95,12 @@ TEST_F(FolderCommands, AFolderMeansItsDFileThenItsMFile) {
 
 TEST_F(FolderCommands, InfoCounts) {
     Put(kHeader + A() + Free(A()) + B() + Broken(A()) + "rest");
-    const auto json = RunTool("info . --json").Json();
-    EXPECT_EQ(json["type"], 0);
-    EXPECT_EQ(json["size"], 5 * 316 + 4);
-    EXPECT_EQ(json["slots"], 4);
-    EXPECT_EQ(json["messages"], 2);
-    EXPECT_EQ(json["unprocessed"], 1);
-    EXPECT_EQ(json["unprocessedKind1"], true);
-    EXPECT_EQ(json["freeSlots"], 1);
-    EXPECT_EQ(json["brokenSlots"], 1);
-    EXPECT_EQ(json["bytesBehindLastRecord"], 4);
-    EXPECT_EQ(json["newest"], "2001-02-03 04:06:06");
+    auto json = RunTool("info . --json").Json();
+    json.erase("file"), json.erase("typeBecause");
+    EXPECT_EQ(json, nlohmann::json::parse(R"({
+        "type": 0, "size": 1584, "slots": 4, "messages": 2, "unprocessed": 1,
+        "unprocessedKind1": true, "freeSlots": 1, "brokenSlots": 1,
+        "bytesBehindLastRecord": 4, "newest": "2001-02-03 04:06:06"})"));
     EXPECT_THAT(RunTool("info .").out, HasSubstr("Slots         4, 1 free, 1 broken"));
 }
 
@@ -137,6 +132,7 @@ TEST_F(FolderCommands, CheckTellsWhatIsDamagedAndWhatWouldBeLost) {
     EXPECT_THAT(ran.out, HasSubstr("Lost: The message is not listed"));
     EXPECT_THAT(ran.out, HasSubstr("The message file B.EML has only a record that cannot be read"));
     EXPECT_THAT(ran.out, HasSubstr("2 problems found."));
+    EXPECT_EQ(ReadFileBytes("DFile"), kHeader + A() + Broken(B()));
 }
 
 TEST_F(FolderCommands, CheckFindsDamagedFields) {
@@ -177,12 +173,6 @@ TEST_F(FolderCommands, CheckComparesRecordsWithMessageFiles) {
     EXPECT_THAT(Check(A() + A(), "--type 0"),
                 ElementsAre("used-header 0 0", "file-without-record null null",
                             "short-message-file null null", "file-without-record null null"));
-}
-
-TEST_F(FolderCommands, CheckChangesNothing) {
-    Put(kHeader + Broken(A()) + "rest");
-    RunTool("check .");
-    EXPECT_EQ(ReadFileBytes("DFile"), kHeader + Broken(A()) + "rest");
 }
 
 TEST_F(FolderCommands, RebuildAsksFirst) {
@@ -267,6 +257,10 @@ TEST_F(FolderCommands, CompressAsksAndTellsWhatItSaves) {
     EXPECT_EQ(ReadFileBytes("DFile"), kHeader + A() + B());
     EXPECT_FALSE(FileThere("DFile.BAK"));
     EXPECT_THAT(RunTool("compress . --yes").out, HasSubstr("There is nothing to save."));
+    // The rest of a record goes, too.
+    Put(kHeader + A() + Cut(B()));
+    EXPECT_EQ(RunTool("compress . --yes").code, 0u);
+    EXPECT_EQ(ReadFileBytes("DFile"), kHeader + A());
 }
 
 TEST_F(FolderCommands, CompressKeepsDamagedRecordsAndOldCopiesUnlessTold) {
@@ -281,12 +275,6 @@ TEST_F(FolderCommands, CompressKeepsDamagedRecordsAndOldCopiesUnlessTold) {
     EXPECT_EQ(RunTool("compress . --yes --drop-damaged").code, 1u);
     EXPECT_EQ(ReadFileBytes("DFile.BAK"), "old");
     EXPECT_EQ(RunTool("compress . --yes --drop-damaged --replace-backup").code, 0u);
-    EXPECT_EQ(ReadFileBytes("DFile"), kHeader + A());
-}
-
-TEST_F(FolderCommands, CompressRemovesTheRestOfARecord) {
-    Put(kHeader + A() + Cut(B()));
-    EXPECT_EQ(RunTool("compress . --yes").code, 0u);
     EXPECT_EQ(ReadFileBytes("DFile"), kHeader + A());
 }
 
@@ -311,10 +299,8 @@ TEST_F(FolderCommands, HelpHasExamples) {
 }
 
 TEST_F(FolderCommands, WrongUse) {
-    EXPECT_EQ(RunTool("").code, 2u);
-    EXPECT_EQ(RunTool("lsit .").code, 2u);
-    EXPECT_EQ(RunTool("list").code, 2u);
-    EXPECT_EQ(RunTool("list . --type 3").code, 2u);
+    for (const char* arguments : {"", "lsit .", "list", "list . --type 3"})
+        EXPECT_EQ(RunTool(arguments).code, 2u) << arguments;
     EXPECT_THAT(RunTool("list . --no-such").err, Not(IsEmpty()));
 }
 
