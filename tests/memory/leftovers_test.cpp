@@ -1,6 +1,5 @@
-// No byte of memory that nobody has set reaches a file: every writer of records runs with its
-// memory filled by one pattern and then by another, and both leave the same bytes. (Files without
-// room behind a text, and copies, are compared byte by byte where they are written.)
+// No byte of memory that nobody has set reaches a file: every writer runs with its memory filled
+// by one pattern and then by another, and both leave the same bytes.
 
 #include <gmock/gmock.h>
 
@@ -108,10 +107,6 @@ TEST(Leftovers, UsersWithShortAndLongTexts) {
             logged.SetLoggedText("C:\\USER");
             Stream("USERS", user, system, logged);
             EXPECT_EQ(user.Export(list), keUserListDone);
-            RbFile info(("LOGGED" + std::to_string(size)).c_str());
-            ASSERT_TRUE(info.Open(keOpenRewrite));
-            EXPECT_TRUE(logged.WriteInfo(info));
-            info.close();
             // The records stand in a buffer that the next one uses again.
             std::filesystem::rename("USERS", "USERS" + std::to_string(size));
         }
@@ -215,6 +210,42 @@ TEST(Leftovers, PreferenceFiles) {
     });
 }
 
+TEST(Leftovers, SettingsFiles) {
+    ExpectSameFiles({".\\SET.INI", ".\\defaults.ini"}, [] {
+        SystemPrefFile file(RBString(std::filesystem::absolute("SET.INI").string().c_str()));
+        EXPECT_TRUE(file.SetPrefToken("A", "text", "value"));
+        EXPECT_TRUE(file.SetToken("A", "number", 7, 0));
+        EXPECT_TRUE(RbIniStringEntry("B", "text", "value").StreamOut(file));
+        EXPECT_TRUE(RbIniIntEntry("B", "number", -7).StreamOut(file));
+        JxMailUserRepresentation user("Smith|Anna", "C:\\ANNA");
+        EXPECT_TRUE(user.StreamOut(file));
+
+        const std::string here = std::filesystem::current_path().string();
+        std::filesystem::create_directory("FROM");
+        WriteFileBytes("FROM\\defaults.ini", "[Address Defaults]\r\nPlatform=Other\r\n");
+        JxInstallableDefaults& defaults = *JxInstallableDefaults::GetInstance();
+        EXPECT_EQ(defaults.SetupInstallableDefaults((here + "\\FROM").c_str(), here.c_str()), 1);
+        defaults.SetDefaultMessageFormat(keFormat1);
+        defaults.SetDefaultEnclosureEncoding(keEncode1);
+        defaults.SetDefaultPlatformType(kePlatform6);
+        JxInstallableDefaults::KillInstance();
+    });
+}
+
+TEST(Leftovers, LocalFoldersWithTheirDirectoryFiles) {
+    ExpectSameFiles({".\\InBox\\DFile", ".\\MailLog\\MFile", ".\\Public\\DFile", ".\\Trash\\DFile",
+                     ".\\SentMail\\DFile", ".\\OutBox\\DFile"},
+                    [] {
+                        JXMailPrefs prefs(0);
+                        FileSpec here(std::filesystem::current_path().string().c_str(), 1), made;
+                        prefs.SetMailDirectory(here);
+                        for (int which = 0; which < 8; ++which)
+                            EXPECT_EQ(JxLoggedMailUser().SetupLocalMailDirectory(
+                                          &prefs, made, static_cast<enumLocalMailDir>(which)),
+                                      1);
+                    });
+}
+
 // Users are written by way of buffers that all of them share.
 template <unsigned int size>
 static std::string Buffer(const unsigned char (&bytes)[size]) {
@@ -252,4 +283,45 @@ TYPED_TEST(LeftoversOf, TheUserBeforeAreInNoRecord) {
     const auto alone = ShortUsers<TypeParam>("");
     for (unsigned int size : {31, 32, 111, 142})
         EXPECT_TRUE(ShortUsers<TypeParam>(std::string(size, 'z')) == alone) << size;
+}
+
+// The files of the Windows directory, copied where they are compared.
+TEST(Leftovers, FilesOfTheCurrentUser) {
+    const std::string user = WindowsDirectory() + "\\JXUSER.DAT";
+    const std::string loggedUser = WindowsDirectory() + "\\JXLGDUSR.DAT";
+    const KeptFile kept(user), keptLogged(loggedUser);
+    ExpectSameFiles({".\\USER1", ".\\USER2", ".\\LOGGED"}, [&] {
+        JxCurrentUserDataFile file;
+        JxBackgndData data;
+        data.SetFullPopAccount("anna@pop:110");
+        data.SetFullSmtpHost("smtp:25");
+        ASSERT_TRUE(file.OpenUserDataFile(keOpenRewrite));
+        *file.GetStream() << data;
+        file.Close();
+        WriteFileBytes("USER1", ReadFileBytes(user));
+        EXPECT_EQ(JxPopUserVerify("Anna", "secret", "127.0.0.1", "Home").WriteDataToUserFile(), 1);
+        WriteFileBytes("USER2", ReadFileBytes(user));
+        MailUser mailUser("Smith|Anna", std::string(50, 'a').c_str(), keUserOrdinary);
+        JxLoggedMailUser logged(mailUser);
+        ASSERT_TRUE(file.OpenLoggedUserFile(keOpenRewrite));
+        EXPECT_TRUE(logged.WriteInfo(*file.GetStream()));
+        file.Close();
+        WriteFileBytes("LOGGED", ReadFileBytes(loggedUser));
+    });
+}
+
+TEST(Leftovers, CopiesAndTemporaryFiles) {
+    ExpectSameFiles({".\\COPY1", ".\\COPY2", ".\\TEMP"}, [] {
+        WriteFileBytes("SOURCE", RandomBytes(1, 70001));
+        RbFile source("SOURCE"), copy("COPY1"), small("COPY2");
+        EXPECT_EQ(copy.Copy(source, 1, nullptr, keDupLargeBuffer), keCopyDone);
+        EXPECT_EQ(small.Copy(source, 1, nullptr, keDupSmallBuffer), keCopyDone);
+        TemporaryFile temporary(1);
+        ASSERT_TRUE(temporary.IsValid());
+        ASSERT_TRUE(temporary.isOpen() || temporary.Open(keOpenUpdate));
+        const DirectoryRecord record;
+        temporary << const_cast<DirectoryRecord&>(record);
+        temporary.close();
+        WriteFileBytes("TEMP", ReadFileBytes(temporary.FullFileSpec()));
+    });
 }
