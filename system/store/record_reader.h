@@ -13,8 +13,8 @@ public:
     explicit RecordReader(std::istream& in);
 
     // The next whole record, as it stands in the file, or null: at the end, also inside a record,
-    // the stream's state has eof and fail, after a failed read it has bad. Valid, and free to be
-    // changed, until the next call.
+    // the stream's state has eof and fail, at one that cannot be read it has bad. Valid, and free
+    // to be changed, until the next call.
     DiskDirRec* Next() {
         if (mNext == mEnd && !ReadBlock())
             return nullptr;
@@ -25,6 +25,7 @@ private:
     bool ReadBlock();
 
     std::istream& mIn;
+    unsigned int mBlockRecords;
     std::unique_ptr<DiskDirRec[]> mBlock;
     DiskDirRec* mNext;
     DiskDirRec* mEnd;
