@@ -57,6 +57,12 @@ with_wine() {
     # open: that one is ours.
     limited xvfb-run -a bash -c 'wineserver -p
         wine cmd /c exit </dev/null >/dev/null 2>&1
+        export POSTRIDER_RUN=$$
         "$@"; status=$?
-        wineserver -k; wineserver -w; exit $status' bash "$@"
+        wineserver -k; wineserver -w
+        # What own_prefix left that was ended from outside.
+        for prefix in {/dev/shm,build}/postrider-prefix.$$.*; do
+            [ ! -d "$prefix" ] || { WINEPREFIX=$prefix wineserver -k; rm -rf "$prefix"; }
+        done
+        exit $status' bash "$@"
 }
