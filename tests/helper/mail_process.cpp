@@ -83,7 +83,7 @@ static int Change(DirectoryFile& file, char** arguments) {
             RbFile added = message(i), freed = message(i * 7);
             DirectoryRecord probe;
             if (!file.AddMessage(&added) || !file.ReadDDR(freed, probe))
-                return 3;
+                return -1;
             file.MarkUnUsed(probe, 0);
         }
         file.UpdateDFile();

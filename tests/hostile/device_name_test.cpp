@@ -50,9 +50,7 @@ TEST_F(DeviceNames, HoldNoRecords) {
             EXPECT_NE(file.CheckUnprocessedDDRs(keCheckAlways, nullptr), keCheckSome);
             EXPECT_NE(file.GetUnprocessedDDRs(&mTaken, nullptr, keGetProcessable), keGetSome);
             file.DeleteOldMail(0, 0, &target);
-            // For type 2 through a temporary file, whose number other programs count on.
-            if (type != keDirMessages)
-                file.UpdateDFile();
+            file.UpdateDFile();
             EXPECT_EQ(file.GetDFile(copy), 0);
             EXPECT_TRUE(!mTaken.GetFirstObject() && !mItems.GetFirstObject());
             DeleteFileA("COPY");

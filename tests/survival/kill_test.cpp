@@ -93,7 +93,9 @@ protected:
             SCOPED_TRACE("seed " + std::to_string(kSeed) + ", kill " + std::to_string(kill) +
                          " after " + std::to_string(delay) + " of " + std::to_string(duration) +
                          " microseconds");
-            const std::string moment = Check(mFolder.Path("V" + std::to_string(kill % kAhead)));
+            const std::string folder = mFolder.Path("V" + std::to_string(kill % kAhead));
+            EXPECT_FALSE(FileThere(folder + "\\FAILED"));
+            const std::string moment = Check(folder);
             ++moments[late ? "after_the_end" : moment];
             if (HasFailure())
                 return;

@@ -4,7 +4,7 @@
 //     compress, strip                  "D0.DAT", "D1.DAT", ...: CompressDFile, RemoveAllMessageIDs
 //     move                             "D.DAT": DeleteOldMail into "OLD\D.DAT"
 //     prefs                            "RB.DAT": the steps of pref_steps.h
-//   Says DONE when all is done; 0 when it succeeded.
+//   Says DONE when all is done; 0 when it succeeded, else there is a file FAILED in the folder.
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
@@ -77,6 +77,8 @@ int main(int argc, char** argv) {
         done = Move(folder);
     else if (operation == "prefs")
         done = Prefs(folder);
+    if (!done)
+        WriteFileBytes(folder + "\\FAILED", "");
     Signal(argv[5]).Set();
     return done ? 0 : 1;
 }
