@@ -39,6 +39,18 @@ private:
     std::unique_ptr<HelperProcess> mProcess;
 };
 
+// What a file holds; "none" for none.
+static std::string Held(Text path) { return FileThere(path) ? ReadFileBytes(path) : "none"; }
+
+// The names and bytes of a folder's files.
+static std::string Everything(Text folder) {
+    std::string all;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        if (entry.is_regular_file())
+            all += entry.path().string() + Held(entry.path().string());
+    return all;
+}
+
 class Killed : public MailFolder {
 protected:
     static constexpr unsigned int kKills = 200, kAhead = 3, kSeed = 1;
@@ -94,6 +106,12 @@ protected:
                          " after " + std::to_string(delay) + " of " + std::to_string(duration) +
                          " microseconds");
             const std::string folder = mFolder.Path("V" + std::to_string(kill % kAhead));
+            // It counts as ended while the system may still be at its last write.
+            std::string last;
+            do {
+                last = Everything(folder);
+                Sleep(25);
+            } while (Everything(folder) != last);
             EXPECT_FALSE(FileThere(folder + "\\FAILED"));
             const std::string moment = Check(folder);
             ++moments[late ? "after_the_end" : moment];
@@ -109,9 +127,6 @@ protected:
         EXPECT_GE(middle, least) << "too few kills hit the operation";
     }
 };
-
-// What a file holds; "none" for none.
-static std::string Held(Text path) { return FileThere(path) ? ReadFileBytes(path) : "none"; }
 
 static bool IsStart(Text bytes, Text whole) { return whole.compare(0, bytes.size(), bytes) == 0; }
 
