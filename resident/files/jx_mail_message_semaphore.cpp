@@ -1,6 +1,6 @@
 // Here, and not beside its header, because a lock is a file.
 
-#include "resident/runtime/jx_mail_message_semaphore.h"
+#include "resident/files/jx_mail_message_semaphore.h"
 
 #include "resident/files/disk_driver.h"
 #include "resident/files/rb_file.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "resident/core/rb_string.h"
-#include "resident/files/rb_list_box_item.h"
+#include "system/accounts/rb_list_box_item.h"
 #include "system/prefs/rb_ini_entry.h"
 
 class JxLoggedMailUser;

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "postrider_ticker.h"
 #include "resident/files/disk_driver.h"
 #include "resources/jxsysres.h"
-#include "ticker/ticker.h"
 
 static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
 static constexpr long kHeaderSize = 46;

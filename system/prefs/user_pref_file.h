@@ -1,8 +1,8 @@
 #pragma once
 
 #include "resident/core/rb_int.h"
+#include "system/prefs/jx_dat_header.h"
 #include "system/prefs/preference_file.h"
-#include "system/store/jx_dat_header.h"
 
 // One application's preference block, as its owner describes it.
 struct AppPrefTag {

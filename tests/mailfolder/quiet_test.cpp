@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "mailfolder/quiet.h"
 #include "postrider.h"
+#include "programs/mailfolder/quiet.h"
 #include "resources/jxsysres.h"
 #include "tests/support/debug_output.h"
 #include "tests/support/message_boxes.h"

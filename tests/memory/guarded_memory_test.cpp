@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "guarded/guarded_memory.h"
 #include "resident/core/rb_string.h"
 #include "resident/core/s_list.h"
 #include "resident/core/windows_api.h"
+#include "tests/guarded/guarded_memory.h"
 #include "tests/support/helper_process.h"
 
 // Whether the process that misuses a block of this size is stopped by the guard.

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <map>
 
-#include "guarded/guarded_memory.h"
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "tests/guarded/guarded_memory.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"

@@ -1,0 +1,33 @@
+file(GLOB_RECURSE sources CONFIGURE_DEPENDS
+    ${PROJECT_SOURCE_DIR}/resident/*.cpp
+    ${PROJECT_SOURCE_DIR}/system/*.cpp
+    ${PROJECT_SOURCE_DIR}/ticker/*.cpp)
+# Where small blocks of memory come from: a library for tests has its own.
+set(small_blocks
+    ${PROJECT_SOURCE_DIR}/resident/core/block_cache.cpp
+    ${PROJECT_SOURCE_DIR}/resident/core/node_slots.cpp)
+list(REMOVE_ITEM sources ${small_blocks})
+add_library(jxticdll_objects OBJECT ${sources})
+target_compile_definitions(jxticdll_objects PUBLIC JXTICDLL_EXPORTS)
+target_link_libraries(jxticdll_objects PUBLIC postrider_options jxsysres)
+
+# add_ticker_library(target source...): a JXTICDLL.DLL with its small blocks from these sources.
+function(add_ticker_library target)
+    add_library(${target} SHARED ${ARGN} ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME JXTICDLL
+        SUFFIX .DLL
+        IMPORT_PREFIX ""
+        IMPORT_SUFFIX .a
+        LINK_DEPENDS ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
+    target_link_libraries(${target} PRIVATE jxticdll_objects)
+    # Callee-cleans functions are exported under their plain names.
+    target_link_options(${target} PRIVATE -Wl,--kill-at)
+endfunction()
+
+add_ticker_library(jxticdll_library ${small_blocks})
+set_target_properties(jxticdll_library PROPERTIES ARCHIVE_OUTPUT_NAME jxticdll_classes)
+
+add_import_library(jxticdll jxticdll_library ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
+target_include_directories(jxticdll INTERFACE ${PROJECT_SOURCE_DIR})
+add_microsoft_import_library(postrider_ticker ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)

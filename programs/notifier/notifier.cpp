@@ -1,0 +1,87 @@
+// A notifier: lists an inbox through the exported functions alone.
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "programs/console/text.h"
+#include "ticker/ticker.h"
+
+namespace {
+
+struct Message {
+    std::string sender;
+    std::string topic;
+    std::string fileName;
+    int kind;
+    bool processed;
+};
+
+std::vector<Message> ReadInbox(const char* path) {
+    std::vector<Message> messages;
+    char* topic;
+    char* fileName;
+    char* sender;
+    unsigned short kind;
+    unsigned short flag;
+    int more = GetFirstRecord(path, &topic, &fileName, &sender, &kind, &flag);
+    for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag))
+        messages.push_back(
+            {Printable(sender), Printable(topic), Printable(fileName), kind, flag != 0});
+    Done();
+    return messages;
+}
+
+void PrintMessages(const std::vector<Message>& messages) {
+    std::vector<std::vector<std::string>> rows;
+    for (const Message& message : messages)
+        rows.push_back({message.sender, message.topic, std::to_string(message.kind),
+                        message.processed ? "yes" : "-", message.fileName});
+    PrintTable({{"From"}, {"Topic"}, {"Kind", true}, {"Processed"}, {"File"}}, rows);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Lists the messages of a Postrider inbox.");
+    std::string path;
+    std::string shownAs;
+    app.add_option("dfile", path, "A D file; the current user's inbox without one");
+    app.add_option("--shown-as", shownAs, "The name to call that file by");
+    CLI11_PARSE(app, argc, argv);
+    if (path.empty()) {
+        char* inbox;
+        char* userData;
+        if (!GetCurUserPath(&inbox, &userData)) {
+            fmt::print(stderr, "There is no current user: JXUSER.DAT of the Windows directory is "
+                               "missing or cannot be read.\n");
+            return 1;
+        }
+        path = inbox;
+    }
+    if (shownAs.empty())
+        shownAs = Printable(path.c_str());
+
+    // An inbox that cannot be read looks like an empty one through the exported functions.
+    const std::string reason = WhyUnreadable(path);
+    if (!reason.empty()) {
+        fmt::print(stderr, "Cannot list {}: {}.\n", shownAs, reason);
+        return 1;
+    }
+    const std::vector<Message> messages = ReadInbox(path.c_str());
+    fmt::print("Inbox {}\n\n", shownAs);
+    if (messages.empty()) {
+        fmt::print("  No messages.\n");
+        return 0;
+    }
+    PrintMessages(messages);
+    const auto processed = std::count_if(messages.begin(), messages.end(),
+                                         [](const Message& message) { return message.processed; });
+    fmt::print("\n  {} {}, {} processed\n", messages.size(),
+               messages.size() == 1 ? "message" : "messages", processed);
+    return 0;
+}

@@ -1,5 +1,0 @@
-#include "resident/files/rb_list_box_item.h"
-
-RbListBoxItem::RbListBoxItem() = default;
-
-RbListBoxItem::~RbListBoxItem() = default;

@@ -1,0 +1,36 @@
+#include "system/prefs/jx_dat_header.h"
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+#include <ostream>
+
+JXDatHeader::JXDatHeader() : first(0), second(0), word(0), nameLength(0), name() {}
+
+char* JXDatHeader::SetName(const char* newName) {
+    if (!newName)
+        newName = "";
+    const std::size_t length = std::strlen(newName);
+    std::memset(name, 0, sizeof name);
+    std::memcpy(name, newName, std::min<std::size_t>(length, keMaxName));
+    nameLength = static_cast<unsigned char>(length);
+    return name;
+}
+
+std::ostream& operator<<(std::ostream& out, JXDatHeader& header) {
+    return out.write(reinterpret_cast<const char*>(&header), sizeof header);
+}
+
+std::istream& operator>>(std::istream& in, JXDatHeader& header) {
+    return in.read(reinterpret_cast<char*>(&header), sizeof header);
+}
+
+std::ostream& operator<<(std::ostream& out, JXExtendDatHeader& header) {
+    out << static_cast<JXDatHeader&>(header);
+    return out.good() ? out << header.number : out;
+}
+
+std::istream& operator>>(std::istream& in, JXExtendDatHeader& header) {
+    in >> static_cast<JXDatHeader&>(header);
+    return in.good() ? in >> header.number : in;
+}

@@ -1,0 +1,399 @@
+// Preferences: "RB.DAT", "USER.INI", "defaults.ini" and settings files.
+
+#include <cstring>
+#include <sstream>
+
+#include "postrider.h"
+#include "resident/core/windows_api.h"
+#include "tests/fuzz/format.h"
+#include "tests/prefs/pref_bytes.h"
+#include "tests/support/scratch.h"
+
+namespace {
+
+std::string Folder() {
+    char folder[MAX_PATH];
+    GetCurrentDirectoryA(sizeof folder, folder);
+    return folder;
+}
+
+std::string Full(const char* name) { return Folder() + "\\" + name; }
+
+// "RB.DAT"
+
+constexpr unsigned int kHeader = 46;
+constexpr unsigned int kEntry = 12;
+constexpr unsigned int kMailBlock = 1500;
+const std::string kMailId = "\x51\x46"; // 18001
+const std::string kOtherId = "\x34\x12";
+
+// Scrambles the blocks where the directory says that they are.
+std::string ScrambleBlocks(std::string bytes) {
+    if (bytes.size() < kHeader)
+        return bytes;
+    const auto number = [&](unsigned int at, unsigned int size) {
+        unsigned long value = 0;
+        while (size--)
+            value = value << 8 | static_cast<unsigned char>(bytes[at++]);
+        return value;
+    };
+    const unsigned long count = std::min(number(44, 2), 8ul);
+    for (unsigned int i = 0; i < count && kHeader + (i + 1) * kEntry <= bytes.size(); ++i) {
+        const unsigned int entry = kHeader + i * kEntry;
+        const unsigned long offset = number(entry + 6, 4);
+        const unsigned long size = number(entry + 10, 2);
+        // Not over the directory, which would then say something else.
+        if (offset >= kHeader + count * kEntry && offset <= bytes.size() &&
+            size <= bytes.size() - offset)
+            bytes.replace(offset, size, ScrambledBlock(bytes.substr(offset, size)));
+    }
+    return bytes;
+}
+
+// The texts of the block of mail preferences, by their length bytes.
+const std::vector<unsigned int> kTexts = {168, 174, 180, 212, 246, 280, 346, 380,
+                                          514, 648, 782, 922, 955, 988, 1244};
+
+std::string MailBlock() {
+    std::string block = With(std::string(kMailBlock, '\0'), 0, Bytes("\xCB\x34\x3B\0\0\x24\x08"));
+    block = With(With(block, 16, "string"), 32, "urgent");
+    block = With(With(block, 280, Pascal("C:\\MAIL")), 380, Pascal("box@mail:110"));
+    block = With(With(block, 514, Pascal("anna@post.org")), 782, Pascal("mail:25"));
+    return With(With(block, 988, Pascal("secret")), 1244, Pascal("You wrote:"));
+}
+
+Sample PrefFile(unsigned int others) {
+    const unsigned int count = 1 + others;
+    const std::string header = PrefHeader("\x90\x01", "RB.DAT", count);
+    SampleMaker maker;
+    maker.PutField(header.substr(0, 8))
+        .PutField(header.substr(8, 2))
+        .PutField(header.substr(10, 1));
+    maker.Put(header.substr(11, 33)).PutField(header.substr(44));
+    unsigned long offset = kHeader + count * kEntry;
+    std::string blocks;
+    for (unsigned int i = 0; i < count; ++i) {
+        const std::string block = i == others ? MailBlock() : std::string(20 * i + 10, 'o');
+        const std::string id = i == others ? kMailId : std::string{char(i + 1), '\x12'};
+        const std::string entry = PrefEntry(id, "\x90\x01", i + 1, offset, block.size());
+        maker.PutRecords(entry, kEntry, {{0, 2}, {2, 2}, {4, 2}, {6, 4}, {6, 2}, {8, 2}, {10, 2}});
+        offset += block.size();
+        blocks += block;
+    }
+    std::vector<Field> fields = {{0, 1}, {1, 1}, {112, 2}, {148, 2}};
+    for (const unsigned int text : kTexts)
+        fields.push_back({unsigned(blocks.size()) - kMailBlock + text, 1});
+    return maker.PutRecords(blocks, blocks.size(), fields);
+}
+
+void UsePrefs(JXMailPrefs& prefs, Random& random) {
+    for (const unsigned int text : kTexts)
+        ReadText(prefs.Text({static_cast<unsigned short>(text), 6}).Text());
+    ReadText(prefs.GetReturnAddress().Text());
+    ReadText(prefs.GetDefaultDomain().Text());
+    ReadText(prefs.GetPopAccount());
+    ReadText(prefs.GetSmtpHost());
+    int sides[4];
+    prefs.GetClientWindowRect(sides[0], sides[1], sides[2], sides[3]);
+    prefs.SetClientWindowRect(sides[3], sides[2], sides[1], sides[0]);
+    RBString dir;
+    prefs.GetLocalInboxDir(&dir);
+    prefs.GetLocalDeadMailDir(&dir);
+    for (unsigned int level = 0; level < LP_MAX_PRIORITY_LEVELS; ++level)
+        ReadText(prefs.GetPriority(level).Text());
+    prefs.SetPriority(AnyText(random).c_str(), random.Below(LP_MAX_PRIORITY_LEVELS));
+    prefs.SetFullSmtpHost(AnyText(random).c_str());
+    prefs.SetReturnAddress(AnyText(random).c_str());
+    prefs.SetDefaultDsApiName(AnyText(random).c_str());
+    JxLoggedMailUser user;
+    user.SetAddress(AnyText(random).c_str());
+    user.SetSecondText(AnyText(random).c_str());
+    prefs.SetUserData(user);
+    JXMailPrefs copy(0);
+    copy = prefs;
+    ReadText(copy.GetReturnAddress().Text());
+}
+
+void DrivePrefFile(Input& in) {
+    WriteFileBytes("RB.DAT", in.bytes);
+    Random& random = in.random;
+    const std::string folder = Folder();
+    JxMailUserRepresentation user("Smith|Anna", folder.c_str());
+    JXMailPrefs prefs(user, random.Below(4)); // one in two may write
+    prefs.VerifyFileExists(user);
+    if (prefs.IsValid())
+        UsePrefs(prefs, random);
+    JxLoggedMailUser logged;
+    logged.SetLoggedText(folder.c_str());
+    JXMailPrefs other(logged, 0);
+    for (unsigned int times = in.cut ? 2 : 3; times--;) {
+        const unsigned short size =
+            random.Of(std::vector<unsigned short>{0, 1, 10, 30, 50, 1500, 0x7FFF, 0xFFFF});
+        std::string block(size, 'n');
+        const std::string id = random.Of(std::vector<std::string>{kMailId, kOtherId, "\x01\x12"});
+        unsigned short number;
+        std::memcpy(&number, id.data(), sizeof number);
+        AppPrefTag tag{number, 400, size, block.data()};
+        UserPrefFile file(block.data(), number, size, 400);
+        file.Parse(Full("RB.DAT").c_str(), 1);
+        switch (random.Below(8)) {
+        case 0:
+        case 1:
+            if (prefs.WriteJXPrefs() && prefs.ReadJXPrefs())
+                UsePrefs(prefs, random);
+            break;
+        case 2:
+            prefs.ReadOtherPrefs(tag);
+            break;
+        case 3:
+            if (file.OpenPrefFile())
+                file.ReadAppPrefs(tag, random.Below(2));
+            break;
+        case 4:
+            if (file.OpenPrefFile() && file.WriteAppPrefs(tag)) {
+                std::string back(size, '\0');
+                AppPrefTag read{number, 400, size, back.data()};
+                // A block of another size is left alone, and may be anything.
+                if (file.ReadAppPrefs(read, 0))
+                    ReadText(back.c_str());
+            }
+            break;
+        case 5:
+            if (file.OpenPrefFile() && file.ReadAppHeader(number)) {
+                file.ReadPrefBuffer(tag, static_cast<long>(random.Next()));
+                file.UpdateHeader();
+            }
+            break;
+        case 6:
+            // As it may have been read: the record is damaged, too.
+            if (prefs.IsValid()) {
+                const std::string record =
+                    random.OneIn(2) ? in.bytes : RandomBytes(random.Next(), 1500);
+                std::memcpy(prefs.Record(), record.data(),
+                            std::min<std::size_t>(record.size(), kMailBlock));
+                prefs.ConvertPrefs(random.OneIn(2) ? kePrefsToAnsi : kePrefsToOem);
+                prefs.FixMailDirectory(0);
+                UsePrefs(prefs, random);
+            }
+            break;
+        case 7: {
+            FileSpec mail(Folder().c_str(), 1);
+            prefs.SetMailDirectory(mail);
+            FileSpec result;
+            const int made = logged.SetupLocalMailDirectory(
+                &prefs, result, static_cast<enumLocalMailDir>(random.Below(8)));
+            Expect(made == 1, "makes no local folder");
+            break;
+        }
+        }
+        file.ClosePrefFile();
+    }
+    if (random.OneIn(20)) {
+        std::string block(100, 'c');
+        UserPrefFile file(block.data(), 7, 100, 400);
+        file.CreatePrefsFile(Full("NEW.DAT").c_str());
+        file.ClosePrefFile();
+    }
+}
+
+// Settings files
+
+const std::vector<std::string> kSections = {
+    "Dial-Up Networking", "Address Defaults", "POP3 Users", "mail", "x", "]"};
+const std::vector<std::string> kKeys = {
+    "Connection",         "Disconnect", "Message Format", "Platform",
+    "Enclosure Encoding", "Smith|Anna", "UnKnown",        "k"};
+
+// Buffers of any size, each a block of its own.
+struct Buffer {
+    explicit Buffer(Random& random)
+        : bytes(random.Of(std::vector<unsigned int>{1, 2, 3, 10, 80, 1599, 1600, 1601, 2000})) {}
+    std::vector<char> bytes;
+};
+
+void DriveSettings(Input& in) {
+    WriteFileBytes("SET.INI", in.bytes);
+    Random& random = in.random;
+    SystemPrefFile file(RBString(Full("SET.INI").c_str()));
+    const std::string section = random.Of(kSections);
+    const std::string key = random.Of(kKeys);
+    Expect(file.OpenPrefFile(), "does not open the file");
+    for (unsigned int walks = 2; walks--;) {
+        Buffer keyOut(random), valueOut(random);
+        for (unsigned int lines = 0; lines < 3000; ++lines)
+            if (file.GetNextUnKeyPrefLine(section.c_str(), keyOut.bytes.data(), keyOut.bytes.size(),
+                                          random.OneIn(2) ? nullptr : "default",
+                                          valueOut.bytes.data(), valueOut.bytes.size()) < 0)
+                break;
+        file.OpenPrefFile();
+    }
+    file.ClosePrefFile();
+    Buffer keyOut(random), valueOut(random);
+    for (int first = 1;
+         file.GetUnKeyedPrefLine(section.c_str(), keyOut.bytes.data(), keyOut.bytes.size(),
+                                 valueOut.bytes.data(), valueOut.bytes.size(), first);
+         first = 0)
+        ReadText(keyOut.bytes.data());
+    ReadText(file.GetToken(section.c_str(), key.c_str(), "default"));
+    file.GetToken(section.c_str(), key.c_str(), 7);
+    file.GetToken(section.c_str(), key.c_str(), -7l);
+    RbIniIntEntry number(section.c_str(), key.c_str());
+    RbIniStringEntry text(section.c_str(), key.c_str());
+    JxMailUserRepresentation user;
+    user.SetEntryName(key.c_str());
+    number.StreamIn(file);
+    text.StreamIn(file);
+    user.StreamIn(file);
+    ReadText(user.GetDisplayString().Text());
+    if (!in.cut) {
+        number.StreamOut(file);
+        text.SetValue(AnyText(random).c_str());
+        text.StreamOut(file);
+        user.StreamOut(file);
+        file.SetToken(section.c_str(), AnyText(random).c_str(), static_cast<int>(random.Next()),
+                      random.Below(2));
+        Expect(file.SetToken(section.c_str(), "k", 12345, 0) &&
+                   file.GetToken(section.c_str(), "k", 0) == 12345,
+               "a number is read other than it was written");
+    }
+}
+
+// A line as readers of lines take it.
+void DriveLine(Input& in) {
+    std::vector<char> line(in.bytes.begin(), in.bytes.end());
+    line.push_back(0);
+    ReadText(SystemPrefFile::CleanPrefLine(line.data()));
+    const char* const value = SystemPrefFile::ReturnResult(line.data());
+    if (value)
+        ReadText(value);
+    ReadText(line.data());
+}
+
+void DriveUserIni(Input& in) {
+    WriteFileBytes("USER.INI", in.bytes);
+    JxMailUserRepresentation user("Smith|Anna", Folder().c_str());
+    JXMailPrefs prefs(user, 0);
+    Expect(prefs.IsValid(), "does not read sound preferences");
+    RBString name;
+    prefs.GetDialupConnection(&name);
+    ReadText(name.Text());
+    prefs.GetDisconnectFlag();
+    if (!in.cut) {
+        prefs.SetDisconnectFlag(static_cast<int>(in.random.Next()));
+        prefs.SetDialupConnection(AnyText(in.random).c_str());
+        prefs.GetDialupConnection(&name);
+    }
+}
+
+void DriveDefaults(Input& in) {
+    WriteFileBytes("defaults.ini", in.bytes);
+    Random& random = in.random;
+    JxInstallableDefaults* const defaults = JxInstallableDefaults::GetInstance();
+    CreateDirectoryA("TO", nullptr);
+    const bool copied = random.OneIn(2);
+    defaults->SetupInstallableDefaults(Folder().c_str(),
+                                       copied ? Full("TO").c_str() : Folder().c_str());
+    const int format = defaults->GetDefaultMessageFormat();
+    const int encoding = defaults->GetDefaultEnclosureEncoding();
+    const int platform = defaults->GetDefaultPlatformType();
+    Expect(format >= 1 && format <= 4 && (encoding <= 2 || encoding == 7) && platform >= 1 &&
+               platform <= 6,
+           "a default is out of range");
+    MailUser user("Smith|Anna", "anna@post", keUserOrdinary);
+    if (!in.cut) {
+        const int value = 1 + static_cast<int>(random.Below(4));
+        defaults->SetDefaultMessageFormat(static_cast<enumMessageFormat>(value));
+        Expect(defaults->GetDefaultMessageFormat() == value,
+               "a default is read other than it was written");
+        defaults->SetDefaultEnclosureEncoding(static_cast<enumEnclosureEncode>(random.Below(9)));
+        defaults->SetDefaultPlatformType(static_cast<enumUserPlatformType>(random.Next()));
+    }
+    JxInstallableDefaults::KillInstance();
+}
+
+template <class T>
+void DriveHeader(Input& in) {
+    std::istringstream stream(in.bytes);
+    for (T header; stream >> header;) {
+        std::ostringstream out;
+        out << header;
+        Expect(in.bytes.find(out.str()) != in.bytes.npos, "writes other bytes than it read");
+        ReadText(header.SetName(AnyText(in.random).c_str()));
+    }
+}
+
+Format Settings(const char* name, const char* own, std::function<void(Input&)> run,
+                const std::vector<std::string>& texts) {
+    Format format;
+    format.name = name;
+    format.shortRun = 500;
+    format.own = own;
+    format.run = std::move(run);
+    for (const std::string& text : texts)
+        format.shape.samples.push_back(SampleMaker().Put(text));
+    format.shape.words = kSections;
+    format.shape.words.insert(format.shape.words.end(), kKeys.begin(), kKeys.end());
+    for (const char* word :
+         {"[", "]", "=", "\r", "\n", ";", "\"", "-1", "2147483648", "-99999999999", "Text", "MIME",
+          "Default", "Base64", "\xEF\xBB\xBF", "\xFF\xFE", "\x1A"})
+        format.shape.words.push_back(word);
+    return format;
+}
+
+} // namespace
+
+void AddPrefFormats(std::vector<Format>& formats) {
+    Format prefs;
+    prefs.name = "rb.dat";
+    prefs.shortRun = 1700;
+    prefs.shape.samples = {PrefFile(0), PrefFile(1), PrefFile(5)};
+    prefs.shape.unit = kEntry;
+    prefs.shape.first = kHeader;
+    prefs.shape.words = {"C:\\X", "..\\..\\X", "mail:n:1", ":", "\x90\x01", kMailId, kOtherId};
+    prefs.shape.scramble = ScrambleBlocks;
+    prefs.run = DrivePrefFile;
+    prefs.own = "RB.DAT";
+    prefs.mayAppear = {
+        "RB.BAK",          "NEW.DAT", "USER.INI",      "InBox",    "InBox\\DFile", "MailLog",
+        "MailLog\\MFile",  "Public",  "Public\\DFile", "Trash",    "Trash\\DFile", "SentMail",
+        "SentMail\\DFile", "OutBox",  "OutBox\\DFile", "BckgWork", "DeadMail"};
+    prefs.texts = {{"could not be read or written.", "message 701, of damaged preferences"},
+                   {" could not be read.", "message 605"},
+                   {" could not be written.", "message 606"},
+                   {"A position in the preference file", "message 607"},
+                   {"mstrPopAccount.Length () > 0", "preferences without an account"},
+                   {"mstrSmtpHost.Length () > 0", "preferences without a host"}};
+    formats.push_back(prefs);
+
+    formats.push_back(
+        Settings("settings", "SET.INI", DriveSettings,
+                 {"[mail]\r\n name = value \r\nk=1\r\n\r\n; no\r\n[POP3 Users]\r\n"
+                  "Smith|Anna=C:\\MAIL\r\nOkafor|Chidi=D:\\X=Y\r\n[x]\r\nUnKnown=1\r\n",
+                  "k=0\n[MAIL]\nk=12abc\nk= -5\n=\n==\n[x\nk=\n[ x ]\n\tk\t=\t\"q\"\n"}));
+    Format line = Settings("settings-line", "", DriveLine, {"  name = value  ", "k=", "=v", "\t"});
+    line.shortRun = 2000;
+    formats.push_back(line);
+    Format ini = Settings("user.ini", "USER.INI", DriveUserIni,
+                          {"[Dial-Up Networking]\r\nConnection=Office\r\nDisconnect=1\r\n",
+                           "[dial-up networking]\nDisconnect=-1\nConnection=\"A = B\"\n"});
+    ini.files = {{"RB.DAT", ScrambleBlocks(PrefFile(0).bytes)}};
+    formats.push_back(ini);
+    Format defaults = Settings(
+        "defaults.ini", "defaults.ini", DriveDefaults,
+        {"[Address Defaults]\r\nMessage Format=MIME\r\nEnclosure Encoding=Base64\r\n"
+         "Platform=Postrider\r\n",
+         "[Address Defaults]\nMessage Format=Text \nPlatform=Default\nEnclosure Encoding=\n"});
+    defaults.mayAppear = {"TO", "TO\\defaults.ini"};
+    defaults.texts = {{"JXINDFLT", "a value without a word is reported"}};
+    formats.push_back(defaults);
+
+    Format header;
+    header.name = "dat-header";
+    header.shortRun = 1500;
+    header.shape.samples = {SampleMaker().PutRecords(PrefHeader("\x90\x01", "RB.DAT", 1), kHeader,
+                                                     {{0, 8}, {8, 2}, {10, 1}, {43, 1}, {44, 2}})};
+    header.run = [](Input& in) {
+        in.random.OneIn(2) ? DriveHeader<JXDatHeader>(in) : DriveHeader<JXExtendDatHeader>(in);
+    };
+    formats.push_back(header);
+}
