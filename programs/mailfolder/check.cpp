@@ -6,7 +6,7 @@
 #include <set>
 
 #include "programs/console/text.h"
-#include "programs/mailfolder/commands.h"
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/folder.h"
 
 namespace {
@@ -218,7 +218,7 @@ Json AsJson(const Problem& problem) {
 
 } // namespace
 
-int Check(const std::string& argument, int type, bool json) {
+static int Check(const std::string& argument, int type, bool json) {
     const Folder folder = FindFolder(argument, type);
     Checker checker(folder);
     checker.Run();
@@ -247,3 +247,19 @@ int Check(const std::string& argument, int type, bool json) {
         fmt::print("\n{} found.\n", Count(problems.size(), "problem"));
     return code;
 }
+
+static const Command kCheck(
+    "check",
+    "Read every record; tell what is damaged, where, and what would be lost. Changes nothing",
+    "  mailfolder check C:\\Mail\\InBox\n"
+    "  mailfolder check C:\\Mail\\InBox --json",
+    [](CLI::App& app) -> Command::Run {
+        struct Options {
+            FolderArgument folder;
+            bool json = false;
+        };
+        const auto given = std::make_shared<Options>();
+        AddFolder(app, given->folder);
+        AddJson(app, given->json);
+        return [given] { return Check(given->folder.path, given->folder.type, given->json); };
+    });

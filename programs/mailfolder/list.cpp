@@ -1,7 +1,7 @@
 // What reads a D file's records as other programs see them.
 
 #include "programs/console/text.h"
-#include "programs/mailfolder/commands.h"
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/folder.h"
 
 static std::string Sender(const DirectoryRecord& record) {
@@ -10,7 +10,7 @@ static std::string Sender(const DirectoryRecord& record) {
     return MailUser::OrderedUserName(shown, name, 1).Text();
 }
 
-int List(const std::string& argument, int type, bool json) {
+static int List(const std::string& argument, int type, bool json) {
     const Folder folder = FindFolder(argument, type);
     Json messages = Json::array();
     std::vector<std::vector<std::string>> rows;
@@ -60,7 +60,7 @@ int List(const std::string& argument, int type, bool json) {
     return keFine;
 }
 
-int Info(const std::string& argument, int type, bool json) {
+static int Info(const std::string& argument, int type, bool json) {
     const Folder folder = FindFolder(argument, type);
     LibraryFile file(folder);
     if (!file.GetInfo(keInfoAll))
@@ -101,3 +101,30 @@ int Info(const std::string& argument, int type, bool json) {
         line("Rest", Count(rest, "byte") + " of a record that is not whole");
     return keFine;
 }
+
+namespace {
+
+struct Options {
+    FolderArgument folder;
+    bool json = false;
+};
+
+} // namespace
+
+template <int (*Do)(const std::string&, int, bool)>
+static Command::Run SetUp(CLI::App& app) {
+    const auto given = std::make_shared<Options>();
+    AddFolder(app, given->folder);
+    AddJson(app, given->json);
+    return [given] { return Do(given->folder.path, given->folder.type, given->json); };
+}
+
+static const Command kList("list", "List the messages of a folder",
+                           "  mailfolder list C:\\Mail\\InBox\n"
+                           "  mailfolder list C:\\Mail\\InBox\\DFile --json",
+                           SetUp<List>);
+
+static const Command kInfo("info", "Tell a D file's counts, newest date, type and size",
+                           "  mailfolder info C:\\Mail\\InBox\n"
+                           "  mailfolder info D:\\Old\\DFile --type 2 --json",
+                           SetUp<Info>);

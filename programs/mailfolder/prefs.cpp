@@ -1,53 +1,11 @@
-// What people have set: the mail preferences, and the current user's data. Passwords are told of,
-// and never shown.
+// The mail preferences that a user has set. The password is told of, and never shown.
 
 #include <cstring>
-#include <fstream>
 
 #include "programs/console/text.h"
-#include "programs/mailfolder/commands.h"
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/tool.h"
-
-namespace {
-
-// Named values, printed as lines or as one JSON object.
-class Values {
-public:
-    explicit Values(bool json) : mAsJson(json) {}
-
-    void Title(const std::string& text) {
-        if (!mAsJson)
-            fmt::print("{}\n\n", text);
-    }
-    void Put(const char* key, const char* label, const std::string& ansi) {
-        mJson[key] = Utf8(ansi);
-        Line(label, ansi.empty() ? "-" : Printable(ansi));
-    }
-    void Put(const char* key, const char* label, int number) {
-        mJson[key] = number;
-        Line(label, std::to_string(number));
-    }
-    void PutFlag(const char* key, const char* label, bool flag, const char* yes = "yes",
-                 const char* no = "no") {
-        mJson[key] = flag;
-        Line(label, flag ? yes : no);
-    }
-    void Finish() {
-        if (mAsJson)
-            PrintJson(mJson);
-    }
-
-private:
-    void Line(const char* label, const std::string& value) {
-        if (!mAsJson)
-            fmt::print("  {:<20}{}\n", label, value);
-    }
-
-    bool mAsJson;
-    Json mJson = Json::object();
-};
-
-} // namespace
+#include "programs/mailfolder/values.h"
 
 // Fields of the preferences' record.
 static constexpr PrefField kPopAddress = {380, 134};
@@ -90,7 +48,7 @@ static std::string WhyNoPrefs(RbFile& file) {
     return "other programs' settings alone are in it";
 }
 
-int ShowPrefs(const std::string& argument, bool json) {
+static int ShowPrefs(const std::string& argument, bool json) {
     std::string path = FullPath(argument);
     if (IsFolder(path))
         path += "\\RB.DAT";
@@ -143,92 +101,17 @@ int ShowPrefs(const std::string& argument, bool json) {
     return keFine;
 }
 
-// Whether the file holds what a program leaves that verifies a POP user: four stream strings, and
-// nothing else. Takes the first and the third, the user's name and the server.
-static bool ReadVerification(std::istream& file, RBString& user, RBString& server) {
-    RBString password;
-    RBString dialup;
-    return file >> user && file >> password && file >> server && file >> dialup &&
-           file.peek() == std::istream::traits_type::eof() && user.Length() > 0;
-}
-
-static void ShowBackgroundData(const std::string& path, Values& values) {
-    RbFile file(SpecOf(path));
-    if (!file.Open(keOpenRead))
-        Fail("Cannot read {}: opening it failed.", Printable(path));
-    RBString user;
-    RBString server;
-    const bool verifying = ReadVerification(file, user, server);
-    file.clear();
-    file.seekg(0);
-    JxBackgndData data;
-    const bool read = verifying || file >> data;
-    file.close();
-    if (!read)
-        throw Failure{fmt::format("{} is damaged: there is nothing in it.", Printable(path)),
-                      keDamage};
-    values.PutFlag("verifying", "Being verified", verifying);
-    if (verifying) {
-        values.Put("popUser", "POP user", user.Text());
-        values.Put("server", "Server", server.Text());
-        values.PutFlag("passwordSet", "Password", true, "not shown");
-        return;
-    }
-    const RBString& directory = data.mstrSettings[JxBackgndData::keMailDirectory];
-    const RBString& name = data.mstrSettings[JxBackgndData::keDFileName];
-    values.Put("inboxDirectory", "Inbox directory", directory.Text());
-    values.Put("inboxFile", "Inbox D file", name.Text());
-    values.Put("popAccount", "POP account", data.GetFullPopAccount().Text());
-    values.Put("popPort", "POP port", data.GetPopPort());
-    values.Put("smtpHost", "SMTP host", data.GetFullSmtpHost().Text());
-    values.Put("smtpPort", "SMTP port", data.GetSmtpPort());
-    const RsWinPlatformData platform(nullptr, &data);
-    values.PutFlag("dialup", "Dial-up", platform.IsDialup() != 0);
-    values.Put("dialupConnection", "Dial-up connection", platform.DialupName().Text());
-}
-
-static void ShowLoggedUser(const std::string& path, Values& values) {
-    RbFile file(SpecOf(path));
-    if (!file.Open(keOpenRead))
-        Fail("Cannot read {}: opening it failed.", Printable(path));
-    JxLoggedMailUser user;
-    const bool read = user.ReadInfo(file);
-    file.close();
-    if (!read)
-        throw Failure{fmt::format("{} is damaged: it ends inside the user.", Printable(path)),
-                      keDamage};
-    values.Put("name", "Name", user.Name().Text());
-    values.Put("address", "Address", user.Address().Text());
-    values.Put("prefsDirectory", "Preferences in", user.LoggedText().Text());
-}
-
-int ShowUser(bool json) {
-    // Read as plain files: opening them as the library's programs do would change their attributes.
-    const auto pathOf = [](const char* name) {
-        char path[FileSpec::keMaxPart];
-        if (!JxCurrentUserDataFile::GetFileSpec(name, path, sizeof path))
-            Fail("There is no Windows directory to look in.");
-        return std::string(path);
-    };
-    const std::string dataPath = pathOf("JXUSER.DAT");
-    const std::string userPath = pathOf("JXLGDUSR.DAT");
-    if (!IsThere(dataPath) && !IsThere(userPath))
-        Fail("There is no current user: neither {} nor {} is there.", Printable(dataPath),
-             Printable(userPath));
-    Values values(json);
-    values.Title("The current user");
-    if (IsThere(userPath)) {
-        NeedReadable(userPath);
-        ShowLoggedUser(userPath, values);
-    } else {
-        fmt::print(stderr, "{} is missing: no user is logged in.\n", Printable(userPath));
-    }
-    if (IsThere(dataPath)) {
-        NeedReadable(dataPath);
-        ShowBackgroundData(dataPath, values);
-    } else {
-        fmt::print(stderr, "{} is missing: the inbox is not known.\n", Printable(dataPath));
-    }
-    values.Finish();
-    return keFine;
-}
+static const Command
+    kPrefsShow("prefs show", "Show the mail preferences; a password is told of, and not shown",
+               "  mailfolder prefs show C:\\Mail\\RB.DAT\n"
+               "  mailfolder prefs show C:\\Mail --json",
+               [](CLI::App& app) -> Command::Run {
+                   struct Options {
+                       std::string file;
+                       bool json = false;
+                   };
+                   const auto given = std::make_shared<Options>();
+                   app.add_option("file", given->file, "\"RB.DAT\", or its folder")->required();
+                   AddJson(app, given->json);
+                   return [given] { return ShowPrefs(given->file, given->json); };
+               });

@@ -2,7 +2,7 @@
 // could be lost.
 
 #include "programs/console/text.h"
-#include "programs/mailfolder/commands.h"
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/folder.h"
 #include "programs/mailfolder/progress.h"
 
@@ -112,7 +112,7 @@ static std::vector<std::string> AddMessages(LibraryFile& file, const std::string
     return refused;
 }
 
-int Rebuild(const std::string& argument, int type, bool yes, bool replaceBackup) {
+static int Rebuild(const std::string& argument, int type, bool yes, bool replaceBackup) {
     const Folder folder = FindFolder(argument, type, true);
     if (folder.type == keDirForeign)
         Fail("Files of type 1 are made by other programs alone; --type 0 makes one of the same "
@@ -167,8 +167,8 @@ int Rebuild(const std::string& argument, int type, bool yes, bool replaceBackup)
     return damaged || count < whole.size() ? keDamage : keFine;
 }
 
-int Compress(const std::string& argument, int type, bool yes, bool replaceBackup,
-             bool dropDamaged) {
+static int Compress(const std::string& argument, int type, bool yes, bool replaceBackup,
+                    bool dropDamaged) {
     const Folder folder = FindFolder(argument, type);
     unsigned long freeSlots = 0;
     unsigned long damaged = 0;
@@ -215,3 +215,50 @@ int Compress(const std::string& argument, int type, bool yes, bool replaceBackup
         fmt::print("{} dropped.\n", Count(damaged, "damaged record"));
     return keFine;
 }
+
+namespace {
+
+struct Options {
+    FolderArgument folder;
+    bool yes = false;
+    bool replaceBackup = false;
+    bool dropDamaged = false;
+};
+
+} // namespace
+
+static std::shared_ptr<Options> AddOptions(CLI::App& app) {
+    const auto given = std::make_shared<Options>();
+    AddFolder(app, given->folder);
+    AddYes(app, given->yes);
+    app.add_flag("--replace-backup", given->replaceBackup,
+                 "Let an older .BAK file of the D file go");
+    return given;
+}
+
+static const Command
+    kRebuild("rebuild",
+             "Make a folder's D file anew from its message files, and keep the old as .BAK",
+             "  mailfolder rebuild C:\\Mail\\InBox          (tells what it would do)\n"
+             "  mailfolder rebuild C:\\Mail\\InBox --yes\n"
+             "  mailfolder rebuild D:\\Old\\MFile --type 0 --yes",
+             [](CLI::App& app) -> Command::Run {
+                 return [given = AddOptions(app)] {
+                     return Rebuild(given->folder.path, given->folder.type, given->yes,
+                                    given->replaceBackup);
+                 };
+             });
+
+static const Command
+    kCompress("compress", "Rewrite a D file without its free slots",
+              "  mailfolder compress C:\\Mail\\InBox         (tells what it would save)\n"
+              "  mailfolder compress C:\\Mail\\InBox --yes",
+              [](CLI::App& app) -> Command::Run {
+                  const auto given = AddOptions(app);
+                  app.add_flag("--drop-damaged", given->dropDamaged,
+                               "Let records go that cannot be read");
+                  return [given] {
+                      return Compress(given->folder.path, given->folder.type, given->yes,
+                                      given->replaceBackup, given->dropDamaged);
+                  };
+              });

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "programs/console/text.h"
-#include "programs/mailfolder/commands.h"
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/progress.h"
 #include "programs/mailfolder/tool.h"
 
@@ -98,7 +98,8 @@ static bool BreaksLine(const RBString& text) {
     return std::string(text.Text()).find_first_of("\t\r\n") != std::string::npos;
 }
 
-int ExportUsers(const std::string& usersArgument, const std::string& listArgument, bool replace) {
+static int ExportUsers(const std::string& usersArgument, const std::string& listArgument,
+                       bool replace) {
     UserReader users(FullPath(usersArgument));
     MailUser user;
     if (listArgument.empty()) {
@@ -179,8 +180,10 @@ static enumUserListResult ImportLine(TemporaryFile& scratch, const std::string& 
     return user.Import(scratch);
 }
 
-int ImportUsers(const std::string& listArgument, const std::string& usersArgument,
-                ImportInto into) {
+enum class ImportInto { NewFile, Append, Replace };
+
+static int ImportUsers(const std::string& listArgument, const std::string& usersArgument,
+                       ImportInto into) {
     const std::string listPath = FullPath(listArgument);
     const std::string usersPath = FullPath(usersArgument);
     const std::vector<std::string> lines = LinesOf(listPath);
@@ -238,3 +241,53 @@ int ImportUsers(const std::string& listArgument, const std::string& usersArgumen
                Count(refused, "line"));
     return refused ? keDamage : keFine;
 }
+
+namespace {
+
+struct Options {
+    std::string users;
+    std::string list;
+    bool json = false;
+    bool replace = false;
+    bool append = false;
+};
+
+} // namespace
+
+static const Command
+    kExport("export", "Write a file of user records as a list, a user a line, tabs between",
+            "  mailfolder export C:\\Mail\\USERS.DAT users.txt\n"
+            "  mailfolder export C:\\Mail\\USERS.DAT --json",
+            [](CLI::App& app) -> Command::Run {
+                const auto given = std::make_shared<Options>();
+                app.add_option("users", given->users, "The file of user records")->required();
+                app.add_option("list", given->list, "The list to write, in the ANSI code page");
+                app.add_flag("--replace", given->replace,
+                             "Write a list anew that is there already");
+                AddJson(app, given->json);
+                return [given] {
+                    if (given->json != given->list.empty())
+                        throw Failure{"Say either the list's name or --json.", keWrongUse};
+                    return ExportUsers(given->users, given->list, given->replace);
+                };
+            });
+
+static const Command
+    kImport("import", "Put the users of a list into a file of user records",
+            "  mailfolder import users.txt C:\\Mail\\USERS.DAT\n"
+            "  mailfolder import more.txt C:\\Mail\\USERS.DAT --append",
+            [](CLI::App& app) -> Command::Run {
+                const auto given = std::make_shared<Options>();
+                app.add_option("list", given->list, "The list, in the ANSI code page")->required();
+                app.add_option("users", given->users, "The file of user records")->required();
+                CLI::Option* const append =
+                    app.add_flag("--append", given->append, "Add to a file that is there already");
+                app.add_flag("--replace", given->replace, "Write a file anew that is there already")
+                    ->excludes(append);
+                return [given] {
+                    return ImportUsers(given->list, given->users,
+                                       given->append    ? ImportInto::Append
+                                       : given->replace ? ImportInto::Replace
+                                                        : ImportInto::NewFile);
+                };
+            });
