@@ -5,16 +5,18 @@
 function(add_import_library name dll_target def)
     string(REPLACE i686-w64-mingw32-g++-posix i686-w64-mingw32-dlltool dlltool
         ${CMAKE_CXX_COMPILER})
-    set(functions ${PROJECT_BINARY_DIR}/lib/${name}_functions.a)
-    set(library ${PROJECT_BINARY_DIR}/lib/lib${name}.dll.a)
-    set(script ${PROJECT_BINARY_DIR}/lib/${name}.mri)
-    file(WRITE ${script} "CREATE ${library}\nADDLIB ${functions}\nADDLIB "
-        "${PROJECT_BINARY_DIR}/lib/${name}_classes.a\nSAVE\nEND\n")
+    set(folder ${PROJECT_BINARY_DIR}/lib)
+    set(library ${folder}/lib${name}.dll.a)
+    # The archive tool's script knows no quotes: its names are relative, since the folder's may hold
+    # spaces.
+    file(WRITE ${folder}/${name}.mri "CREATE lib${name}.dll.a\nADDLIB ${name}_functions.a\n"
+        "ADDLIB ${name}_classes.a\nSAVE\nEND\n")
     add_custom_command(OUTPUT ${library}
-        COMMAND ${dlltool} --kill-at --input-def ${def} --output-lib ${functions}
-        COMMAND ${CMAKE_COMMAND} -E rm -f ${library}
-        COMMAND ${CMAKE_AR} -M < ${script}
+        COMMAND ${dlltool} --kill-at --input-def ${def} --output-lib ${name}_functions.a
+        COMMAND ${CMAKE_COMMAND} -E rm -f lib${name}.dll.a
+        COMMAND ${CMAKE_AR} -M < ${name}.mri
         DEPENDS ${dll_target} ${def}
+        WORKING_DIRECTORY ${folder}
         COMMENT "Making the import library lib${name}.dll.a"
         VERBATIM)
     add_custom_target(${name}_import_library DEPENDS ${library})

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "programs/console/text.h"
+#include "resident/core/windows_api.h"
 #include "ticker/ticker.h"
 
 namespace {
@@ -34,6 +35,20 @@ std::vector<Message> ReadInbox(const char* path) {
             {Printable(sender), Printable(topic), Printable(fileName), kind, flag != 0});
     Done();
     return messages;
+}
+
+// Of other bytes most records have a kind out of range, which the library gives as 6.
+bool ComesFromDFile(const std::vector<Message>& messages) {
+    const auto damaged = std::count_if(messages.begin(), messages.end(),
+                                       [](const Message& message) { return message.kind == 6; });
+    return 2 * static_cast<std::size_t>(damaged) <= messages.size();
+}
+
+// Whether a file has bytes, but fewer than the header or a record takes.
+bool EndsInFirstRecord(const char* path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return GetFileAttributesExA(path, GetFileExInfoStandard, &data) && data.nFileSizeHigh == 0 &&
+           data.nFileSizeLow > 0 && data.nFileSizeLow < 316;
 }
 
 void PrintMessages(const std::vector<Message>& messages) {
@@ -63,8 +78,7 @@ int main(int argc, char** argv) {
         }
         path = inbox;
     }
-    if (shownAs.empty())
-        shownAs = Printable(path.c_str());
+    shownAs = Printable(shownAs.empty() ? path : shownAs);
 
     // An inbox that cannot be read looks like an empty one through the exported functions.
     const std::string reason = WhyUnreadable(path);
@@ -73,6 +87,10 @@ int main(int argc, char** argv) {
         return 1;
     }
     const std::vector<Message> messages = ReadInbox(path.c_str());
+    if (EndsInFirstRecord(path.c_str()) || !ComesFromDFile(messages)) {
+        fmt::print(stderr, "Cannot list {}: it is no D file.\n", shownAs);
+        return 1;
+    }
     fmt::print("Inbox {}\n\n", shownAs);
     if (messages.empty()) {
         fmt::print("  No messages.\n");
