@@ -1,7 +1,8 @@
 # Shared by run, test and bench: sourced with the project's folder as the current one.
 
 export WINEPREFIX="$PWD/build/wine" WINEARCH=win32 WINEDEBUG=-all
-export WINEDLLOVERRIDES="mscoree,mshtml="
+# Without Wine's debugger: a program that crashes ends.
+export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe="
 # What a run leaves anywhere bears its number.
 export POSTRIDER_RUN=$$
 

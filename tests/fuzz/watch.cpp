@@ -12,6 +12,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "tests/support/crash.h"
 #include "tests/support/debug_output.h"
 
 static constexpr unsigned long long kLongest = 20000; // milliseconds
@@ -27,7 +28,6 @@ static std::string runningBytes;
 static volatile unsigned long long runningSince; // 0 between inputs
 static unsigned int seedOfRun;
 static std::string failuresFolder;
-static bool guarded;
 static void (*crashedCallback)();
 static std::vector<std::unique_ptr<KeptFile>> kept; // of the Windows directory
 static std::string complaint;                       // of the current input
@@ -67,61 +67,13 @@ void TellFailure(const Format& format, std::uint64_t index, const std::string& b
 }
 
 static void TellCrash(const char* what) {
-    if (!runningSince || running->state != Running::keInput)
-        return;
-    running->state = Running::keTold;
-    TellFailure(*runningFormat, running->index, runningBytes, what);
-    crashedCallback();
-}
-
-[[noreturn]] static void Crash(const char* what) {
-    static bool crashing = false;
-    if (!std::exchange(crashing, true)) {
-        TellCrash(what);
-        kept.clear();
+    if (runningSince && running->state == Running::keInput) {
+        running->state = Running::keTold;
+        TellFailure(*runningFormat, running->index, runningBytes, what);
+        crashedCallback();
     }
-    TerminateProcess(GetCurrentProcess(), kCrashed);
-    std::abort();
+    kept.clear();
 }
-
-// Where in which module an address lies.
-static const char* Place(const void* address) {
-    static char text[300];
-    HMODULE module = nullptr;
-    char path[MAX_PATH] = "?";
-    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                               GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                           static_cast<const char*>(address), &module))
-        GetModuleFileNameA(module, path, sizeof path);
-    const char* const name = std::strrchr(path, '\\');
-    std::snprintf(text, sizeof text, "%.200s+0x%X", name ? name + 1 : path,
-                  static_cast<unsigned int>(static_cast<const char*>(address) -
-                                            reinterpret_cast<const char*>(module)));
-    return text;
-}
-
-static LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
-    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-    // Errors, and not what programs raise for debuggers.
-    if ((record.ExceptionCode & 0xF0000000) != 0xC0000000)
-        return EXCEPTION_CONTINUE_SEARCH;
-    char text[500];
-    std::snprintf(text, sizeof text, "exception %08lX at %s, address %08lX", record.ExceptionCode,
-                  Place(record.ExceptionAddress),
-                  record.NumberParameters > 1
-                      ? static_cast<unsigned long>(record.ExceptionInformation[1])
-                      : 0ul);
-    // Guarded memory knows more about it, and ends the process.
-    if (guarded && record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
-        TellCrash(text);
-        return EXCEPTION_CONTINUE_SEARCH;
-    }
-    Crash(text);
-}
-
-static LONG WINAPI OnUnhandled(EXCEPTION_POINTERS*) { Crash("unhandled exception"); }
-
-static void OnAbort(int) { Crash("abort"); }
 
 static DWORD WINAPI WatchTime(void*) {
     for (;;) {
@@ -266,13 +218,9 @@ Watch::Watch(unsigned int seed, const std::string& failures, Running& mapped, vo
         state.guardedBlocks = count("GuardedBlocks");
         state.unguardedBlocks = count("UnguardedBlocks");
     }
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     RbErrorSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
-    guarded = guard;
-    AddVectoredExceptionHandler(1, OnException);
-    SetUnhandledExceptionFilter(OnUnhandled);
-    std::signal(SIGABRT, OnAbort);
+    EndOnCrash(TellCrash);
     CloseHandle(CreateThread(nullptr, 0, WatchTime, nullptr, 0, nullptr));
     state.StandOutside();
 }

@@ -17,9 +17,6 @@ struct Running {
     unsigned long long started; // when the first process was, by GetTickCount64
 };
 
-// The exit code of a process that ended itself because of an input.
-constexpr int kCrashed = 70;
-
 // Prints a failure with the command that shows it again, and keeps the input in the folder of
 // failures.
 void TellFailure(const Format& format, std::uint64_t index, const std::string& bytes,
@@ -28,7 +25,7 @@ void TellFailure(const Format& format, std::uint64_t index, const std::string& b
 class Watch {
 public:
     // Failing inputs go to files in the folder `failures`; `crashed` is called before the process
-    // ends because of an input.
+    // ends because of an input, with kCrashExitCode.
     Watch(unsigned int seed, const std::string& failures, Running& running, void (*crashed)());
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;

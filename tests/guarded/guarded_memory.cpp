@@ -31,59 +31,27 @@ struct Locked {
     ~Locked() { LeaveCriticalSection(&lock); }
 };
 
-[[noreturn]] void Stop() { TerminateProcess(GetCurrentProcess(), kGuardExitCode), std::abort(); }
-
 void Tell(const char* text) {
     DWORD written;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, std::strlen(text), &written, nullptr);
 }
 
-// "MODULE.DLL+1A2B" for an address in a module's code; empty for any other.
-void Place(const void* address, char* text, unsigned int room) {
-    HMODULE module;
-    char path[MAX_PATH];
-    *text = 0;
-    if (!GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                            static_cast<const char*>(address), &module) ||
-        !GetModuleFileNameA(module, path, sizeof path))
-        return;
-    const char* const slash = std::strrchr(path, '\\');
-    std::snprintf(text, room, "%s+%lX", slash ? slash + 1 : path,
-                  static_cast<unsigned long>(static_cast<const char*>(address) -
-                                             reinterpret_cast<const char*>(module)));
-}
-
-// What looks like return addresses on the stack, innermost first.
-void TellCallers(const std::uintptr_t* stack) {
-    MEMORY_BASIC_INFORMATION region;
-    VirtualQuery(stack, &region, sizeof region);
-    const auto* const end = reinterpret_cast<const std::uintptr_t*>(
-        static_cast<const Byte*>(region.BaseAddress) + region.RegionSize);
-    for (int told = 0; stack < end && told < 24; ++stack) {
-        char place[MAX_PATH];
-        MEMORY_BASIC_INFORMATION code;
-        if (*stack < kUnit || !VirtualQuery(reinterpret_cast<void*>(*stack), &code, sizeof code) ||
-            !(code.Protect & (PAGE_EXECUTE | PAGE_EXECUTE_READ | PAGE_EXECUTE_READWRITE)))
-            continue;
-        Place(reinterpret_cast<void*>(*stack), place, sizeof place);
-        if (!*place)
-            continue;
-        Tell("    ");
-        Tell(place);
-        Tell("\n");
-        ++told;
-    }
+CONTEXT Here() {
+    CONTEXT here = {};
+    here.ContextFlags = CONTEXT_FULL;
+    RtlCaptureContext(&here);
+    return here;
 }
 
 [[noreturn]] void Complain(const char* what, const void* block, unsigned int size,
-                           const void* address, const std::uintptr_t* stack) {
+                           const void* address, const CONTEXT& where) {
     char text[200];
     std::snprintf(text, sizeof text, "Guarded memory: %s; block %p of %u bytes, address %p\n", what,
                   block, size, address);
     Tell(text);
-    TellCallers(stack);
-    Stop();
+    const ULONG_PTR arguments[] = {reinterpret_cast<ULONG_PTR>(&where)};
+    RaiseException(kGuardComplaint, EXCEPTION_NONCONTINUABLE, 1, arguments);
+    std::abort();
 }
 
 // Where a block of `size` bytes lies in its pages, the first byte of which may be used.
@@ -172,21 +140,21 @@ unsigned int SlotOf(const void* address) {
 }
 
 // The size of a live block; stops the process for anything else.
-unsigned int SizeOf(Byte* block, const std::uintptr_t* stack) {
+unsigned int SizeOf(Byte* block) {
     const unsigned int slot = SlotOf(block);
     const unsigned int size = slots[slot].size;
     if (slots[slot].state != kLive)
-        Complain("freed twice", block, size, block, stack);
+        Complain("freed twice", block, size, block, Here());
     if (block != PlaceIn(Page(slot), kPage, size))
-        Complain("freed inside the block", PlaceIn(Page(slot), kPage, size), size, block, stack);
+        Complain("freed inside the block", PlaceIn(Page(slot), kPage, size), size, block, Here());
     return size;
 }
 
-void Give(Byte* block, const std::uintptr_t* stack) {
-    const unsigned int size = SizeOf(block, stack), slot = SlotOf(block);
+void Give(Byte* block) {
+    const unsigned int size = SizeOf(block), slot = SlotOf(block);
     if (!Beside(block, kPage, size).Whole())
         Complain(guardBefore ? "written behind the block" : "written before the block", block, size,
-                 block, stack);
+                 block, Here());
     slots[slot].state = kFreed;
     DWORD before;
     VirtualProtect(Page(slot), kPage, PAGE_NOACCESS, &before);
@@ -238,19 +206,19 @@ void* Take(unsigned int size) {
 
 bool Owns(const void* address) { return At(address).user == address && At(address).state; }
 
-unsigned int SizeOf(Byte* address, const std::uintptr_t* stack) {
+unsigned int SizeOf(Byte* address) {
     const Block& block = At(address);
     if (block.state != kLive)
-        Complain("freed twice", block.user, block.size, address, stack);
+        Complain("freed twice", block.user, block.size, address, Here());
     return block.size;
 }
 
-void Give(Byte* address, const std::uintptr_t* stack) {
+void Give(Byte* address) {
     Block& block = At(address);
-    const unsigned int room = Room(SizeOf(address, stack));
+    const unsigned int room = Room(SizeOf(address));
     if (!Beside(address, room, block.size).Whole())
         Complain(guardBefore ? "written behind the block" : "written before the block", address,
-                 block.size, address, stack);
+                 block.size, address, Here());
     block.state = kFreed;
     VirtualFree(block.base, room + kPage, MEM_DECOMMIT);
     restingBytes += room;
@@ -293,17 +261,13 @@ void* Take(std::size_t size) {
 
 bool Owned(const void* block) { return small::Owns(block) || large::Owns(block); }
 
-const std::uintptr_t* StackHere() {
-    return static_cast<const std::uintptr_t*>(__builtin_frame_address(0));
-}
-
 void Give(void* block) {
     const Locked locked;
     --liveBlocks;
     if (small::Owns(block))
-        small::Give(static_cast<Byte*>(block), StackHere());
+        small::Give(static_cast<Byte*>(block));
     else
-        large::Give(static_cast<Byte*>(block), StackHere());
+        large::Give(static_cast<Byte*>(block));
 }
 
 void* __cdecl GuardedMalloc(std::size_t size) { return Take(size); }
@@ -337,8 +301,8 @@ void* __cdecl GuardedRealloc(void* block, std::size_t size) {
     std::size_t old;
     {
         const Locked locked;
-        old = small::Owns(block) ? small::SizeOf(static_cast<Byte*>(block), StackHere())
-                                 : large::SizeOf(static_cast<Byte*>(block), StackHere());
+        old = small::Owns(block) ? small::SizeOf(static_cast<Byte*>(block))
+                                 : large::SizeOf(static_cast<Byte*>(block));
     }
     void* const moved = Take(size);
     if (moved) {
@@ -355,8 +319,6 @@ LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
     auto* const address = reinterpret_cast<Byte*>(record.ExceptionInformation[1]);
     const char* const access = record.ExceptionInformation[0] ? "written" : "read";
     char what[64];
-    const auto* const stack =
-        reinterpret_cast<const std::uintptr_t*>(exception->ContextRecord->Esp);
     const void* block = nullptr;
     unsigned int size = 0;
     State state = kNever;
@@ -376,12 +338,7 @@ LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
                   state == kFreed   ? "after it was freed"
                   : address < block ? "before the block"
                                     : "behind the block");
-    char place[MAX_PATH];
-    Place(record.ExceptionAddress, place, sizeof place);
-    Tell("At ");
-    Tell(place);
-    Tell(":\n");
-    Complain(what, block, size, address, stack);
+    Complain(what, block, size, address, *exception->ContextRecord);
 }
 
 struct Replacement {

@@ -11,8 +11,9 @@
 //   new memory holds the byte that POSTRIDER_FILL says (two hexadecimal digits; CD without it).
 //
 // An access outside a block, a block freed twice and one that was never allocated are told on the
-// standard error stream, and the process ends with kGuardExitCode.
-constexpr int kGuardExitCode = 86;
+// standard error stream; then the exception kGuardComplaint is raised, whose argument points to the
+// CONTEXT of the access. It ends the process, and is its exit code.
+constexpr unsigned long kGuardComplaint = 0xE0475244;
 
 #ifdef GUARDED_MEMORY_EXPORTS
 #define GUARD_API extern "C" __declspec(dllexport)

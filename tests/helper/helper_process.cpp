@@ -10,6 +10,7 @@
 //   report OUTPUTS BUTTON                 reports "a != 0" to OUTPUTS (-1: those it starts with)
 //                                         and answers the dialog with BUTTON; ends with the count,
 //                                         16 for each dialog and 256 for each debugger text
+//   crash HOW                             crashes
 //   misuse HOW SIZE                       does with a block of SIZE bytes what no program may, with
 //                                         the ticker library loaded; 0 when nothing stops it
 
@@ -21,6 +22,7 @@
 
 #include "resident/core/windows_api.h"
 #include "resident/runtime/reporting.h"
+#include "tests/support/crash.h"
 #include "tests/support/debug_output.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
@@ -127,8 +129,26 @@ static int Misuse(const std::string& how, unsigned int size) {
     return read ? 1 : 0;
 }
 
+// Beside misuse of memory, every way in which a program crashes.
+static int CrashBy(const std::string& how) {
+    volatile int zero = 0;
+    if (how == "exception")
+        *reinterpret_cast<volatile int*>(zero + 16) = 1;
+    if (how == "trap")
+        return 1 / zero;
+    if (how == "abort")
+        std::abort();
+    if (how == "throw")
+        throw 1;
+    if (how == "overflow")
+        return CrashBy(how) + CrashBy(how);
+    return 0;
+}
+
 int main(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
+    if (command != "misuse") // guarded memory stops it, often
+        EndOnCrash();
     if (command == "hold" && argc == 6)
         return Hold(argv + 2);
     if (command == "allocation-handler")
@@ -137,6 +157,8 @@ int main(int argc, char** argv) {
         return AllocationFailure(argv[2]);
     if (command == "misuse" && argc == 4)
         return Misuse(argv[2], std::strtoul(argv[3], nullptr, 10));
+    if (command == "crash" && argc == 3)
+        return CrashBy(argv[2]);
     if (command == "report" && argc == 4)
         return Report(argv + 2);
     return 2;

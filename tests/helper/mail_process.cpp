@@ -20,6 +20,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "tests/support/crash.h"
 #include "tests/support/helper_process.h"
 
 static int ticks;
@@ -133,6 +134,7 @@ static int Run(const std::string& command, int count, char** arguments) {
 }
 
 int main(int argc, char** argv) {
+    EndOnCrash();
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     JxTimer timer(GetModuleHandleA(nullptr), JxTimer::keClient);
     timer.RegisterCallback([](void*) { ++ticks; }, 500, nullptr);

@@ -14,8 +14,8 @@ static bool Stopped(const std::string& misuse, unsigned int size, const char* gu
     const unsigned long code =
         HelperProcess("misuse " + misuse + " " + std::to_string(size)).ExitCode();
     SetEnvironmentVariableA("POSTRIDER_GUARD", nullptr);
-    EXPECT_TRUE(code <= 1 || code == kGuardExitCode) << misuse << " " << size << ": " << code;
-    return code == kGuardExitCode;
+    EXPECT_TRUE(code <= 1 || code == kGuardComplaint) << misuse << " " << size << ": " << code;
+    return code == kGuardComplaint;
 }
 
 TEST(GuardedMemory, StopsAProgramAtTheFirstByteOutsideABlock) {

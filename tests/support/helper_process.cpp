@@ -14,13 +14,23 @@ static std::string ProgramBeside(const std::string& name) {
 HelperProcess::HelperProcess(const std::string& arguments)
     : HelperProcess("helper_process.exe", arguments) {}
 
-HelperProcess::HelperProcess(const std::string& program, const std::string& arguments) {
+HelperProcess::HelperProcess(const std::string& program, const std::string& arguments,
+                             const std::string& errors) {
     std::string command = "\"" + ProgramBeside(program) + "\" " + arguments;
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process;
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process))
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    if (!errors.empty()) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdError = CreateFileA(errors.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                        CREATE_ALWAYS, 0, nullptr);
+    }
+    const bool started = CreateProcessA(nullptr, command.data(), nullptr, nullptr, !errors.empty(),
+                                        0, nullptr, nullptr, &startup, &process);
+    if (!errors.empty())
+        CloseHandle(startup.hStdError);
+    if (!started)
         throw std::runtime_error("cannot start " + command);
     CloseHandle(process.hThread);
     mProcess = process.hProcess;

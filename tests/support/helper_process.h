@@ -7,7 +7,9 @@ class HelperProcess {
 public:
     // `arguments` begin with the command; see tests/helper/helper_process.cpp.
     explicit HelperProcess(const std::string& arguments);
-    HelperProcess(const std::string& program, const std::string& arguments);
+    // What it writes to its standard error stream goes to the file `errors`.
+    HelperProcess(const std::string& program, const std::string& arguments,
+                  const std::string& errors = "");
     HelperProcess(const HelperProcess&) = delete;
     HelperProcess& operator=(const HelperProcess&) = delete;
     ~HelperProcess();

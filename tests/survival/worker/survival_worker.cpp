@@ -8,6 +8,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "tests/support/crash.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/scratch.h"
 #include "tests/survival/pref_steps.h"
@@ -60,6 +61,7 @@ static void WarmUp(const std::string& folder) {
 }
 
 int main(int argc, char** argv) {
+    EndOnCrash();
     if (argc != 6)
         return 2;
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
