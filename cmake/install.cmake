@@ -26,7 +26,7 @@ endforeach()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
 
 # The linker's own import library stays out: the merged one has its members, too.
-install(TARGETS jxticdll_library jxsysres notifier mailfolder
+install(TARGETS jxticdll_library jxsysres notifier mailfolder mailticker
     RUNTIME DESTINATION bin
     ARCHIVE DESTINATION lib EXCLUDE_FROM_ALL)
 install(FILES ${POSTRIDER_RUNTIME_DLLS} DESTINATION bin)

@@ -13,7 +13,8 @@ target_link_libraries(jxticdll_objects PUBLIC postrider_options jxsysres)
 
 # add_ticker_library(target source...): a JXTICDLL.DLL with its small blocks from these sources.
 function(add_ticker_library target)
-    add_library(${target} SHARED ${ARGN} ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
+    add_library(${target} SHARED ${ARGN} ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def
+        ${PROJECT_SOURCE_DIR}/ticker/jxticdll.rc)
     set_target_properties(${target} PROPERTIES
         OUTPUT_NAME JXTICDLL
         SUFFIX .DLL

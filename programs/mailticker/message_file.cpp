@@ -1,0 +1,136 @@
+#include "programs/mailticker/message_file.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "programs/mailticker/owners.h"
+#include "programs/mailticker/text.h"
+
+static constexpr DWORD kRecordSize = 316;
+static constexpr DWORD kMostShown = 0x100000;
+
+// Whether a record's file name is a name in the folder and nothing else: neither a path nor a
+// stream, and no device.
+static bool IsPlainName(const std::wstring& folder, const std::wstring& name) {
+    if (name.empty() || name == L"." || name == L".." ||
+        name.find_first_of(L"\\/:*?\"<>|") != std::wstring::npos)
+        return false;
+    const DWORD attributes = GetFileAttributesW((folder + name).c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES ||
+           !(attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE));
+}
+
+// The message's file behind its record; null with a sentence in `why`.
+static Owned<HANDLE> OpenBehindRecord(const std::wstring& folder, const std::wstring& name,
+                                      std::wstring& why) {
+    if (!IsPlainName(folder, name)) {
+        why = L"The message\u2019s record names no file of this folder.";
+        return nullptr;
+    }
+    auto file = OwnedFile(CreateFileW((folder + name).c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file) {
+        const DWORD error = GetLastError();
+        why = error == ERROR_SHARING_VIOLATION
+                  ? L"Another program is holding the message\u2019s file."
+              : error == ERROR_FILE_NOT_FOUND ? L"The message\u2019s file is not in the folder."
+                                              : L"The message\u2019s file cannot be read.";
+        return nullptr;
+    }
+    if (GetFileType(file.get()) != FILE_TYPE_DISK ||
+        GetFileSize(file.get(), nullptr) < kRecordSize) {
+        why = L"The message\u2019s file is too short to be one.";
+        return nullptr;
+    }
+    SetFilePointer(file.get(), kRecordSize, nullptr, FILE_BEGIN);
+    return file;
+}
+
+static std::string ReadUpTo(HANDLE file, DWORD size) {
+    std::string bytes(size, '\0');
+    DWORD read = 0;
+    ReadFile(file, bytes.data(), size, &read, nullptr);
+    bytes.resize(read);
+    return bytes;
+}
+
+// How many bytes of header fields a text begins with, with the empty line behind them: lines of a
+// name without blanks, a colon and anything, or going on with a blank.
+static std::size_t HeaderSize(std::string_view text) {
+    std::size_t at = 0;
+    bool fields = false;
+    while (at < text.size()) {
+        const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
+        const std::size_t next = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
+        const std::string_view line = text.substr(at, end - at);
+        if (line.empty())
+            return fields ? next : 0;
+        const bool goesOn = fields && (line[0] == ' ' || line[0] == '\t');
+        const std::size_t name = line.find_first_of(": \t");
+        if (!goesOn && (name == 0 || name == std::string_view::npos || line[name] != ':'))
+            return 0;
+        fields = true;
+        at = next;
+    }
+    return fields ? text.size() : 0;
+}
+
+std::optional<MessageText> ReadMessageText(const std::wstring& folder, const std::wstring& name,
+                                           std::wstring& why) {
+    const auto file = OpenBehindRecord(folder, name, why);
+    if (!file)
+        return {};
+    const std::string bytes = ReadUpTo(file.get(), kMostShown + 1);
+    const std::string_view shown = std::string_view(bytes).substr(0, kMostShown);
+    const std::size_t header = std::min(HeaderSize(shown), shown.size());
+    std::string_view fields = shown.substr(0, header);
+    while (fields.ends_with('\r') || fields.ends_with('\n'))
+        fields.remove_suffix(1);
+    return MessageText{ShownLines(fields), ShownLines(shown.substr(header)),
+                       bytes.size() > kMostShown};
+}
+
+MessageCopies::MessageCopies() {
+    wchar_t temporary[MAX_PATH + 1];
+    const DWORD length = GetTempPathW(MAX_PATH + 1, temporary);
+    mFolder = std::wstring(temporary, length) + L"Postrider Ticker\\";
+    // An earlier ticker may have been ended before it could.
+    Remove();
+}
+
+MessageCopies::~MessageCopies() { Remove(); }
+
+void MessageCopies::Remove() {
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((mFolder + L"*").c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        do
+            DeleteFileW((mFolder + found.cFileName).c_str());
+        while (FindNextFileW(search, &found));
+        FindClose(search);
+    }
+    RemoveDirectoryW(mFolder.c_str());
+}
+
+std::wstring MessageCopies::Make(const std::wstring& folder, const std::wstring& name,
+                                 std::wstring& why) {
+    const auto file = OpenBehindRecord(folder, name, why);
+    if (!file)
+        return {};
+    std::string bytes = ReadUpTo(file.get(), kMostShown);
+    const std::wstring path =
+        mFolder + name.substr(0, name.find_last_of(L'.')) + (HeaderSize(bytes) ? L".eml" : L".txt");
+    CreateDirectoryW(mFolder.c_str(), nullptr);
+    const auto copy = OwnedFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                            CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY, nullptr));
+    DWORD written = 0;
+    bool whole = copy != nullptr;
+    for (; whole && !bytes.empty(); bytes = ReadUpTo(file.get(), kMostShown))
+        whole = WriteFile(copy.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                          nullptr) &&
+                written == bytes.size();
+    if (!whole)
+        why = L"The copy for the other program could not be written.";
+    return whole ? path : std::wstring();
+}
