@@ -9,7 +9,7 @@ static const wchar_t* const kTitles[kColumns] = {L"From", L"Topic", L"Kind", L"F
 MessageList::MessageList(HWND parent, int id, const Inbox& inbox, const Settings& settings)
     : mWindow(CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"Messages",
                               WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA |
-                                  LVS_SINGLESEL | LVS_SHOWSELALWAYS,
+                                  LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS,
                               0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
                               GetModuleHandleW(nullptr), nullptr)),
       mInbox(inbox) {
@@ -28,6 +28,10 @@ MessageList::MessageList(HWND parent, int id, const Inbox& inbox, const Settings
 void MessageList::SetLook(const Look& look) {
     mLook = &look;
     SendMessageW(mWindow, WM_SETFONT, reinterpret_cast<WPARAM>(look.Text()), TRUE);
+    Owned<HIMAGELIST> height(
+        ImageList_Create(1, look.LineHeight() + look.Scaled(6), ILC_COLOR, 1, 1));
+    ListView_SetImageList(mWindow, height.get(), LVSIL_SMALL);
+    mRowHeight = std::move(height);
     for (int i = 0; i < kColumns; ++i)
         ListView_SetColumnWidth(
             mWindow, i, MulDiv(ListView_GetColumnWidth(mWindow, i), look.Dpi(), mColumnsOf));
@@ -120,15 +124,15 @@ int MessageList::Find(const NMLVFINDITEMW& find) const {
                : -1;
 }
 
-LRESULT MessageList::OnNotify(NMHDR* header) {
-    switch (header->code) {
+LRESULT MessageList::OnNotify(UINT code, LPARAM lParam) {
+    switch (code) {
     case LVN_GETDISPINFOW:
-        FillText(reinterpret_cast<NMLVDISPINFOW*>(header)->item);
+        FillText(reinterpret_cast<NMLVDISPINFOW*>(lParam)->item);
         return 0;
     case LVN_ODFINDITEMW:
-        return Find(*reinterpret_cast<NMLVFINDITEMW*>(header));
+        return Find(*reinterpret_cast<NMLVFINDITEMW*>(lParam));
     case NM_CUSTOMDRAW:
-        return Draw(*reinterpret_cast<NMLVCUSTOMDRAW*>(header));
+        return Draw(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
     }
     return 0;
 }

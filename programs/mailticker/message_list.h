@@ -29,7 +29,7 @@ public:
     void SelectionChanged();
 
     // Answers the list view's questions: its text, its look, its search by typing.
-    LRESULT OnNotify(NMHDR* header);
+    LRESULT OnNotify(UINT code, LPARAM lParam);
 
 private:
     void FillText(LVITEMW& item) const;
@@ -39,6 +39,7 @@ private:
     HWND mWindow;
     const Inbox& mInbox;
     const Look* mLook = nullptr;
+    Owned<HIMAGELIST> mRowHeight; // empty pictures, as high as a row is
     std::wstring mSelectedKey;
     int mColumnsOf = 96; // dots an inch that the columns have their widths for
 };

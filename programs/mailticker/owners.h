@@ -15,6 +15,7 @@ struct Freed {
     void operator()(HFONT font) const { DeleteObject(font); }
     void operator()(HBITMAP bitmap) const { DeleteObject(bitmap); }
     void operator()(HDC memory) const { DeleteDC(memory); }
+    void operator()(HIMAGELIST images) const { ImageList_Destroy(images); }
 };
 
 template <class Handle>

@@ -56,7 +56,7 @@ void TickerWindow::UpdatePane() {
     if (mShowsKeys)
         return mPane.Show(L"Keys", L"All of them are in the menus, too.", KeysText());
     if (message < 0)
-        return mPane.Show(L"", L"", L"");
+        return mPane.Show(L"", L"Select a message to read it.", L"");
     const Messages& messages = mInbox.All();
     const std::wstring file(messages.File(message));
     std::wstring why;

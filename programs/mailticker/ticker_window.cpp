@@ -1,6 +1,7 @@
 #include "programs/mailticker/ticker_window.h"
 
 #include <algorithm>
+#include <cstring>
 #include <windowsx.h>
 
 #include "programs/mailticker/resource.h"
@@ -93,7 +94,7 @@ LRESULT TickerWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         OnCommand(LOWORD(wParam), HIWORD(wParam));
         return 0;
     case WM_NOTIFY:
-        return OnNotify(reinterpret_cast<NMHDR*>(lParam));
+        return OnNotify(lParam);
     case WM_INITMENUPOPUP:
         UpdateMenu(reinterpret_cast<HMENU>(wParam));
         return 0;
@@ -130,6 +131,14 @@ LRESULT TickerWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         SendMessageW(mList.Handle(), message, wParam, lParam);
         SetLook();
         return 0;
+    case WM_CTLCOLORSTATIC:
+        // Text that is only read looks like text, not like a part of the window.
+        if (reinterpret_cast<HWND>(lParam) == mPane.TextHandle()) {
+            SetTextColor(reinterpret_cast<HDC>(wParam), GetSysColor(COLOR_WINDOWTEXT));
+            SetBkColor(reinterpret_cast<HDC>(wParam), GetSysColor(COLOR_WINDOW));
+            return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
+        }
+        break;
     case WM_GETMINMAXINFO:
         reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {mLook.Scaled(360),
                                                                  mLook.Scaled(320)};
@@ -207,12 +216,15 @@ void TickerWindow::OnCommand(int command, int code) {
         SortBy(static_cast<Column>(command - ID_SORT));
 }
 
-LRESULT TickerWindow::OnNotify(NMHDR* header) {
-    if (header->idFrom != ID_LIST)
+LRESULT TickerWindow::OnNotify(LPARAM lParam) {
+    // Some of what follows a header is packed, and lies anywhere.
+    NMHDR header;
+    std::memcpy(&header, reinterpret_cast<void*>(lParam), sizeof header);
+    if (header.idFrom != ID_LIST)
         return 0;
-    switch (header->code) {
+    switch (header.code) {
     case LVN_COLUMNCLICK:
-        SortBy(static_cast<Column>(reinterpret_cast<NMLISTVIEW*>(header)->iSubItem));
+        SortBy(static_cast<Column>(reinterpret_cast<NMLISTVIEW*>(lParam)->iSubItem));
         return 0;
     case LVN_ITEMCHANGED:
         mList.SelectionChanged();
@@ -222,7 +234,7 @@ LRESULT TickerWindow::OnNotify(NMHDR* header) {
         OpenSelected();
         return 0;
     }
-    return mList.OnNotify(header);
+    return mList.OnNotify(header.code, lParam);
 }
 
 void TickerWindow::OnActivate(bool active) {

@@ -39,7 +39,7 @@ private:
 
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnCommand(int command, int code);
-    LRESULT OnNotify(NMHDR* header);
+    LRESULT OnNotify(LPARAM lParam);
     void OnTray(UINT event);
     void OnActivate(bool active);
     void OnTimer();
