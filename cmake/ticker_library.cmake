@@ -10,6 +10,9 @@ list(REMOVE_ITEM sources ${small_blocks})
 add_library(jxticdll_objects OBJECT ${sources})
 target_compile_definitions(jxticdll_objects PUBLIC JXTICDLL_EXPORTS)
 target_link_libraries(jxticdll_objects PUBLIC postrider_options jxsysres)
+# Copies of functions that the optimiser makes for one caller or in parts would be exported like the
+# functions themselves.
+target_compile_options(jxticdll_objects PUBLIC -fno-ipa-cp -fno-partial-inlining)
 
 # add_ticker_library(target source...): a JXTICDLL.DLL with its small blocks from these sources.
 function(add_ticker_library target)
@@ -28,6 +31,17 @@ endfunction()
 
 add_ticker_library(jxticdll_library ${small_blocks})
 set_target_properties(jxticdll_library PROPERTIES ARCHIVE_OUTPUT_NAME jxticdll_classes)
+
+# What it exports is what the committed list says.
+set(exports_stamp ${PROJECT_BINARY_DIR}/exports.stamp)
+add_custom_command(OUTPUT ${exports_stamp}
+    COMMAND ${PROJECT_SOURCE_DIR}/tools/exports check $<TARGET_FILE:jxticdll_library>
+    COMMAND ${CMAKE_COMMAND} -E touch ${exports_stamp}
+    DEPENDS jxticdll_library ${PROJECT_SOURCE_DIR}/ticker/exports.txt
+        ${PROJECT_SOURCE_DIR}/tools/exports
+    COMMENT "Comparing the exported names with ticker/exports.txt"
+    VERBATIM)
+add_custom_target(jxticdll_exports ALL DEPENDS ${exports_stamp})
 
 add_import_library(jxticdll jxticdll_library ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
 target_include_directories(jxticdll INTERFACE ${PROJECT_SOURCE_DIR})

@@ -8,6 +8,7 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 
 static const char kSource[] = "JXRESIDT\\DISKDRVR.CPP";

@@ -2,7 +2,6 @@
 
 #include "resident/files/file_search.h"
 #include "resident/files/file_spec.h"
-#include "resident/files/oem_name.h"
 
 // Access to folders and volumes: moves the process's current drive and folder, lists a folder,
 // tests for, creates, removes and renames files, and removes folder trees.

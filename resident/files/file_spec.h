@@ -2,6 +2,9 @@
 
 #include "resident/core/rb_string.h"
 
+// Names cross to the file system in the OEM code page, in buffers of this size.
+enum { keOemNameSize = 260 };
+
 // One file's name in its parts: drive, path, name and extension.
 //
 // Parsing and validation return a result code and show nothing; parts set before a failing step

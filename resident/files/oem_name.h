@@ -1,9 +1,6 @@
 #pragma once
 
-#include "resident/core/jx_api.h"
-
-// Names cross to the file system in the OEM code page, through buffers of this size.
-enum { keOemNameSize = 260 };
+#include "resident/files/file_spec.h"
 
 // Converts `name` from ANSI into `buffer`, which may be `name`. Returns false, with an empty
 // buffer, for a null name and for one that does not fit: a shortened name would be another file's.

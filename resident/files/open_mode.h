@@ -1,10 +1,6 @@
 #pragma once
 
-#include <fstream>
-
-#include "resident/core/jx_api.h"
-
-// The product's numeric open modes, and the one place where they become the stream library's.
+// The product's numeric open modes; the values of one open add up.
 enum {
     keOpenIn = 0x01,        // without out: the file must exist
     keOpenOut = 0x02,       // without in, ate and app: created, or cut to nothing
@@ -27,6 +23,3 @@ enum {
 
 // The stream library's default protection.
 enum { keOpenProtection = 0 };
-
-// Opens `stream` on `name`. Afterwards its state is good, or both bad and fail are set.
-void OpenStream(std::fstream& stream, const char* name, int mode);

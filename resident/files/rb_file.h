@@ -4,7 +4,6 @@
 #include <fstream>
 
 #include "resident/files/file_spec.h"
-#include "resident/files/oem_name.h"
 #include "resident/files/open_mode.h"
 
 // Results of removing a file.

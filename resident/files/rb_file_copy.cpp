@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "resident/files/oem_name.h"
 #include "resident/files/rb_file.h"
 
 int RbFile::Copy(RbFile& source, int close, CopyProgress progress, enumDupStream buffer) {

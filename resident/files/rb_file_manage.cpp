@@ -9,6 +9,7 @@
 #include <sys/timeb.h>
 
 #include "resident/files/disk_driver.h"
+#include "resident/files/oem_name.h"
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 

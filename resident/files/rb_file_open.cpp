@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "resident/files/error_mode.h"
+#include "resident/files/oem_name.h"
+#include "resident/files/open_stream.h"
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "resident/files/error_mode.h"
+#include "resident/files/oem_name.h"
 #include "resident/runtime/jx_timer.h"
 #include "resident/runtime/rb_yield.h"
 

@@ -6,6 +6,7 @@
 
 #include "resident/core/windows_api.h"
 #include "resident/files/disk_driver.h"
+#include "resident/files/oem_name.h"
 
 static const char kNumberedName[] = "JPW00000";
 static const char kPrefix[] = "JPW";

@@ -7,6 +7,7 @@
 
 #include "resident/runtime/check.h"
 #include "resident/users/jx_installable_defaults.h"
+#include "resident/users/put_pascal.h"
 
 static const char kSource[] = "JXRESIDT\\MUSR_BS.CPP";
 

@@ -1,4 +1,5 @@
 #include "resident/users/jx_logged_mail_user.h"
+#include "resident/users/put_pascal.h"
 
 #include <cstring>
 

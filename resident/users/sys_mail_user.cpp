@@ -1,4 +1,5 @@
 #include "resident/users/sys_mail_user.h"
+#include "resident/users/put_pascal.h"
 
 #include <algorithm>
 #include <cstring>

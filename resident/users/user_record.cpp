@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "resident/users/base_mail_user.h"
+#include "resident/users/put_pascal.h"
 
 RBString FieldString(const unsigned char* field, unsigned int size) {
     unsigned char pascalText[256];

@@ -9,10 +9,6 @@
 // what runs past the field is cut.
 JX_API RBString FieldString(const unsigned char* field, unsigned int size);
 
-// Copies a string's length byte and characters to offset `at` of a record, cut at the record's end.
-void PutPascal(const RBString& string, unsigned char* record, unsigned int at,
-               unsigned int recordSize);
-
 // The on-disk user record, 114 bytes, integers little-endian. A user whose address is longer than
 // 31 characters goes on in a second record, the continuation.
 struct JX_API UserLRec {

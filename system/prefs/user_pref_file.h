@@ -20,8 +20,8 @@ struct AppRecHeader {
     RBInt offset[2];        // 6: of the block in the file, big-endian, high word first
     RBInt size;             // 10
 
-    unsigned long Offset() const;
-    void SetOffset(unsigned long value);
+    JX_API unsigned long Offset() const;
+    JX_API void SetOffset(unsigned long value);
 };
 static_assert(sizeof(AppRecHeader) == 12);
 

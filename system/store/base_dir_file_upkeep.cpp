@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "resident/files/disk_driver.h"
+#include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 #include "system/store/base_dir_file.h"
 #include "system/store/record_reader.h"

@@ -1,4 +1,4 @@
-#include "resident/files/open_mode.h"
+#include "resident/files/open_stream.h"
 
 #include "resident/core/windows_api.h"
 
