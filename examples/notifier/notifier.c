@@ -2,6 +2,7 @@
    processed yet. */
 
 #include <stdio.h>
+#include <windows.h>
 
 #include <postrider/postrider_ticker.h>
 
@@ -9,6 +10,9 @@ int main(int argc, char** argv) {
     char *inbox, *userData, *topic, *fileName, *sender;
     unsigned short kind, processed;
     int more, waiting = 0;
+
+    /* The library's texts are ANSI. */
+    SetConsoleOutputCP(GetACP());
 
     if (argc > 1) {
         inbox = argv[1];

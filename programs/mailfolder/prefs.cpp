@@ -7,13 +7,6 @@
 #include "programs/mailfolder/tool.h"
 #include "programs/mailfolder/values.h"
 
-// Fields of the preferences' record.
-static constexpr PrefField kPopAddress = {380, 134};
-static constexpr PrefField kSmtpHost = {782, 134};
-static constexpr PrefField kQuoteMark = {922, 33};
-static constexpr PrefField kDirectoryService = {955, 33};
-static constexpr PrefField kPassword = {988, 256};
-
 static constexpr char kMagic[] = "PREFRBSW";
 
 // Finds the block as the library will, which would show its failures in message boxes. Returns the
@@ -38,10 +31,8 @@ static std::string WhyNoPrefs(RbFile& file) {
         if (blockSize != JXMailPrefs::keRecordSize)
             return fmt::format("its mail preferences have {} bytes instead of {}", blockSize,
                                static_cast<int>(JXMailPrefs::keRecordSize));
-        const auto offset =
-            static_cast<unsigned long long>(static_cast<unsigned short>(record.offset[0])) << 16 |
-            static_cast<unsigned short>(record.offset[1]);
-        if (offset + JXMailPrefs::keRecordSize > static_cast<unsigned long long>(size))
+        const unsigned long long end = record.Offset() + 0ull + JXMailPrefs::keRecordSize;
+        if (end > static_cast<unsigned long long>(size))
             return "it ends inside the mail preferences";
         return {};
     }
@@ -74,16 +65,16 @@ static int ShowPrefs(const std::string& argument, bool json) {
     Values values(json);
     values.Title(Printable(path));
     values.Put("mailDirectory", "Mail directory", prefs.MailDirectory().Text());
-    values.Put("popAccount", "POP account", prefs.Text(kPopAddress).Text());
+    values.Put("popAccount", "POP account", prefs.Text(kePrefPopAddress).Text());
     values.Put("popPort", "POP port", prefs.GetPopPort());
-    values.Put("smtpHost", "SMTP host", prefs.Text(kSmtpHost).Text());
+    values.Put("smtpHost", "SMTP host", prefs.Text(kePrefSmtpHost).Text());
     values.Put("smtpPort", "SMTP port", prefs.GetSmtpPort());
     values.Put("returnAddress", "Return address", prefs.GetReturnAddress().Text());
     values.Put("defaultDomain", "Default domain", prefs.GetDefaultDomain().Text());
-    values.PutFlag("passwordSet", "Password", prefs.Text(kPassword).Length() > 0, "set, not shown",
-                   "not set");
-    values.Put("quoteMark", "Quote mark", prefs.Text(kQuoteMark).Text());
-    values.Put("directoryService", "Directory service", prefs.Text(kDirectoryService).Text());
+    values.PutFlag("passwordSet", "Password", prefs.Text(kePrefPassword).Length() > 0,
+                   "set, not shown", "not set");
+    values.Put("quoteMark", "Quote mark", prefs.Text(kePrefQuoteMark).Text());
+    values.Put("directoryService", "Directory service", prefs.Text(kePrefDirectoryService).Text());
     for (unsigned int level = 0; level < LP_MAX_PRIORITY_LEVELS; ++level)
         values.Put(fmt::format("priority{}", level + 1).c_str(),
                    fmt::format("Priority {}", level + 1).c_str(), prefs.GetPriority(level).Text());

@@ -7,25 +7,30 @@
 //
 //     for (T* object = list.GetFirstObject(); object; object = list.GetNextObject())
 //
-// The cursor lives in the list, so one container has one iteration at a time.
+// The cursor lives in the list, so one container has one iteration at a time. Removing the object
+// under it moves it to the next one: the loop above then passes that one over, or begins again with
+// the first when the last one was removed. Where objects go, begin again with GetFirstObject.
 template <class T>
 class RB_Container {
 public:
     enum { keOwnsObjects = 0x1 };
 
     // With `keOwnsObjects` in `flags` the container deletes its objects when it is cleared or
-    // destroyed; otherwise they stay the caller's.
+    // destroyed, and an object may be in it only once; otherwise they stay the caller's. Removing
+    // an object never deletes it.
     explicit RB_Container(unsigned int flags);
     RB_Container(const RB_Container&) = delete;
     RB_Container& operator=(const RB_Container&) = delete;
     virtual ~RB_Container();
 
-    // The object under the cursor, or null.
+    // The object under the cursor, or null. The other two move it first: to the first object, or to
+    // the next one, of which there is none behind the last, and the first again behind that.
     virtual T* GetObject();
     virtual T* GetFirstObject();
     virtual T* GetNextObject();
 
-    // Results as S_List gives them: 1, or 0 when nothing was added or removed.
+    // As S_List's, by the objects' addresses: 1, or 0 when nothing was added or removed. An
+    // `existing` object that is not in the list, or no current one, makes the insertions append.
     virtual int AddObject(T& object);
     virtual int RemoveObject(T& object);
     virtual int InsertObjectAfter(T& object, T& existing);
@@ -33,7 +38,7 @@ public:
     virtual int InsertObjectAfterCurrent(T& object);
     virtual int InsertObjectBeforeCurrent(T& object);
 
-    // The object at `index`, or null.
+    // The object at `index`, from 0, or null.
     T* operator[](short index);
 
     // Empties the list; deletes the objects when the container owns them.

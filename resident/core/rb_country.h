@@ -5,6 +5,7 @@
 // Which character set the machine's Windows speaks: asked once, from SYSTEM.INI.
 class JX_API RbCountry {
 public:
+    // Made on first use; killed, it is made, and asks, anew.
     static RbCountry* Instance();
     static void KillInstance();
 

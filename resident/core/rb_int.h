@@ -11,14 +11,17 @@
 // against the object's. Linked programs have always had it so; use the object, not the result.
 class JX_API RBInt {
 public:
+    // 0, or a value in the machine's order.
     RBInt();
     RBInt(short value);
     RBInt(const RBInt& other) = default;
 
     RBInt& operator=(const RBInt& other) = default;
+    // Takes a value in the machine's order.
     RBInt& operator=(short value);
 
-    // The value in the machine's order.
+    // The value in the machine's order, signed: one of 0x8000 or more reads as negative. Where a
+    // field is unsigned, cast it: static_cast<unsigned short>(record.index).
     operator short() const { return static_cast<short>(MachineValue()); }
 
     // The stored value counts as unsigned, `operand` as signed; 32-bit results keep their low 16

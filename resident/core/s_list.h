@@ -7,6 +7,7 @@
 
 // One link of an S_List. The item is never the node's to free.
 struct JX_API ListNode {
+    // A node with `item`, before `following`; neither becomes its own.
     ListNode(void* item, ListNode* following);
     virtual ~ListNode();
 
@@ -29,7 +30,9 @@ public:
     virtual ~S_List();
 
     // The insertions return 1, or 0 for a null item. An `existing` item that is null or not in the
-    // list, or a cursor that is not positioned, makes them append. The cursor does not move.
+    // list, or a cursor that is not positioned, makes them append. They look for the item, also for
+    // that under the cursor: of one that is in the list several times, they take the first node.
+    // The cursor does not move.
     virtual int InsertAfter(void* item, void* existing);
     virtual int InsertBefore(void* item, void* existing);
     virtual int InsertAfterCurrent(void* item);
@@ -44,7 +47,9 @@ public:
     // Moves the cursor on, from nowhere to the head, and returns it; null behind the last node.
     virtual ListNode* Next();
 
+    // The insertion behind the four: before the existing item, or with 0 after it.
     int Insert(void* item, void* existing, int before);
+    // Unlinks all nodes; the items stay.
     void ClearList();
 
     // The node at `index` from the head, or null. The count of steps is 16 bits wide: indexes from

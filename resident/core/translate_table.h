@@ -12,6 +12,8 @@ public:
     static TranslateTable* GetInstance();
     static void KillInstance();
 
+    // Takes both tables from resource "TransTable_ANSI" of type "TRANSTABLE": 129 bytes each, the
+    // incoming one first. Without it they stay as they are.
     void LoadTranslationTable();
 
     // Translate `length` bytes, zeros too, in place and return `text`; from 0x7F on bytes change.

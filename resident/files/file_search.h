@@ -34,6 +34,7 @@ public:
     // `name` goes to FindFirstFileA as it is. Return 1 with `record` filled, or 0.
     int First(const char* name, ffblk& record, int attributes);
     int Next(ffblk& record);
+    // Ends the search; the destructor does too.
     void Close();
 
 private:

@@ -2,7 +2,14 @@
 
 #include "resident/core/rb_string.h"
 
-// Names cross to the file system in the OEM code page, in buffers of this size.
+// Texts are ANSI, and names cross to the file system in the OEM code page, in buffers of this size.
+// A name of 260 characters or more is refused: cut, it would be another file's.
+//
+// Names outside ASCII do not cross unharmed. RbFile's opens convert a name twice (DoOpen, then
+// open, after which the specification holds the once-converted name); what looks for a file, makes
+// a folder, renames and removes converts it once; the files of the Windows directory, and settings
+// files, go by their unconverted names. So one name may open one file and remove another. Keep mail
+// directories, D files, message files and users' directories to ASCII.
 enum { keOemNameSize = 260 };
 
 // One file's name in its parts: drive, path, name and extension.
@@ -23,7 +30,8 @@ public:
     };
     enum { keNoDrive = 0xFFFF, keMaxPart = 260 };
 
-    FileSpec();
+    FileSpec(); // without any part
+    // Parse the text or, with `isPath`, take all of it for a path.
     FileSpec(const char* spec, int isPath = 0);
     FileSpec(RBString spec, int isPath = 0);
     FileSpec(const FileSpec& other);
@@ -47,7 +55,9 @@ public:
     // By name and extension alone, without regard to case, drive and path.
     int operator<(const FileSpec& other) const;
 
-    // Parts that the text or the arguments do not give are cleared with `replaceAll`, else kept.
+    // Take the parts from a text, or as they are given; return a result code. Parts that are not
+    // given are cleared with `replaceAll`, else kept. A path is stored with a backslash at both
+    // ends, so that a relative one becomes one of the root.
     int Parse(const char* spec, int replaceAll);
     int Build(char drive, const char* path, const char* name, const char* ext, int replaceAll);
     // The whole text is a path; an empty one is the root.
@@ -56,18 +66,22 @@ public:
     // Set the parts that `text` has: ".BAK" the extension alone, a bare name the name alone.
     int SetSpecPart(const char* text, int isPath);
     int SetSpecPart(RBString text, int isPath);
+    // The same for a text that isValidPathName passes.
     int SetValidSpecPart(RBString& text, int isPath);
+    // Adds a folder behind the path, with one backslash between and one at the end. keSpecOk, or a
+    // result code where there was no path.
     int AppendPath(const char* sub);
-    // Drops the path's last level, each of which ends in a backslash, unless it is the only one:
-    // the root is a level too.
+    // Drops the path's last folder: \Mail\Old\ becomes \Mail\, and that the root.
     void DecendPath();
-    // Without checks, with a backslash at both ends.
+    // Without checks: puts a backslash in front unless there is one, and one at the end whether
+    // there is one or not. Mail becomes \Mail\, but \Mail\ gets a second one there.
     void SetPath(const char* path);
     // With or without the dot; an empty text clears it.
     void SetFileExt(const char* ext);
     void ClearName() { mstrName.reset(); }
     // The file `fileName` of the same folder.
     FileSpec Beside(const char* fileName) const;
+    // Clears all parts.
     void Reset();
 
     // The joined forms. The text stays valid until the next of these calls on this object.
@@ -91,6 +105,7 @@ public:
     static int HashFileName(RBString& result, RBString& source, RBString* ext, const char* set);
 
 protected:
+    // Puts the path, and the other parts that are wanted, into the scratch text; returns that.
     const char* Join(bool withDrive, bool withName, bool withExt) const;
 
     mutable RBString mstrScratch;

@@ -2,9 +2,11 @@
 
 #include "resident/core/rb_string.h"
 
-// Marks a message as taken by an empty lock file beside it, the name with the extension ".SEM".
-// Whoever makes the file first holds it; removing the file releases it. The lock file outlives the
-// object.
+// Marks a message as taken by an empty lock file beside it. The lock's name is the message's with
+// ".SEM" in place of its extension, so that files which differ in that alone share a lock. Whoever
+// makes the file first holds it; removing the file releases it, whoever does. The lock file
+// outlives the object, and a program that ends without removing it. For names outside ASCII see
+// file_spec.h.
 class JX_API JxMailMessageSemaphore {
 public:
     JxMailMessageSemaphore();

@@ -38,9 +38,10 @@ typedef int (*CopyProgress)(unsigned int position);
 //
 // Open modes are the numbers of open_mode.h; the protection argument is not used. Opening reports
 // through its result and the stream's state, never by a dialog. A file must be closed before it is
-// destroyed: the destructor reports one that is open.
+// destroyed: the destructor reports one that is open. For names outside ASCII see file_spec.h.
 class JX_API RbFile : public FileSpec, public std::fstream {
 public:
+    // Closed, with no name or that of the specification.
     RbFile();
     RbFile(const char* spec);
     RbFile(RBString& spec);
@@ -59,11 +60,12 @@ public:
     // Both open FullFileSpec() by DoOpen.
     bool Open(int mode, int prot = keOpenProtection);
     bool OpenSilent(int mode, int prot = keOpenProtection);
-    // Takes `name` for the specification and opens it.
+    // Take `name` for the specification and open it.
     void open(const char* name, int mode, int prot = keOpenProtection);
     void open(const unsigned char* name, int mode, int prot = keOpenProtection);
     bool isOpen() const { return is_open(); }
 
+    // The stream's own; positions and sizes are bytes.
     RbFile& read(char* buffer, int size);
     RbFile& read(unsigned char* buffer, int size);
     RbFile& write(const char* buffer, int size);
@@ -77,8 +79,11 @@ public:
     // Cuts the file at the current position and brings its directory entry up to date. Returns 0.
     int UpdateFile();
 
+    // Whether FullFileSpec() is there: a file, or a folder.
     bool Exists();
+    // Whether it is a folder.
     bool DirectoryExists();
+    // DoRemove.
     enumDeleteResult Remove();
     // Closes the file if it is open, and removes it even when it is read-only.
     enumDeleteResult ImpRemove();
@@ -87,16 +92,22 @@ public:
     int RenameToBak(FileSpec* backup);
     // The DOS date and time words of the last write and the size in bytes, where wanted.
     bool FileInfo(unsigned short* time, long* size, unsigned short* date);
-    // Fills day, month, year, hour, minute and second of `when`.
+    // Fills day, month, year, hour, minute and second of `when`, in UTC. Both return true when the
+    // file, or folder, is there.
     bool FileInfo(std::tm* when, long* size);
     // Finds a name of at most 8 digits that does not exist in the folder of `where`, with the
     // extension of `where` or `pszExtension` (with its dot). It only finds the name: by the time of
     // the open another may have taken it. Returns false when all are taken.
     static bool HashUniqueFileName(RbFile* result, FileSpec& where, const char* pszExtension);
 
-    // Copies `source` into this file, opening either as needed; with `close`, both are closed.
+    // Copies all of `source`. Opens either file by FullSpec(), without removing a lone dot, when it
+    // is closed: a target that is opened so is cut, and one that was open is written from its put
+    // position on and not cut. A partial target stays. Returns an enumCopyResult. With `close` both
+    // are closed at the end, unless the target could not be opened, and keCopySourceNotOpen is told
+    // as keCopyReadFailed. `progress` may be null.
     int Copy(RbFile& source, int close, CopyProgress progress, enumDupStream buffer);
-    // Copies `size` bytes from the current position of `source`. 1, 0, -1 or -2.
+    // Copies up to `size` bytes from the current position of `source` to this file's put position;
+    // an earlier end of the source is no failure. Returns 1, 0, -1 or -2 of enumCopyResult.
     int DupStream(RbFile& source, long size, CopyProgress progress, enumDupStream buffer);
 
     // Receives the OEM form of each name that is opened; shared by all files.

@@ -2,6 +2,7 @@
 
 #include "resident/core/jx_api.h"
 
+// Whether there is a window class of that name already.
 enum enumJxCreateWin : int {
     keRegisterClass = 0, // register the window class first
     keClassRegistered = 1

@@ -17,15 +17,17 @@ public:
     int PostReturnMessage(unsigned int wParam, long lParam) const;
     int SendMessageA(unsigned int wParam, long lParam) const;
 
-    // Posts, then pumps both windows' messages, without blocking, until the waiting flag is
-    // cleared. Returns non-zero when it was in time, 0 when posting failed or the time ran out.
+    // Posts, then pumps both windows' messages until the waiting flag is cleared. Returns non-zero
+    // when it was in time, 0 when posting failed or the time ran out. It never blocks: a partner
+    // that does not answer costs a whole processor for the 30 seconds.
     int PostMessageAndWait(unsigned int wParam, long lParam) const;
 
+    // The time, in whole seconds; 30. For all communicators of the process.
     static unsigned short mwNumSecsToWaitAfterPost;
 
 protected:
-    mutable unsigned int mwAwaitedMessage;
+    mutable unsigned int mwAwaitedMessage; // the wParam posted last
     void* mhOwnWindow;
     void* mhPartnerWindow;
-    mutable int mfWaiting;
+    mutable int mfWaiting; // 1 from the posting on
 };

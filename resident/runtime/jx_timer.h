@@ -3,6 +3,7 @@
 #include "resident/core/jx_api.h"
 #include "resident/core/rb_container.h"
 
+// Is given the data that it was registered with.
 typedef void (*JxTimerCallback)(void* data);
 
 // A registered callback. Times are milliseconds.
@@ -21,8 +22,11 @@ JX_EXPORTED_CONTAINER(JxTimerItem);
 // pumps messages.
 class JX_API JxTimer {
 public:
+    // Whose timer it is.
     enum enumCreateOptions : int { keClient = 0, keBackground = 1 };
 
+    // `instance` is the module of the window class, "JxTimerWindow" or "JxBgTimerWindow". One of
+    // each option in a process.
     JxTimer(void* instance, enumCreateOptions option);
     JxTimer(const JxTimer&) = delete;
     JxTimer& operator=(const JxTimer&) = delete;
@@ -33,15 +37,19 @@ public:
     // The client's timer, else the background process's; null, after an assertion, when there is
     // neither. The process handle recorded is GetCurrentProcess's, alike in all processes.
     static JxTimer* GetInstance();
+    // Records the timer of an option; the constructor does.
     static void SetupStatics(void* process, enumCreateOptions option, JxTimer* timer);
 
-    // Returns 1 when the callback was registered.
+    // Adds a callback, to be called every `interval` milliseconds. Returns 1. The item is the
+    // timer's, which frees it when it is destroyed.
     int RegisterCallback(JxTimerCallback callback, long interval, void* data);
-    // Takes the first item of `callback` off the list. The item is not freed.
+    // Takes the first item of `callback` off the list, or reports that there is none. The item is
+    // not freed: whoever has it from FindItem may delete it then.
     void UnRegisterCallback(JxTimerCallback callback);
     // The first item of `callback`, or null.
     JxTimerItem* FindItem(JxTimerCallback callback);
-    // Gives the first item of `callback` a new interval, counted from now.
+    // Gives the first item of `callback` a new interval, counted from now; reports that there is
+    // none.
     void Reset(JxTimerCallback callback, long interval);
 
     // Whether the timer has its window and ticks.

@@ -8,8 +8,10 @@
 // Broken preconditions are told on the debugger output with "Safe assertion failed", nothing more.
 class JX_API RbResFileRef {
 public:
+    // Without a module, and not valid; or with one, and valid.
     RbResFileRef();
     explicit RbResFileRef(void* module);
+    // Copies share the other's record, and count as valid.
     RbResFileRef(const RbResFileRef& other);
     RbResFileRef& operator=(const RbResFileRef& other);
     virtual ~RbResFileRef();
@@ -17,6 +19,7 @@ public:
     // Gives up this reference's share of the record; the last one deletes it. Returns 0.
     int DecrementUsage();
 
+    // Raise and lower the count that UsageCount tells. LoadStringA does both itself.
     void BeginUsingResourceFile();
     void EndUsingResourceFile();
 

@@ -32,12 +32,14 @@ JX_API void RbAssertDispatch(int condition, const char* expression, const char* 
 JX_API int RbErrorDispatch(int error, const char* expression, const char* message, int line,
                            const char* file, int buttonMask);
 
-// Chooses the outputs (a sum of RB_OUTPUT_ values) and, when `logFileName` is not null, the log
-// file. Arguments that do not go together are told on the debugger output, counted as a report, and
-// used all the same. A name keeps its first 255 characters.
+// Chooses the outputs (a sum of RB_OUTPUT_ values; 0 for none) and, when `logFileName` is not null,
+// the log file; a relative name is the current folder's at each report. Arguments that do not go
+// together are told on the debugger output, counted as a report, and used all the same. A name
+// keeps its first 255 characters.
 JX_API void RbAssertSelectOutput(int outputs, const char* logFileName);
 JX_API void RbErrorSelectOutput(int outputs, const char* logFileName);
 
+// The reports so far.
 JX_API unsigned int RbAssertGetCount(void);
 JX_API unsigned int RbErrorGetCount(void);
 
@@ -48,7 +50,8 @@ JX_API void RbErrorSetCount(int count);
 // Ends the process at once with exit code 65535.
 JX_API void RbExitApp(void);
 
-// The outputs themselves.
+// The outputs themselves, for one report each. A log file that cannot be opened is told on the
+// debugger output, and the report is lost.
 JX_API void RbLogErrorOutputString(const char* expression, const char* message, int line,
                                    const char* file);
 JX_API void RbLogErrorAIDDialog(const char* expression, const char* message, int line,

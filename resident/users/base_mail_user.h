@@ -18,10 +18,15 @@ enum { ULR_MAX_ZONE_LEN = 32, ULR_MAX_ADDRESS_LEN = 142 };
 
 // The data of a mail user: one entry of an address book or of an account.
 //
-// A name is "family|given", or one display name without a bar. The record and the stream operators
-// work in a class-wide buffer: one thread at a time.
+// A name is "family|given", or one display name without a bar. Copies and assignments share the
+// texts (RBString). The record and the stream operators work in a class-wide buffer: one thread at
+// a time.
+//
+// Nothing checks lengths here: a record holds names of 31 characters and addresses of 142; names
+// are compared by 32, split by 34 and shown by 51 characters.
 class JX_API BaseMailUser {
 public:
+    // An ordinary user without a name, with the installable defaults.
     BaseMailUser();
     // Of the flags, bit 0x10 alone is copied.
     BaseMailUser(const BaseMailUser& other);
@@ -35,7 +40,10 @@ public:
     // Address, name, platform, message format and enclosure encoding; not the type.
     int operator==(const BaseMailUser& other) const;
 
+    // Platform, message format, enclosure encoding and POP option byte of a record.
+    // docs/formats/user_record.md has the rules.
     void SetPOPEnums(UserLRec* rec);
+    // The platform that message format and enclosure encoding imply; 5 for an unusual pair.
     void SetPlatformFromEncoding();
     // The installable defaults, and POP option byte 0.
     void SetPOPDefaults();
@@ -46,12 +54,14 @@ public:
     // The parts of "family|given", of the name's first 34 characters; a name without a bar is all
     // given. Returns 1, or 0 for an empty name.
     int SplitUserName(RBString& given, RBString& family) const;
-    // Takes the address from "name <address>", else the whole text. Returns 1.
+    // Takes the address from "name <address>", else the whole text, and reports an empty one. The
+    // name stays. Returns 1.
     int SetInternetAddress(const char* nameAndAddr);
 
     static int Size() { return sizeof(UserLRec); }
     // Whether the buffer's second record is a continuation.
     static bool Continued();
+    // The buffer.
     static UserLRec* UlrPtr();
 
     enumMessageFormat MessageFormat() const { return mMessageFormat; }

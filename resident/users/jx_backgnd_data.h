@@ -18,10 +18,12 @@ public:
     // The largest record, as it stands in the file.
     enum { keMaxRecord = 8192 };
 
+    // Empty, with the default ports.
     JxBackgndData();
     virtual ~JxBackgndData();
 
-    // Empty texts are reported, and taken.
+    // Keep the text, and what ParseIP finds in it; the getters give host and ports. An empty text,
+    // or host, is reported, and taken.
     void SetFullPopAccount(const RBString& strAddress);
     const RBString& GetFullPopAccount() const { return mstrFullPopAccount; }
     const RBString& GetPopAccount() const;
@@ -78,10 +80,12 @@ class JX_API RsWinPlatformData {
 public:
     enum : unsigned long { keDialupOption = 0x400, keDialupNameOption = 0x800 };
 
+    // Not dial-up, and without a name.
     explicit RsWinPlatformData(void* handle);
     // The flags are the options of the data's flags, the name its last string.
     RsWinPlatformData(void* handle, JxBackgndData* data);
 
+    // Takes a dial-up connection by that name, or none by an empty one.
     void SetDialupName(const RBString& name);
 
     void* Handle() const { return mhHandle; }

@@ -8,7 +8,7 @@
 // A text and a number: a message identifier among those already fetched.
 class JX_API JxDownloadItem {
 public:
-    JxDownloadItem();
+    JxDownloadItem();                              // empty, number 0
     explicit JxDownloadItem(const RBString& text); // number 0
     virtual ~JxDownloadItem();
 

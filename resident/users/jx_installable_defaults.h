@@ -6,8 +6,10 @@
 struct FormatWords;
 
 // The site's address defaults, kept as words in section "Address Defaults" of "defaults.ini".
+// docs/formats/ini_files.md lists them.
 class JX_API JxInstallableDefaults {
 public:
+    // Made on first use, and not set up; killed, it is made anew.
     static JxInstallableDefaults* GetInstance();
     static void KillInstance();
 

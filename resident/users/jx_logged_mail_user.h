@@ -7,6 +7,7 @@
 class FileSpec;
 class JXMailPrefs;
 
+// Kept for programs, which bring further values.
 enum enumLoggedUserStatus : int { keLoggedStatusNone = 0 };
 
 // A user's local folders.
@@ -25,6 +26,7 @@ enum enumLocalMailDir : int {
 // then the user again as a mail user, with the whole address.
 class JX_API JxLoggedMailUser : public SysMailUser {
 public:
+    // Not logged, with format 1, encoding 1 and platform 6.
     JxLoggedMailUser();
     JxLoggedMailUser(MailUser& other);
     JxLoggedMailUser(const JxLoggedMailUser& other) = default;
@@ -36,6 +38,7 @@ public:
 
     void SetUserStatus(enumLoggedUserStatus status) { mStatus = status; }
     enumLoggedUserStatus UserStatus() const { return mStatus; }
+    // Sets both logged flags to 1.
     void SetNotLogged();
     int LoggedFlag1() const { return mfLogged1; }
     int LoggedFlag2() const { return mfLogged2; }
@@ -48,13 +51,14 @@ public:
     const RBString& SecondText() const { return mstrSecond; }
     void SetSecondText(const RBString& text) { mstrSecond = text; }
 
-    // Write and read the logged user file's contents at the stream's position; true on success.
+    // Write and read the logged user file's contents at the stream's position; true on success. An
+    // address of more than 142 characters is not written. What a name loses: see BaseMailUser.
     bool WriteInfo(std::fstream& file);
     bool ReadInfo(std::fstream& file);
 
-    // Makes one of the user's folders, and its empty directory file, where they are missing.
-    // `result` receives the directory file, or the folder that has none. Returns 1, or 0 when a
-    // step failed.
+    // Makes one of the user's folders, and its empty directory file, where they are missing; the
+    // mail directory of `prefs` must be there. `result` receives the directory file, or the folder
+    // that has none. Returns 1 when both are there, else 0.
     int SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result, enumLocalMailDir which);
 
     // The system user record and, if the stream is still good, the logged text. An address of 32

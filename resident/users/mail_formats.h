@@ -6,8 +6,10 @@
 
 enum enumMessageFormat : int { keFormat1 = 1, keFormat2 = 2, keFormat3 = 3, keFormat4 = 4 };
 
+// How enclosures are encoded.
 enum enumEnclosureEncode : int { keEncode1 = 1, keEncode2 = 2, keEncode7 = 7 };
 
+// What the user reads mail with.
 enum enumUserPlatformType : int {
     kePlatform1 = 1,
     kePlatform2 = 2,

@@ -21,6 +21,7 @@ class JX_API MailUser : public BaseMailUser {
 public:
     enum { keMaxDisplayName = 51 };
 
+    // As the base's.
     MailUser();
     MailUser(MailUser& other);
     MailUser(const MailUser& other);
@@ -35,17 +36,20 @@ public:
 
     MailUser& operator=(const MailUser& other);
 
+    // As operator== of the base.
     int IsEqual(const MailUser& other) const;
-    // Types order first (0x6000, 0x2000, then 0x4000 and 0x8000 together), then names, without
-    // regard to case and with comma and bar as a space. The two are not mirror images: a 0x6000
-    // user is less than any other, itself too, and equal names of one type count as greater.
+    // Types order first (0x6000, 0x2000, then 0x4000 and 0x8000 together), then names by their
+    // first 32 characters, without regard to case and with comma and bar as a space. The two are
+    // not mirror images: a 0x6000 user is less than any other, itself too, and equal names of one
+    // type count as greater.
     int IsLessThan(const MailUser& other) const;
     int IsGreaterThan(const MailUser& other) const;
     int operator<(const MailUser& other) const { return IsLessThan(other); }
     int operator>(const MailUser& other) const { return IsGreaterThan(other); }
 
-    // Translate the name's characters between the Macintosh and the ANSI set, in place: strings
-    // that share the name change with it.
+    // Translate the name's characters, not the address, between the Macintosh and the ANSI set, in
+    // place: other strings and users that share the name change with it, and must not be translated
+    // again.
     void TranslateIn();
     void TranslateOut();
 
@@ -61,7 +65,9 @@ public:
 
     // Write this user as one line of a user list, and read the next line into it: family and given
     // name, address, platform, message format and enclosure encoding, the settings as words.
-    // docs/formats/user_list.md describes the line. What was read before a failure stays set.
+    // The file is open, at the start of a line; a line has at most 1,024 characters, what is behind
+    // them is the next one. Importing begins with the installable defaults; what was read before a
+    // failure stays set. docs/formats/user_list.md describes the line.
     enumUserListResult Export(RbFile& file);
     enumUserListResult Import(RbFile& file);
 

@@ -23,7 +23,7 @@ static_assert(sizeof(SysUserContinuation) == sizeof(SysUserLRec));
 class JX_API SysMailUser : public MailUser {
 public:
     SysMailUser();
-    SysMailUser(MailUser& other);
+    SysMailUser(MailUser& other); // a copy
     SysMailUser(const SysMailUser& other) = default;
     // An empty user, whatever is given; programs rely on it.
     SysMailUser(RBString& name, RBString& address);
@@ -34,8 +34,8 @@ public:
     // Whether the buffer's second record is a continuation.
     static bool IsContinued();
 
-    // Fills the buffer, and writes its address as text and not the record: what reads these streams
-    // skips it. JxLoggedMailUser writes the record.
+    // Fills the buffer, and writes its address in memory as text, not the record: programs that
+    // read such streams skip that text. JxLoggedMailUser writes the record.
     friend JX_API std::ostream& operator<<(std::ostream& out, SysMailUser& user);
     // Takes name and address; leaves the stream at the next record.
     friend JX_API std::istream& operator>>(std::istream& in, SysMailUser& user);

@@ -18,11 +18,14 @@ public:
 // is the user's name, the value the directory of the user's preference file.
 class JX_API JxMailUserRepresentation : public RbListBoxItem, public RbIniStringEntry {
 public:
-    JxMailUserRepresentation();
+    JxMailUserRepresentation(); // empty
+    // `value` is the directory of the user's preference file.
     JxMailUserRepresentation(const char* name, const char* value);
+    // The value alone, and the logged user's name and logged text.
     explicit JxMailUserRepresentation(const JxDefPOPMailUserRepresentation& other);
     explicit JxMailUserRepresentation(const JxLoggedMailUser& user);
     ~JxMailUserRepresentation() override;
+    // Stores the value.
     virtual void SetPrefFileSpecString(const RBString& value);
 
     // Takes the other's value, and then empties its own: programs rely on an empty one.
@@ -36,6 +39,7 @@ public:
     const RBString& GetPrefFileSpecString() const { return mstrValue; }
     // Sets the key to the user's name, and returns it.
     const RBString& GetEntryName();
+    // Sets key and user name.
     void SetEntryName(const RBString& name);
 
 private:

@@ -10,7 +10,7 @@
 struct JX_API JXDatHeader {
     enum { keNameSize = 33, keMaxName = 32 };
 
-    JXDatHeader();
+    JXDatHeader(); // all zero
 
     // Keeps 32 characters. The length byte is the whole name's length: files have always had it
     // so, and readers take the name up to its zero. Returns the stored characters.
@@ -29,6 +29,7 @@ struct JX_API JXExtendDatHeader : JXDatHeader {
     RBInt number; // 44
 };
 
+// The 44 bytes.
 JX_API std::ostream& operator<<(std::ostream& out, JXDatHeader& header);
 JX_API std::istream& operator>>(std::istream& in, JXDatHeader& header);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "resident/files/disk_driver.h"
 #include "resident/runtime/check.h"
@@ -19,35 +20,64 @@ static const char kDialupSection[] = "Dial-Up Networking";
 static const char kConnectionKey[] = "Connection";
 static const char kDisconnectKey[] = "Disconnect";
 
-// The record's texts: a length byte, the text and a closing zero.
-static constexpr PrefField kCode168 = {168, 6};
-static constexpr PrefField kCode174 = {174, 6};
-static constexpr PrefField kString180 = {180, 32};
-static constexpr PrefField kString212 = {212, 34};
-static constexpr PrefField kString246 = {246, 34};
-static constexpr PrefField kMailDirectory = {280, 66};
-static constexpr PrefField kString346 = {346, 34};
-static constexpr PrefField kPopAddress = {380, 134};
-static constexpr PrefField kReturnAddress = {514, 134};
-static constexpr PrefField kDefaultDomain = {648, 134};
-static constexpr PrefField kFullSmtpHost = {782, 134};
-static constexpr PrefField kQuoteMark = {922, 33};
-static constexpr PrefField kDsApiName = {955, 33};
-static constexpr PrefField kPassword = {988, 256};
-static constexpr PrefField kString1244 = {1244, 256};
+namespace {
 
-// Texts without a length byte.
-static constexpr PrefField kString16 = {16, 16};
+// A text with a length byte and a closing zero.
+struct TextField {
+    unsigned short offset;
+    unsigned short size;
+    bool converted;          // between ANSI and OEM; the others are ASCII, or kept as they are
+    const char* initial;     // the default, or null for
+    unsigned short resource; // a string of the product's resource library, or 0 for none
+
+    unsigned int Room() const { return size - 2u; }
+};
+
+} // namespace
+
+static constexpr TextField kTexts[] = {{kePrefText168, 6, true, "????", 0},
+                                       {kePrefText174, 6, true, "????", 0},
+                                       {kePrefText180, 32, true, nullptr, 0},
+                                       {kePrefText212, 34, true, nullptr, 110},
+                                       {kePrefText246, 34, true, nullptr, 0},
+                                       {kePrefMailDirectory, 66, true, nullptr, 0},
+                                       {kePrefText346, 34, true, nullptr, 0},
+                                       {kePrefPopAddress, 134, true, nullptr, 0},
+                                       {kePrefReturnAddress, 134, true, nullptr, 0},
+                                       {kePrefDefaultDomain, 134, true, nullptr, 0},
+                                       {kePrefSmtpHost, 134, false, nullptr, 0},
+                                       {kePrefQuoteMark, 33, false, ">", 0},
+                                       {kePrefDirectoryService, 33, false, nullptr, 0},
+                                       {kePrefPassword, 256, true, nullptr, 0},
+                                       {kePrefText1244, 256, false, nullptr, 3424}};
+
+static const TextField* FindText(enumPrefText text) {
+    const auto* const found =
+        std::find_if(std::begin(kTexts), std::end(kTexts), [text](const TextField& field) {
+            return field.offset == static_cast<int>(text);
+        });
+    return found == std::end(kTexts) ? nullptr : found;
+}
+
+// Texts without a length byte: one, and the names of the priority levels.
+static constexpr unsigned int kString16 = 16;
 static constexpr unsigned int kPriorities = 32;
-static constexpr unsigned int kPrioritySize = 16;
+static constexpr unsigned int kPlainSize = 16;
 
 static constexpr unsigned int kWindowRect = 112;
 
-// The fields that cross between ANSI and OEM; the others are ASCII, or kept as they are.
-static constexpr PrefField kConverted[] = {kCode168,       kCode174,       kString180, kString212,
-                                           kString246,     kMailDirectory, kString346, kPopAddress,
-                                           kReturnAddress, kDefaultDomain, kPassword};
-static constexpr PrefField kExtraStrings[] = {{18, 34}, {52, 34}};
+// The numbers that are not 0 in a new record: option bits, and 16-bit ones.
+struct Default {
+    unsigned short offset;
+    short value;
+};
+static constexpr Default kOptionDefaults[] = {
+    {0, 0xCB}, {1, 0x34}, {2, 0x3B}, {5, 0x24}, {6, 0x08}};
+static constexpr Default kNumberDefaults[] = {{150, 10}, {152, 10}, {154, 4},    {156, 10},
+                                              {158, 7},  {916, 45}, {918, 4096}, {920, 1024}};
+
+// The two texts in memory alone: their offsets, with the length byte, and sizes.
+static constexpr TextField kExtraTexts[] = {{18, 34, true, nullptr, 0}, {52, 34, true, nullptr, 0}};
 
 JXMailPrefs::JXMailPrefs(unsigned int flags)
     : UserPrefFile(mRecord, keApplication, keRecordSize, keVersion) {
@@ -105,46 +135,46 @@ JXMailPrefs& JXMailPrefs::operator=(const JXMailPrefs& other) {
     return *this;
 }
 
-RBString JXMailPrefs::Text(const PrefField& field) const {
-    const auto* const text = reinterpret_cast<const char*>(mRecord) + field.offset + 1;
-    const unsigned int most = field.size - 2u;
-    // Never behind the field, whatever the length byte says, nor behind a zero in it.
-    const unsigned int length = std::min<unsigned int>(mRecord[field.offset], most);
+RBString JXMailPrefs::Text(enumPrefText text) const {
+    const TextField* const field = FindText(text);
+    JX_CHECK(field);
     RBString result;
-    result.puts(std::string_view(text, strnlen(text, length)), {}, {});
+    if (field) {
+        const auto* const bytes = reinterpret_cast<const char*>(mRecord) + field->offset + 1;
+        // Never behind the field, whatever the length byte says, nor behind a zero in it.
+        const unsigned int length = std::min<unsigned int>(mRecord[field->offset], field->Room());
+        result.puts(std::string_view(bytes, strnlen(bytes, length)), {}, {});
+    }
     return result;
 }
 
-void JXMailPrefs::SetText(const PrefField& field, const char* text) {
+void JXMailPrefs::SetText(enumPrefText text, const char* value) {
+    const TextField* const field = FindText(text);
+    JX_CHECK(field);
+    if (!field)
+        return;
     const unsigned int length =
-        std::min<unsigned int>(text ? std::strlen(text) : 0, field.size - 2u);
-    unsigned char* const place = mRecord + field.offset;
-    std::memset(place, 0, field.size);
+        std::min<unsigned int>(value ? std::strlen(value) : 0, field->Room());
+    unsigned char* const place = mRecord + field->offset;
+    std::memset(place, 0, field->size);
     place[0] = static_cast<unsigned char>(length);
-    std::memcpy(place + 1, text ? text : "", length);
+    std::memcpy(place + 1, value ? value : "", length);
 }
 
 void JXMailPrefs::SetDefaults() {
     std::memset(mExtra, 0, sizeof mExtra);
     std::memset(mRecord, 0, sizeof mRecord);
-    static constexpr struct {
-        unsigned char offset;
-        unsigned char bits;
-    } kOptions[] = {{0, 0xCB}, {1, 0x34}, {2, 0x3B}, {5, 0x24}, {6, 0x08}};
-    for (const auto& option : kOptions)
-        mRecord[option.offset] = option.bits;
-    static constexpr struct {
-        unsigned short offset;
-        short value;
-    } kNumbers[] = {{150, 10}, {152, 10}, {154, 4},    {156, 10},
-                    {158, 7},  {916, 45}, {918, 4096}, {920, 1024}};
-    for (const auto& number : kNumbers)
+    for (const Default& option : kOptionDefaults)
+        mRecord[option.offset] = static_cast<unsigned char>(option.value);
+    for (const Default& number : kNumberDefaults)
         Number(number.offset) = number.value;
-    SetText(kCode168, "????");
-    SetText(kCode174, "????");
-    SetText(kString212, RBString(110u, GetJxSystemResHandle()).Text());
-    SetText(kQuoteMark, ">");
-    SetText(kString1244, RBString(3424u, GetJxSystemResHandle()).Text());
+    for (const TextField& field : kTexts) {
+        const auto text = static_cast<enumPrefText>(field.offset);
+        if (field.resource)
+            SetText(text, RBString(field.resource, GetJxSystemResHandle()).Text());
+        else if (field.initial)
+            SetText(text, field.initial);
+    }
     mwPopPort = JxBackgndData::keDefaultPopPort;
     mwSmtpPort = JxBackgndData::keDefaultSmtpPort;
     MakeIniFile();
@@ -206,9 +236,9 @@ int JXMailPrefs::ReadOtherPrefs(AppPrefTag& tag) {
 }
 
 void JXMailPrefs::SplitAddresses() {
-    JxBackgndData::ParseIP(Text(kPopAddress), JxBackgndData::keDefaultPopPort, &mstrPopAccount,
+    JxBackgndData::ParseIP(Text(kePrefPopAddress), JxBackgndData::keDefaultPopPort, &mstrPopAccount,
                            &mwPopPort, nullptr);
-    JxBackgndData::ParseIP(Text(kFullSmtpHost), JxBackgndData::keDefaultSmtpPort, &mstrSmtpHost,
+    JxBackgndData::ParseIP(Text(kePrefSmtpHost), JxBackgndData::keDefaultSmtpPort, &mstrSmtpHost,
                            &mwSmtpPort, nullptr);
 }
 
@@ -222,13 +252,14 @@ void JXMailPrefs::ConvertPrefs(ConvertPrefTo direction) {
         else
             CharToOemBuffA(text, text, length);
     };
-    for (const PrefField& field : kExtraStrings)
+    for (const TextField& field : kExtraTexts)
         convert(mExtra + field.offset + 1, field.size - 1u);
-    convert(mRecord + kString16.offset, kString16.size);
-    for (const PrefField& field : kConverted)
-        convert(mRecord + field.offset + 1, field.size - 1u);
+    for (const TextField& field : kTexts)
+        if (field.converted)
+            convert(mRecord + field.offset + 1, field.size - 1u);
+    convert(mRecord + kString16, kPlainSize);
     for (unsigned int level = 0; level < LP_MAX_PRIORITY_LEVELS; ++level)
-        convert(mRecord + kPriorities + level * kPrioritySize, kPrioritySize);
+        convert(mRecord + kPriorities + level * kPlainSize, kPlainSize);
 }
 
 void JXMailPrefs::FixMailDirectory(int toRecord) {
@@ -237,12 +268,12 @@ void JXMailPrefs::FixMailDirectory(int toRecord) {
         const unsigned int length = directory.Length();
         if (length && directory.Text()[length - 1] == '\\')
             directory.Truncate(length - 1);
-        SetText(kMailDirectory, directory.Text());
+        SetText(kePrefMailDirectory, directory.Text());
         return;
     }
     // No directory stays none.
     mstrMailDirectory.reset();
-    const RBString directory = Text(kMailDirectory);
+    const RBString directory = Text(kePrefMailDirectory);
     if (directory.Length() == 0)
         return;
     FileSpec spec;
@@ -268,30 +299,30 @@ void JXMailPrefs::SetPriority(const RBString& name, unsigned int wLevel) {
     JX_CHECK_AT(349, wLevel < LP_MAX_PRIORITY_LEVELS, "wLevel < LP_MAX_PRIORITY_LEVELS");
     if (wLevel >= LP_MAX_PRIORITY_LEVELS)
         return;
-    unsigned char* const place = mRecord + kPriorities + wLevel * kPrioritySize;
-    std::memset(place, 0, kPrioritySize);
-    std::memcpy(place, name.Text(), strnlen(name.Text(), kPrioritySize - 1));
+    unsigned char* const place = mRecord + kPriorities + wLevel * kPlainSize;
+    std::memset(place, 0, kPlainSize);
+    std::memcpy(place, name.Text(), strnlen(name.Text(), kPlainSize - 1));
 }
 
 RBString JXMailPrefs::GetPriority(unsigned int wLevel) const {
     RBString result;
     if (wLevel < LP_MAX_PRIORITY_LEVELS) {
         const auto* const text =
-            reinterpret_cast<const char*>(mRecord) + kPriorities + wLevel * kPrioritySize;
-        result.puts(std::string_view(text, strnlen(text, kPrioritySize)), {}, {});
+            reinterpret_cast<const char*>(mRecord) + kPriorities + wLevel * kPlainSize;
+        result.puts(std::string_view(text, strnlen(text, kPlainSize)), {}, {});
     }
     return result;
 }
 
 void JXMailPrefs::SetUserData(JxLoggedMailUser& user) {
     SetNewPassword(user);
-    SetText(kPopAddress, user.Address().Text());
+    SetText(kePrefPopAddress, user.Address().Text());
     JxBackgndData::ParseIP(user.Address(), JxBackgndData::keDefaultPopPort, &mstrPopAccount,
                            &mwPopPort, nullptr);
 }
 
 void JXMailPrefs::SetNewPassword(JxLoggedMailUser& user) {
-    SetText(kPassword, user.SecondText().Text());
+    SetText(kePrefPassword, user.SecondText().Text());
 }
 
 void JXMailPrefs::GetUserRep(JxMailUserRepresentation&) {}
@@ -332,18 +363,18 @@ const char* JXMailPrefs::GetSmtpHost() const {
 }
 
 void JXMailPrefs::SetFullSmtpHost(const char* host) {
-    SetText(kFullSmtpHost, host);
+    SetText(kePrefSmtpHost, host);
     JxBackgndData::ParseIP(RBString(host), JxBackgndData::keDefaultSmtpPort, &mstrSmtpHost,
                            &mwSmtpPort, nullptr);
 }
 
-RBString JXMailPrefs::GetReturnAddress() const { return Text(kReturnAddress); }
+RBString JXMailPrefs::GetReturnAddress() const { return Text(kePrefReturnAddress); }
 
-void JXMailPrefs::SetReturnAddress(const char* address) { SetText(kReturnAddress, address); }
+void JXMailPrefs::SetReturnAddress(const char* address) { SetText(kePrefReturnAddress, address); }
 
-RBString JXMailPrefs::GetDefaultDomain() const { return Text(kDefaultDomain); }
+RBString JXMailPrefs::GetDefaultDomain() const { return Text(kePrefDefaultDomain); }
 
-void JXMailPrefs::SetDefaultDsApiName(const char* name) { SetText(kDsApiName, name); }
+void JXMailPrefs::SetDefaultDsApiName(const char* name) { SetText(kePrefDirectoryService, name); }
 
 void JXMailPrefs::SetDialupConnection(const char* name) {
     JX_CHECK_AT(455, mpoUserIniFile, "mpoUserIniFile");

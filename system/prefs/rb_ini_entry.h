@@ -7,10 +7,12 @@ class SystemPrefFile;
 // One setting of a settings file, named by section and key.
 class JX_API RbIniEntry {
 public:
+    // Names the setting, as far as it is given; nothing is read.
     explicit RbIniEntry(const char* section);
     RbIniEntry(const char* section, const char* key);
     virtual ~RbIniEntry();
 
+    // Section and key; the texts belong to the entry.
     virtual const RBString& GetSectionName() const;
     virtual const RBString& GetKeyName() const;
 
@@ -24,6 +26,7 @@ protected:
 // A setting with a text.
 class JX_API RbIniStringEntry : public RbIniEntry {
 public:
+    // As the base's, with an empty value or the one given.
     explicit RbIniStringEntry(const char* section);
     RbIniStringEntry(const char* section, const char* key);
     RbIniStringEntry(const char* section, const char* key, const char* value);
@@ -34,7 +37,7 @@ public:
 
     // Returns 1 when the file has a text for it, else 0 with an empty value.
     int StreamIn(SystemPrefFile& file);
-    // An empty value removes the key.
+    // An empty value removes the key. Returns non-zero on success.
     int StreamOut(SystemPrefFile& file);
 
 protected:
@@ -44,6 +47,7 @@ protected:
 // A setting with a number. -1 cannot be told from a missing one.
 class JX_API RbIniIntEntry : public RbIniEntry {
 public:
+    // As the base's, with the value 0 or the one given.
     explicit RbIniIntEntry(const char* section);
     RbIniIntEntry(const char* section, const char* key);
     RbIniIntEntry(const char* section, const char* key, int value);
@@ -54,6 +58,7 @@ public:
 
     // Returns 1 when the file has a number for it, else 0 with the value -1.
     int StreamIn(SystemPrefFile& file);
+    // Returns non-zero on success.
     int StreamOut(SystemPrefFile& file);
 
 protected:

@@ -10,6 +10,7 @@
 // Section names compare without regard to case. Nothing is reported; results carry the outcome.
 class JX_API SystemPrefFile : public PreferenceFile {
 public:
+    // Closed, with no name or that of the specification.
     SystemPrefFile();
     explicit SystemPrefFile(RBString spec);
     explicit SystemPrefFile(const FileSpec& spec);

@@ -20,6 +20,7 @@ struct AppRecHeader {
     RBInt offset[2];        // 6: of the block in the file, big-endian, high word first
     RBInt size;             // 10
 
+    // `offset` as one number of the machine's order.
     JX_API unsigned long Offset() const;
     JX_API void SetOffset(unsigned long value);
 };
@@ -40,6 +41,8 @@ enum UserPrefError : int {
 // Failures are shown to the user, in a message box that names the file, and are results of 0.
 class JX_API UserPrefFile : public PreferenceFile {
 public:
+    // Without a block, or with one's tag: `buffer`, of `size` bytes, stays the caller's and must
+    // outlive this object and its copies.
     UserPrefFile();
     UserPrefFile(void* buffer, unsigned short id, unsigned short size, unsigned short version);
     ~UserPrefFile() override;
@@ -55,12 +58,14 @@ public:
     int CreatePrefsFile(const char* name);
 
     // Read or write one application's block, in the opened file. A block that is not found is added
-    // by writing, and with `create` by reading; then it stands unscrambled, as it always has. A
-    // read that does not find the block leaves the buffer scrambled. Return 1 or 0.
+    // by writing, and with `create` by reading: the latter writes it unscrambled, and readers take
+    // it so until it is next written. A read that does not find the block leaves the buffer
+    // scrambled. Return 1 or 0.
     int ReadAppPrefs(AppPrefTag& tag, int create);
     int WriteAppPrefs(AppPrefTag& tag);
 
-    // The steps of the above.
+    // The steps of the above. ReadAppHeader reads the file's header, and looks for the record of
+    // `id`; a missing one is no failure. ReadPrefBuffer reads tag.size bytes at `offset`.
     int ReadAppHeader(unsigned int id);
     int ReadPrefBuffer(AppPrefTag& tag, long offset);
     // A block of another size than the stored one is silently not written.
@@ -68,9 +73,11 @@ public:
     // Adds a record and its block by rebuilding the file through "RB.BAK", which keeps the file as
     // it was before. The old file stays in place when anything fails.
     int InsertPrefRec(AppRecHeader& record, AppPrefTag& tag);
+    // Writes the header.
     int UpdateHeader();
+    // Scrambles the block in memory, or unscrambles it: it is its own inverse.
     static void Encode(AppPrefTag& tag);
-    // Shows the message; returns 0.
+    // Shows message 604 and the code; returns 0.
     int FileError(UserPrefError code);
 
 protected:
@@ -79,6 +86,7 @@ protected:
     // Messages that name a file.
     enum { keMessageAccess = 701, keMessageCreate = 703 };
 
+    // Shows message `textId` with a path in it; returns 0.
     int ShowFileMessage(unsigned int textId, const char* path);
     // Opens this file, or opens it again.
     bool Reopen(int mode);
@@ -100,5 +108,6 @@ private:
     bool PutInPlace(RbFile& copy);
 };
 
+// The 12 bytes.
 JX_API std::ostream& operator<<(std::ostream& out, AppRecHeader& record);
 JX_API std::istream& operator>>(std::istream& in, AppRecHeader& record);

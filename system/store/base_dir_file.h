@@ -4,12 +4,14 @@
 #include "resident/users/jx_download_item.h"
 #include "system/store/directory_record.h"
 
+// What a D file is made of.
 enum TypeDirFile : int {
     keDirFolder = 0,  // a zero header of 316 bytes, then the records
     keDirForeign = 1, // the same, but never made by this library
     keDirMessages = 2 // records alone, made from the message files "*.EML" of its folder
 };
 
+// What FindRecord returns for a match.
 enum enumFindRecord : int {
     keFindPosition = 0,
     keFindExisting = 1 // -3 when there is a match
@@ -41,33 +43,40 @@ enum enumMarkMailAction : int {
 //
 // The object is the file: its specification is set afterwards through FileSpec, and operations open
 // and close it unless they say that it must be open. Failures are results, and reported as
-// assertions; an operation goes on or ends as it says.
+// assertions; an operation goes on or ends as it says. A file that another process holds is waited
+// for (RbFileRetryOpen). For names outside ASCII see file_spec.h.
 //
 // Type 0 and 1 files begin with a header that nothing reads, record n at byte n x 316; type 2 files
 // have none.
 class JX_API BaseDirFile : public RbFileRetryOpen {
 public:
+    // What RemoveAllMessageIDs takes away.
     enum enumRemoveOptions : int {
         keRemoveAll = 0,
         keRemoveUnkept = 1 // spares records with status bit 0x20
     };
+    // Bytes of a record, and of a header.
     static constexpr long keRecordSize = sizeof(DiskDirRec);
 
-    explicit BaseDirFile(TypeDirFile type);
+    explicit BaseDirFile(TypeDirFile type); // without a name
     ~BaseDirFile() override;
-    // Appends the record of a message file. Returns 1, or 0 when it was not written.
+    // Appends the record of a message file, to a D file that is there. Returns 1, or 0 when it was
+    // not written.
     virtual int AddMessage(RbFile* message);
 
     TypeDirFile Type() const { return mType; }
 
-    // Writes a message file's record at the current position of the opened D file. Returns 1 or 0.
+    // Writes a message file's record at the current position of the opened D file: the file's first
+    // 316 bytes, with its name, of at most 33 characters, and the used byte put in. Returns 1 or 0.
     int WriteRecord(RbFile* message);
     // Reads the record at the start of `file`, and leaves the file open or closed, and at the
     // position, as it was. Returns 1 or 0.
     int ReadDDR(RbFile& file, DirectoryRecord& record);
 
-    // Makes the file anew: an empty one, or for type 2 from the folder's message files. Returns the
-    // result of the last record written, 1 without one, and 0 for type 1, which it never makes.
+    // Makes the file anew: an empty one, or for type 2 from the folder's message files. The old
+    // file is cut first, without a backup: see examples/rebuild for a way that keeps it. Returns
+    // the result of the last record written; 1 without one, also when the file cannot be opened;
+    // and 0 for type 1, which it never makes.
     int CreateDFile();
 
     // The byte position of the first record that is the same message as `probe`, whose topic and
@@ -81,7 +90,9 @@ public:
     long AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& record, int write);
     long AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot, int write);
 
-    // Counts anew what the accessors below tell. Returns 1 when the file was read to its end.
+    // Counts anew what the accessors below tell. Returns 1 when the file was read to its end. Of
+    // the other operations, DirectoryFile::GetDFile counts both kinds of records as well, and
+    // CreateDFile and RemoveAllMessageIDs set the two counts to 0; none else changes them.
     int GetInfo(enumGetInfoOptions options);
     int UsedCount() const { return miUsed; }
     int UnprocessedCount() const { return miUnprocessed; }
@@ -96,21 +107,28 @@ public:
     int CheckDateStamp();
 
     // The operations below find the stored record by `probe` (the same message) and change it in
-    // place. They return 1 on success, else 0.
+    // place. They return 1 on success, else 0. One that is not in the file is reported twice.
 
-    // Removes the message's file and frees its slot.
+    // Removes the message's file and frees its slot, also when that file is not there, or the name
+    // is none of a file of this folder. Where the file cannot be removed, the record stays.
     int DeleteMail(DirectoryRecord& probe);
     int MarkRecord(DirectoryRecord& probe, enumMarkMailAction action);
+    // MarkRecord with keMarkUnused; the second argument is not looked at.
     void MarkUnUsed(DirectoryRecord& probe, unsigned int notUsed);
+    // MarkRecord with keMarkProcessed or, with `unmark`, keMarkUnprocessed.
     void MarkMail(DirectoryRecord& probe, int unmark);
     // 1 at once when the probe itself asks for no receipt.
     int ClearReturnReceipt(DirectoryRecord& probe);
 
-    // Rewrites the file with its used records alone, through a ".TMP" and a ".BAK" file.
+    // Rewrites the file with its used records alone, through a ".TMP" and a ".BAK" file. Returns 1,
+    // or 0 with the old file in place; where it cannot be put back, it is the ".BAK" file.
     int CompressDFile();
-    // Adds an item for each used record with a message identifier; the list owns them.
+    // Adds a new item for each used record with a message identifier. They are the list's where it
+    // owns its objects, else the caller's to delete. Opens the file for writing, though it does not
+    // write: a read-only one gives 0.
     int GetUIDList(RB_Container<JxDownloadItem>* list);
     // Rewrites the file without message identifiers, and free slots. The old file stays as ".BAK".
+    // Returns 1, or 0; where the last step fails, the D file is left under the name of its backup.
     int RemoveAllMessageIDs(enumRemoveOptions option);
 
 protected:

@@ -32,7 +32,7 @@ enum {
 // interface alive.
 class JX_API DirectoryFile : public BaseDirFile {
 public:
-    explicit DirectoryFile(TypeDirFile type);
+    explicit DirectoryFile(TypeDirFile type); // without a name
     ~DirectoryFile() override;
 
     // Processable: used, not processed, of a kind other than 0, and without the attributes 0x0100,
@@ -44,9 +44,12 @@ public:
     // Whether any record would be taken: 0 error, 1 not opened, 2 none, 3 some.
     int CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)());
     // Takes the selected records: marks them in the file, so that they are taken once, and adds
-    // them to the list, which owns them. 0 error, 1 none, 2 some.
+    // new objects with them to the list: the list's where it owns its objects, else the caller's to
+    // delete. Returns 0 error, 1 none (also for a file that cannot be opened, which is reported), 2
+    // some.
     int GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void (*idle)(),
                            enumGetDDROptions option);
+    // GetUnprocessedDDRs with keGetInstallRequests.
     void GetInstallableDDRs(RB_Container<DirectoryRecord>* list);
 
     // Moves the messages that are more than `age` seconds old, the processed ones alone with

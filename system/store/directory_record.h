@@ -69,7 +69,8 @@ public:
     void FixTopicAndIndex();
     // ClampRecord; returns the validity, as CheckValidity does from then on.
     int Check_Fixed_Validity();
-    // Stores a message identifier, a Pascal string of at most 73 characters; null clears it.
+    // Stores a message identifier, a Pascal string, cut at 73 characters; null clears it. It begins
+    // six bytes before the sender's address, and writes over that.
     void SetMessageID(const unsigned char* pascalText);
 
     // The fields' texts, cut at their fields' ends.

@@ -88,7 +88,7 @@ Sample PrefFile(unsigned int others) {
 
 void UsePrefs(JXMailPrefs& prefs, Random& random) {
     for (const unsigned int text : kTexts)
-        ReadText(prefs.Text({static_cast<unsigned short>(text), 6}).Text());
+        ReadText(prefs.Text(static_cast<enumPrefText>(text)).Text());
     ReadText(prefs.GetReturnAddress().Text());
     ReadText(prefs.GetDefaultDomain().Text());
     ReadText(prefs.GetPopAccount());
