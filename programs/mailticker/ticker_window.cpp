@@ -77,8 +77,13 @@ LRESULT TickerWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case kFolderChanged:
         mInside = true;
-        [[fallthrough]];
+        // Being told of every single write would delay whoever writes.
+        mFolder.Disarm();
+        mSchedule.Changed(GetTickCount64());
+        SetReadTimer();
+        return 0;
     case kUsersChanged:
+        mUsers.Disarm();
         mSchedule.Changed(GetTickCount64());
         SetReadTimer();
         return 0;

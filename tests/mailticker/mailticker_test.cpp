@@ -1,0 +1,299 @@
+// The ticker's window in a process of its own, beside other programs at work on its inbox.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "tests/mailticker/ticker_process.h"
+#include "tests/support/mail_bytes.h"
+#include "tests/support/scratch.h"
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+enum { kFrom, kTopic, kKind, kFile, kNumber };
+
+// Adds bytes to a file as programs do that share it.
+void Append(const std::string& path, const std::string& bytes) {
+    const HANDLE file =
+        CreateFileA(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_ALWAYS, 0, nullptr);
+    DWORD written;
+    WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
+    CloseHandle(file);
+}
+
+void Overwrite(const std::string& path, unsigned int offset, const std::string& bytes) {
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    SetFilePointer(file, offset, nullptr, FILE_BEGIN);
+    DWORD written;
+    WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
+    CloseHandle(file);
+}
+
+std::string From(const std::string& sender, const std::string& record) {
+    return With(record, 72, Pascal(sender));
+}
+
+class MailTicker : public testing::Test {
+protected:
+    MailTicker() {
+        CreateDirectoryA(mInbox.c_str(), nullptr);
+        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Postrider");
+        WriteFileBytes(mPath, kHeader + From("Okafor|Chidi", Message("Lunch?", "M1.EML")) +
+                                  Free(Message("Gone", "M2.EML")) +
+                                  From("M\xFCller|J\xF6rg", Status(Message("Gr\xFC\xDF"
+                                                                           "e",
+                                                                           "M3.EML"),
+                                                                   1)) +
+                                  Kind(From("Payroll", Message("Form", "M4.EML")), 5));
+        WriteFileBytes(mInbox + "\\M3.EML", Message("T") + "Sch\xF6n.\r");
+    }
+
+    void Start(const std::string& more = "") {
+        mTicker = std::make_unique<TickerProcess>("\"" + mPath + "\"" + more);
+    }
+    bool Comes(const std::function<bool()>& so) { return Until(so) < 60000; }
+    void NoticeComes(const std::wstring& heading) {
+        const bool came = Comes([&] { return mTicker->Notice().starts_with(heading); });
+        EXPECT_TRUE(came) << testing::PrintToString(heading) << ", not "
+                          << testing::PrintToString(mTicker->Notice());
+    }
+
+    ScratchFolder mScratch;
+    const std::string mInbox = mScratch.Path("Inbox");
+    const std::string mPath = mInbox + "\\DFile";
+    std::unique_ptr<TickerProcess> mTicker;
+};
+
+} // namespace
+
+TEST_F(MailTicker, ShowsTheInboxFiltersSortsAndReads) {
+    Start();
+    EXPECT_THAT(mTicker->Column(kFrom),
+                ElementsAre(L"Chidi Okafor", L"J\u00F6rg M\u00FCller", L"Payroll"));
+    EXPECT_THAT(mTicker->Column(kKind), ElementsAre(L"Message", L"Message", L"Form"));
+    EXPECT_THAT(mTicker->Column(kNumber), ElementsAre(L"1", L"2", L"3"));
+    EXPECT_THAT(mTicker->Status(), StartsWith(L"3 messages, 2 unprocessed, C:\\"));
+    EXPECT_EQ(mTicker->RunningLine(),
+              L"Payroll \u2013 Form     \u2022     Chidi Okafor \u2013 Lunch?");
+
+    mTicker->SelectRow(1);
+    EXPECT_EQ(mTicker->PaneText(), L"Sch\u00F6n.\r\n");
+    mTicker->Filter(L"GRU m3");
+    EXPECT_THAT(mTicker->Column(kTopic), ElementsAre(L"Gr\u00FC\u00DFe"));
+    EXPECT_THAT(mTicker->Status(), StartsWith(L"1 of 3 messages, 2 unprocessed"));
+    mTicker->Filter(L"");
+    mTicker->Command(ID_SORT + kTopic);
+    EXPECT_THAT(mTicker->Column(kFile), ElementsAre(L"M4.EML", L"M3.EML", L"M1.EML"));
+    mTicker->Command(ID_SORT + kTopic);
+    mTicker->Command(ID_ONLY_UNPROCESSED);
+    EXPECT_THAT(mTicker->Column(kFile), ElementsAre(L"M1.EML", L"M4.EML"));
+}
+
+TEST_F(MailTicker, TellsOfMailThatArrivesWhileNobodyLooks) {
+    Start(" /tray");
+    EXPECT_FALSE(IsWindowVisible(mTicker->Window()));
+    Append(mPath, From("Sato|Yuki", Message("Re: Minutes", "M5.EML")));
+    EXPECT_LT(Until([&] { return mTicker->Rows() == 4; }), 2000u);
+    EXPECT_TRUE(Comes([&] {
+        return mTicker->TrayTexts().find(
+                   L"3 unprocessed, 1 new, newest: Yuki Sato \u2013 Re: Minutes") !=
+               std::wstring::npos;
+    })) << testing::PrintToString(mTicker->TrayTexts());
+    // A free slot that is used again, a mark that is taken back: arrived is what was not there.
+    Overwrite(mPath, 2 * 316 + 2, "\1");
+    Overwrite(mPath, 3 * 316 + 3, Bytes("\0"));
+    EXPECT_TRUE(Comes([&] {
+        return mTicker->TrayTexts().find(L"5 unprocessed, 2 new") != std::wstring::npos;
+    })) << testing::PrintToString(mTicker->TrayTexts());
+    // A click on the icon shows the window; after a look nothing is new.
+    mTicker->Tray(NIN_SELECT);
+    EXPECT_TRUE(IsWindowVisible(mTicker->Window()));
+    mTicker->Command(ID_HIDE);
+    EXPECT_TRUE(Comes([&] {
+        return mTicker->TrayTexts().find(L"5 unprocessed, newest: Yuki Sato") != std::wstring::npos;
+    })) << testing::PrintToString(mTicker->TrayTexts());
+}
+
+TEST_F(MailTicker, SaysHowThingsStand) {
+    const std::string sound = ReadFileBytes(mPath);
+    Start();
+    EXPECT_EQ(mTicker->Notice(), L"");
+    {
+        const HeldFile held(mPath);
+        Append(mInbox + "\\CHANGE", "so that it looks");
+        NoticeComes(L"Another program is holding the inbox.");
+        EXPECT_EQ(mTicker->Rows(), 3);
+    }
+    NoticeComes(L"");
+    Append(mPath, Cut(Message("Half")));
+    NoticeComes(L"The inbox is damaged. It ends in the middle of a record.");
+    WriteFileBytes(mPath, sound + Kind(Message("Odd"), 9));
+    NoticeComes(L"The inbox is damaged. One of its records is damaged.");
+    WriteFileBytes(mPath, kHeader);
+    NoticeComes(L"The inbox is empty.");
+    DeleteFileA(mPath.c_str());
+    NoticeComes(L"There is no inbox yet.");
+    WriteFileBytes(mPath, sound);
+    NoticeComes(L"");
+    EXPECT_TRUE(Comes([&] { return mTicker->Rows() == 3; }));
+    const std::string away = mScratch.Path("Away");
+    MoveFileA(mInbox.c_str(), away.c_str());
+    mTicker->Command(ID_READ_NOW);
+    NoticeComes(L"The inbox\u2019s folder is not there.");
+    MoveFileA(away.c_str(), mInbox.c_str());
+    NoticeComes(L"");
+    // Nothing of all this was new mail.
+    EXPECT_EQ(mTicker->TrayTexts().find(L"new,"), std::wstring::npos);
+}
+
+TEST_F(MailTicker, FollowsTheCurrentUser) {
+    const KeptFile user(WindowsDirectory() + "\\JXUSER.DAT");
+    const auto logIn = [&](const std::string& folder) {
+        std::vector<std::string> strings(kUserStrings);
+        strings[2] = folder;
+        strings[3] = "DFile";
+        WriteFileBytes(user.Path(), ScrambledUserData(UserData(strings)));
+    };
+    user.Remove();
+    mTicker = std::make_unique<TickerProcess>("");
+    EXPECT_EQ(mTicker->Notice(), L"Nobody has logged in to Postrider.");
+    logIn(mInbox);
+    EXPECT_TRUE(Comes([&] { return mTicker->Rows() == 3; }));
+    NoticeComes(L"");
+    // A name that changes on its way through the library.
+    const std::string other = mScratch.Path("B\xFCro und mehr");
+    CreateDirectoryA(other.c_str(), nullptr);
+    WriteFileBytes(other + "\\DFile", kHeader + Message("Other", "O.EML"));
+    logIn(other);
+    NoticeComes(L"Another user has logged in to Postrider.");
+    EXPECT_THAT(mTicker->Column(kTopic), ElementsAre(L"Other"));
+}
+
+TEST_F(MailTicker, ShowsWhatIsThereWhateverOthersDoMeanwhile) {
+    for (int i = 0; i < 8; ++i)
+        WriteFileBytes(mInbox + "\\M" + std::to_string(i) + ".EML", Message("C", "X"));
+    Start();
+    const Signal stop;
+    HelperProcess other("mail_process.exe", "change \"" + mPath + "\" 8 " + stop.Name());
+    for (int i = 0; i < 20; ++i) {
+        mTicker->Command(ID_READ_NOW);
+        mTicker->Filter(i % 2 ? L"m" : L"");
+        Sleep(50);
+    }
+    const_cast<Signal&>(stop).Set();
+    other.ExitCode();
+    // In the end it shows the used records.
+    const std::string bytes = ReadFileBytes(mPath);
+    std::vector<std::wstring> files;
+    for (unsigned int at = 316; at + 316 <= bytes.size(); at += 316)
+        if (bytes[at + 2] && bytes.compare(at, 2, "\xFF\xFF"))
+            files.emplace_back(bytes.begin() + at + 39, bytes.begin() + at + 39 + bytes[at + 38]);
+    mTicker->Filter(L"");
+    EXPECT_TRUE(Comes([&] { return mTicker->Column(kFile) == files; }))
+        << testing::PrintToString(mTicker->Column(kFile)) << " instead of "
+        << testing::PrintToString(files);
+    EXPECT_EQ(mTicker->Notice(), L"");
+}
+
+TEST_F(MailTicker, DoesNotDelayAWriter) {
+    const auto append20000 = [&] {
+        const DWORD start = GetTickCount();
+        for (int i = 0; i < 20000; ++i)
+            Append(mPath, Message("Number " + std::to_string(i), "N" + std::to_string(i)));
+        return GetTickCount() - start;
+    };
+    const DWORD alone = append20000();
+    DeleteFileA(mPath.c_str());
+    WriteFileBytes(mPath, kHeader);
+    Start();
+    const DWORD beside = append20000();
+    EXPECT_LT(Until([&] { return mTicker->Rows() == 20000; }), 2000u);
+    // It shares two processors with the writer, Wine's server, and whoever else is at work.
+    EXPECT_LT(beside, 2 * alone + 1000);
+    RecordProperty("alone", static_cast<int>(alone));
+    RecordProperty("beside", static_cast<int>(beside));
+}
+
+TEST_F(MailTicker, IsThereOnce) {
+    Start(" /tray");
+    EXPECT_EQ(HelperProcess("mailticker.exe", "").ExitCode(), 0u);
+    EXPECT_TRUE(IsWindowVisible(mTicker->Window()));
+    EXPECT_EQ(mTicker->Rows(), 3);
+    const std::string other = mScratch.Path("Other");
+    CreateDirectoryA(other.c_str(), nullptr);
+    WriteFileBytes(other + "\\DFile", kHeader + Message("Other", "O.EML"));
+    EXPECT_EQ(HelperProcess("mailticker.exe", "\"" + other + "\"").ExitCode(), 0u);
+    EXPECT_THAT(mTicker->Column(kTopic), ElementsAre(L"Other"));
+    EXPECT_EQ(HelperProcess("mailticker.exe", "/exit").ExitCode(), 0u);
+    EXPECT_EQ(WaitForSingleObject(mTicker->Process(), 0), WAIT_OBJECT_0);
+}
+
+TEST_F(MailTicker, RemembersItsPlaceAndOrder) {
+    Start();
+    MoveWindow(mTicker->Window(), 40, 50, 610, 470, FALSE);
+    mTicker->Command(ID_SORT + kTopic);
+    const auto list = [&] { return GetDlgItem(mTicker->Window(), ID_LIST); };
+    SendMessageW(list(), LVM_SETCOLUMNWIDTH, kFile, 77);
+    EXPECT_EQ(mTicker->Exit(), 0u);
+    mTicker.reset();
+    Start();
+    RECT place;
+    GetWindowRect(mTicker->Window(), &place);
+    EXPECT_THAT((std::vector<LONG>{place.left, place.top, place.right, place.bottom}),
+                ElementsAre(40, 50, 650, 520));
+    EXPECT_THAT(mTicker->Column(kTopic), ElementsAre(L"Form", L"Gr\u00FC\u00DFe", L"Lunch?"));
+    EXPECT_EQ(SendMessageW(list(), LVM_GETCOLUMNWIDTH, kFile, 0), 77);
+}
+
+TEST_F(MailTicker, HoldsNothingMoreAfterAThousandReadings) {
+    Start();
+    const auto read = [&](int times) {
+        while (times-- > 0) {
+            // Another number in the tray each time.
+            Overwrite(mPath, 3 * 316 + 3, std::string(1, times % 2));
+            mTicker->Command(ID_READ_NOW);
+        }
+        return std::vector<unsigned int>{mTicker->KernelHandles(), mTicker->GdiObjects(),
+                                         mTicker->Windows()};
+    };
+    const auto before = read(10);
+    EXPECT_GT(before[1], 5u);
+    const auto after = read(1000);
+    // What the system's own threads hold comes and goes by one or two.
+    for (int i = 0; i < 3; ++i)
+        EXPECT_LE(after[i], before[i] + 2) << i;
+}
+
+TEST_F(MailTicker, CostsNothingWhileHiddenAndNothingHappens) {
+    Start(" /tray");
+    Sleep(1000);
+    const unsigned int before = mTicker->ProcessorTime();
+    Sleep(3000);
+    EXPECT_LE(mTicker->ProcessorTime() - before, 10u);
+}
+
+TEST_F(MailTicker, CanBeSeen) {
+    Start();
+    RECT place;
+    GetWindowRect(GetDlgItem(mTicker->Window(), ID_LIST), &place);
+    const HDC screen = GetDC(nullptr);
+    unsigned int dark = 0;
+    // Letters, and more that is none.
+    EXPECT_TRUE(Comes([&] {
+        dark = 0;
+        for (int y = place.top + 30; y < place.top + 60; ++y)
+            for (int x = place.left + 4; x < place.left + 200; ++x)
+                dark += GetRValue(GetPixel(screen, x, y)) < 100;
+        return dark > 100 && dark < 2000;
+    })) << dark;
+    ReleaseDC(nullptr, screen);
+}
