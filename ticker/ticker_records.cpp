@@ -45,7 +45,7 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
     JX_CHECK(!poDFile);
     // `path` may be a text that this call empties: it is taken first.
     RbFile* const file = new (std::nothrow) RbFile(path);
-    // What is left of a path that is none would name another file.
+    // A refused path opens nothing: its accepted parts would name another file.
     const bool named = FileSpec().Parse(path, 1) == FileSpec::keSpecOk;
     CloseDFile();
     poDFile = file;

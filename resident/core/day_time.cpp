@@ -47,7 +47,7 @@ DayTime::DayTime(struct ftime& stamp) {
 }
 
 void DayTime::CommonConstructor() {
-    // Not a count of constructions: the destructors alone count.
+    // Set, not raised: the construction behind the first destruction reads the settings again.
     if (miInstances == 0) {
         RetrieveDefaults();
         miInstances = 1;

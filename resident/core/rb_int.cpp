@@ -16,7 +16,7 @@ RBInt& RBInt::operator=(short value) {
 
 RBInt RBInt::Store(unsigned int result) {
     mwBigEndian = FlipWord(static_cast<unsigned short>(result));
-    // Swapped once more by the constructor: linked programs get this exchanged copy.
+    // The constructor swaps the stored word once more: linked programs expect the exchanged copy.
     return RBInt(static_cast<short>(mwBigEndian));
 }
 

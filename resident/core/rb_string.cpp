@@ -81,7 +81,7 @@ BaseString& BaseString::puts(const char* text, unsigned int n) {
 template <class Fill>
 void BaseString::SetText(unsigned int length, unsigned int room, bool reusable, Fill fill) {
     unsigned char* buffer = mpRep->mpBuffer;
-    // The block that giving up this one would bring.
+    // The string's own block, where the cache would hand out the same one again at once.
     const bool reused = reusable && mpRep->mwRefCount == 1 && buffer != mpRep->mNullBuffer &&
                         IsBlockFor(buffer, room + 2);
     if (!reused)

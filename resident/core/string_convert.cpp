@@ -14,7 +14,7 @@ const char* BaseString::MacToPC(const char* source) {
     converted.reserve(text.size() + std::count(text.begin(), text.end(), '\r'));
     for (std::size_t at = 0; at <= text.size();) {
         const std::size_t stretchEnd = std::min(text.find('\r', at), text.size());
-        // Lengths of stretches have 16 bits here; texts were always cut so.
+        // A stretch keeps the low 16 bits of its length: programs know texts cut so.
         converted.append(text, at, (stretchEnd - at) & 0xFFFF);
         if (stretchEnd < text.size())
             converted.append("\r\n");
@@ -67,7 +67,8 @@ unsigned int BaseString::CalculateBufferSize(const char* format, void* args) {
     return estimate ? estimate + length + 1 : length + 1025;
 }
 
-// The estimate knows no widths and no double words; the text gets the room that it really takes.
+// Measures the text: CalculateBufferSize's estimate knows no widths and no arguments of two words,
+// and a text could overrun it.
 const char* BaseString::FormatText(const char* format, char* args) {
     va_list measured;
     va_copy(measured, args);

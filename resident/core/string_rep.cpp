@@ -84,7 +84,7 @@ void StringRep::operator delete(void* memory) {
 }
 
 void StringRep::SetText(const char* text, unsigned int length, unsigned int capacity) {
-    // A capacity that no text can have is none; one below the text's length would not hold it.
+    // A capacity above the largest length is ignored, one below the text's length raised to it.
     if (capacity > keMaxLength)
         capacity = 0;
     AllocMem(std::max(capacity, length) + 2);

@@ -61,7 +61,7 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
     if (n > 1) {
         const char* p = Text();
         for (unsigned int round = 1; p && round < n; ++round) {
-            // Only a delimiter at the very start is met where p stands.
+            // A delimiter at the very start ends the first field, which is empty.
             if (round == 1 && isDelimiter(*p) && *p)
                 continue;
             p = *p ? FindCharacter(p + CharacterSize(p, DoubleByteSystem()), isDelimiter) : nullptr;
@@ -168,7 +168,7 @@ private:
         return character;
     }
 
-    // A trail byte is no character of its own.
+    // A trail byte that looks like a delimiter is half of another character.
     bool IsDelimiterAt(const char* p) const {
         const unsigned int offset = p - mpszText;
         return IsDelimiter(*p) &&

@@ -49,7 +49,7 @@ void TranslateTable::KillInstance() {
 void TranslateTable::LoadTranslationTable() {
     const auto module = static_cast<HMODULE>(GetJxSystemResHandle());
     const HRSRC resource = FindResourceA(module, "TransTable_ANSI", "TRANSTABLE");
-    // One too short for both tables is none.
+    // A resource too short for both tables is not used.
     if (!resource || SizeofResource(module, resource) < 2 * keSize)
         return;
     const HGLOBAL handle = LoadResource(module, resource);

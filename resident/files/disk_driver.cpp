@@ -109,7 +109,7 @@ bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
     const OemName to(pszRHSNew);
     if (from && to && std::rename(from.Text(), to.Text()) == 0)
         return true;
-    // To another disk a file is copied; what there was room for is no file.
+    // Renaming to another disk copies: a full one is left with a cut copy under the new name.
     if (from && to && errno == ENOSPC)
         _unlink(to.Text());
     JX_FAIL_AT(254, "DiskDriver::Rename() failed.");

@@ -1,5 +1,3 @@
-// Here, and not beside its header, because a lock is a file.
-
 #include "resident/files/jx_mail_message_semaphore.h"
 
 #include "resident/files/disk_driver.h"

@@ -78,7 +78,7 @@ int RbFile::DupStream(RbFile& source, long size, CopyProgress progress, enumDupS
             position += step;
         }
     }
-    // What the stream still holds may not fit the disk either.
+    // Flush: a full disk shows only when the last bytes are written.
     if (result == keCopyDone && !flush())
         result = keCopyWriteFailed;
     return result;

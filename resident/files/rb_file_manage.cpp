@@ -35,7 +35,7 @@ enumDeleteResult RbFile::ImpRemove() {
     if (!name)
         return keDELETE_FAILED;
     if (_chmod(name.Text(), _S_IREAD | _S_IWRITE) == 0 && _unlink(name.Text()) == 0) {
-        // Where the folder keeps its files, the removal alone does not tell.
+        // A folder that may not be changed keeps the file, though unlink reports success.
         return _access(name.Text(), 0) == 0 ? keDELETE_ACCESS_DENIED : keDELETE_OK;
     }
     switch (errno) {

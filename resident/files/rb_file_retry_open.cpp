@@ -52,7 +52,7 @@ void RbFileRetryOpen::WaitForFile() {
         // No timer ticks any more once the program is told to quit.
         if (RbYield())
             break;
-        // Nothing happens before the next message.
+        // Sleeps until the next message, of which the timer's tick is one.
         if (!mfOpened)
             MsgWaitForMultipleObjects(0, nullptr, FALSE, kRetryInterval, QS_ALLINPUT);
     }

@@ -50,7 +50,7 @@ int JxInstallableDefaults::SetupInstallableDefaults(const char* sourceDir, const
     source.SetSpecPart(kFileName, 0);
     RbFile target(FileSpec(targetDir, 1));
     target.SetSpecPart(kFileName, 0);
-    // Half a copy would stand in the way of the next one.
+    // A cut copy would pass for the site's file, and never be made whole.
     if (!target.Exists() && source.Exists() &&
         target.Copy(source, 1, nullptr, keDupLargeBuffer) != keCopyDone)
         target.ImpRemove();

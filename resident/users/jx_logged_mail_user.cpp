@@ -63,7 +63,7 @@ std::istream& operator>>(std::istream& in, JxLoggedMailUser& user) {
 }
 
 bool JxLoggedMailUser::WriteInfo(std::fstream& file) {
-    // Half of what the file holds must not be written over.
+    // Refused before the first byte: the file would lose its user half-way.
     if (mstrAddress.Length() > ULR_MAX_ADDRESS_LEN) {
         file.setstate(std::ios::failbit);
         return false;
@@ -73,7 +73,7 @@ bool JxLoggedMailUser::WriteInfo(std::fstream& file) {
         return false;
     MailUser whole(*this);
     file << whole;
-    // What the stream keeps may not fit the disk.
+    // Flush: a full disk shows only when the last bytes are written.
     return file.flush().good();
 }
 

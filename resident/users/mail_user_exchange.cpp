@@ -30,7 +30,7 @@ enumUserListResult MailUser::Export(RbFile& file) {
     if (!file.good())
         return keUserListNotWritten;
     file.write(line.Text(), static_cast<int>(line.Length()));
-    // What the stream keeps may not fit the disk.
+    // Flush: a full disk shows only when the last bytes are written.
     return file.flush() ? keUserListDone : keUserListNotWritten;
 }
 

@@ -26,7 +26,7 @@ std::ostream& operator<<(std::ostream& out, SysUserLRec& record) {
     const auto* const bytes = reinterpret_cast<const char*>(&record);
     out.write(bytes, sizeof record);
     if (SysMailUser::IsContinued()) {
-        // The last byte of these 82 is the first behind the record: of the buffer, the mark's.
+        // These 82 bytes end one behind the record: in the buffer, with the mark's first byte.
         out.write(bytes + 1, sizeof record - 1);
         out.put(static_cast<char>(Continuation().mark[0]));
     }

@@ -271,7 +271,7 @@ void JXMailPrefs::FixMailDirectory(int toRecord) {
         SetText(kePrefMailDirectory, directory.Text());
         return;
     }
-    // No directory stays none.
+    // An empty directory is no mail directory, and not the root.
     mstrMailDirectory.reset();
     const RBString directory = Text(kePrefMailDirectory);
     if (directory.Length() == 0)

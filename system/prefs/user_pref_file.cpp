@@ -101,7 +101,7 @@ int UserPrefFile::CreatePrefsFile(const char* name) {
     moHeader.word = moTag.version;
     moHeader.SetName(name);
     mFlags |= keSkipNextRead;
-    // What is left of a name that does not fit would be another file's.
+    // A refused name makes no file: its accepted parts would name another one.
     if (name && *name && SetSpecPart(name, 0) != keSpecOk)
         return ShowFileMessage(keMessageCreate, name);
     if (!Reopen(kOpenReadWrite | keOpenTrunc))
@@ -158,7 +158,8 @@ int UserPrefFile::ReadAppPrefs(AppPrefTag& tag, int create) {
     if (mStatus & keRecordFound) {
         result = ReadPrefBuffer(tag, static_cast<long>(moRecord.Offset()));
     } else if (create && Reopen(kOpenReadWrite)) {
-        // With the two inside, the block is written as it stands in memory.
+        // This and the first Encode of WriteAppPrefs cancel out: a new block is written
+        // unscrambled, and readers of the file rely on it.
         Encode(tag);
         result = WriteAppPrefs(tag);
     }
@@ -195,7 +196,8 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         return UpdateHeader();
     }
 
-    // Its record would pass for the one that is added.
+    // Cuts off what a first block left that was never counted: its record would pass for the one
+    // that is added.
     if (IsFirstBlockUncounted() && MoveTo(kHeaderSize))
         UpdateFile();
     const long fileEnd = FileSize();
@@ -239,7 +241,7 @@ bool UserPrefFile::IsFirstBlockUncounted() {
 
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
     RbFile copy(Beside("RB.BAK"));
-    // The two names that the exchange needs are not the file's own.
+    // The exchange renames through these two: a file that has either name cannot be rebuilt.
     if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !copy.Open(keOpenRewrite))
         return ShowFileMessage(kFirstMessage, copy.FullFileSpec());
     const bool copied = CopyWithRecord(copy, record, tag);

@@ -116,7 +116,7 @@ int BaseDirFile::CreateDFile() {
                 continue;
             RbFile message(pattern);
             driver.FoundFile(message);
-            // In the file before the result tells so.
+            // Flush: a result of 1 means that the record is in the file.
             result = WriteRecord(&message) && flush();
             if (result) {
                 written += keRecordSize;
@@ -132,7 +132,7 @@ int BaseDirFile::CreateDFile() {
     }
     const bool torn = bad();
     close();
-    // Without its header it would be no D file.
+    // A file cut inside its header would mislead every reader: it goes.
     if (torn && mType != keDirMessages)
         DiskDriver::RemoveFile(*this);
     else if (torn)
@@ -186,7 +186,7 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, in
         if (good() && (!write || flush()))
             return position;
     }
-    // The text names another operation, as it always has.
+    // Programs know this text, which names another operation.
     JX_FAIL("Error BaseDirFile: DeleteOldMail(), File error");
     return keDirError;
 }
@@ -211,7 +211,7 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& r
 }
 
 long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot, int write) {
-    // A slot behind the last position that a file can have is at none.
+    // A slot behind the last position that a file can have is refused as position -1.
     const long position =
         slot <= LONG_MAX / keRecordSize ? static_cast<long>(slot) * keRecordSize : keDirError;
     if (isOpen()) {

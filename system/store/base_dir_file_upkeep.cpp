@@ -21,7 +21,7 @@ static bool IsPlainName(const char* name) {
     const char last = name[std::strlen(name) - 1];
     if (last == '.' || last == ' ')
         return false;
-    // Devices have a place in every folder.
+    // A device's name opens the device in every folder.
     const std::size_t length = std::strcspn(name, ". ");
     const auto is = [&](const char* device, std::size_t size) {
         return length == size && _strnicmp(name, device, std::strlen(device)) == 0;
@@ -241,7 +241,7 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     int result = 0;
     if (copied) {
         DiskDriver::RemoveFile(backup);
-        // Without a way back: when the second one fails, the file stays as the backup.
+        // When the second rename fails, the D file stays under its backup's name.
         if (DiskDriver::Rename(*this, backup))
             result = DiskDriver::Rename(stripped, *this);
         else

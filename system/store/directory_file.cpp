@@ -66,7 +66,7 @@ int DirectoryFile::CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)()
     if (result == keCheckNone && !AtEnd())
         result = keScanError;
     close();
-    // Reports under the other scan's name, as it always has.
+    // Programs know this report, which names the other scan.
     if (result == keScanError)
         JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
     return result;
@@ -90,7 +90,7 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
     for (; good(); position += keRecordSize) {
         if (!spare)
             spare.reset(new DirectoryRecord);
-        // What was read ahead behind a record that stayed may be out of date by now.
+        // Seek: drops what the stream has read ahead, which another program may have changed.
         if (!taken)
             seekg(position);
         taken = false;
@@ -123,7 +123,7 @@ bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option
         record.Record().status &= ~keStatusInstallRequest;
     else
         record.Record().attributes |= kTaken;
-    // In the file before the caller sees it.
+    // Flush: what the caller gets must be marked even when the program is killed.
     if (!(*this << record).flush())
         return false;
     CallIdle(idle);
@@ -139,7 +139,7 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         return;
     const DayTime now;
     bool sound = Open(keOpenUpdate);
-    // What is appended meanwhile was moved just now: the target may be this very file.
+    // Up to the size of now: the target may be this very file, and moved messages would move again.
     const long size = sound ? FileSize() : 0;
     sound = sound && MoveTo(kScanStart);
     for (long position = kScanStart; sound && position < size; position += keRecordSize) {
@@ -207,7 +207,7 @@ bool DirectoryFile::DropFreeSlots() {
     copy.seekg(0);
     MoveTo(0);
     UpdateFile();
-    // Not cut, it is still whole.
+    // A file that could not be cut is whole: nothing is written over it.
     if (FileSize() != 0)
         return false;
     MoveTo(0);

@@ -1,7 +1,6 @@
 #include "tests/fuzz/watch.h"
 
 #include <algorithm>
-#include <cctype>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +13,7 @@
 #include "resident/core/windows_api.h"
 #include "tests/support/crash.h"
 #include "tests/support/debug_output.h"
+#include <shlwapi.h>
 
 static constexpr unsigned long long kLongest = 20000; // milliseconds
 static constexpr unsigned int kHandlesEvery = 300;
@@ -123,18 +123,9 @@ private:
 };
 std::vector<std::string> Boxes::texts;
 
-bool Matches(const char* pattern, const char* name) {
-    if (*pattern == '*')
-        return Matches(pattern + 1, name) || (*name && Matches(pattern, name + 1));
-    if (!*pattern || !*name)
-        return *pattern == *name;
-    return (*pattern == '?' || std::toupper(*pattern) == std::toupper(*name)) &&
-           Matches(pattern + 1, name + 1);
-}
-
 bool MatchesAny(const std::vector<std::string>& patterns, const std::string& name) {
     for (const std::string& pattern : patterns)
-        if (Matches(pattern.c_str(), name.c_str()))
+        if (PathMatchSpecA(name.c_str(), pattern.c_str()))
             return true;
     return false;
 }
