@@ -1,5 +1,5 @@
-/* The plain functions of JXTICDLL.DLL, for any C or C++ compiler that makes 32-bit Windows programs:
-   how a notifier lists an inbox.
+/* The plain functions of JXTICDLL.DLL, for any C or C++ compiler that makes 32-bit Windows
+   programs: how a notifier lists an inbox.
 
        char *inbox, *userData, *topic, *fileName, *sender;
        unsigned short kind, flag;
@@ -32,15 +32,20 @@ extern "C" {
 POSTRIDER_TICKER_API int __stdcall GetCurUserPath(char** inboxPath, char** userDataPath);
 
 /* Opens the D file `path` and returns its first used record, as GetNextRecord does. Returns 0 when
-   it cannot be opened, or has no used record. A walk must be ended, by a 0 or by Done, before the
-   next one begins. Null pointers give 0. */
+   it cannot be opened, has no used record, or a pointer is null; GetLastError then tells why:
+   ERROR_FILE_NOT_FOUND or ERROR_PATH_NOT_FOUND, ERROR_SHARING_VIOLATION when another program holds
+   it, ERROR_NO_MORE_ITEMS when it has no used record, ERROR_READ_FAULT, or what else Windows says
+   of the open. Call Done after a 0: a walk whose file could not be opened is in progress until
+   then, and beginning another one meanwhile is reported in a modal dialog. The file can be changed,
+   renamed and replaced while it is walked: the walk goes on over the file that it opened. */
 POSTRIDER_TICKER_API int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName,
                                                   char** sender, unsigned short* kind,
                                                   unsigned short* flag);
 
 /* Returns 1 with the next used record: its topic, the name of the message's file, the sender's name
    ("given family"), its kind word (0 to 6) and its flag, 1 when the message is processed, else 0.
-   Returns 0, writes nothing and closes the file at its end. */
+   Returns 0, writes nothing and closes the file at its end, where GetLastError is
+   ERROR_NO_MORE_ITEMS, or ERROR_READ_FAULT where it breaks off. */
 POSTRIDER_TICKER_API int __stdcall GetNextRecord(char** topic, char** fileName, char** sender,
                                                  unsigned short* kind, unsigned short* flag);
 

@@ -38,10 +38,16 @@ static const DiskDirRec* NextUsedRecord() {
     return nullptr;
 }
 
+// The result 0, and why, for GetLastError. An open that fails has left its own reason there.
+static int Failed(DWORD reason) {
+    SetLastError(reason);
+    return 0;
+}
+
 int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, char** sender,
                              unsigned short* kind, unsigned short* flag) {
     if (!path || !topic || !fileName || !sender || !kind || !flag)
-        return 0;
+        return Failed(ERROR_INVALID_PARAMETER);
     JX_CHECK(!poDFile);
     // `path` may be a text that this call empties: it is taken first.
     RbFile* const file = new (std::nothrow) RbFile(path);
@@ -51,8 +57,11 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
     poDFile = file;
     tickerResults.Reset();
     if (!poDFile)
-        return 0;
-    if (!named || !poDFile->Open(keOpenRead))
+        return Failed(ERROR_NOT_ENOUGH_MEMORY);
+    if (!named)
+        return Failed(ERROR_INVALID_NAME);
+    SetLastError(ERROR_OPEN_FAILED);
+    if (!poDFile->Open(keOpenRead))
         return 0;
     records.reset(new RecordReader(*poDFile));
     return GetNextRecord(topic, fileName, sender, kind, flag);
@@ -65,9 +74,10 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
     JX_CHECK(poDFile);
     const DiskDirRec* const record = NextUsedRecord();
     if (!record) {
+        const bool ended = poDFile && !poDFile->bad();
         tickerResults.Reset();
         CloseDFile();
-        return 0;
+        return Failed(ended ? ERROR_NO_MORE_ITEMS : ERROR_READ_FAULT);
     }
     if (!tickerResults.topic)
         tickerResults.MakeForRecord();

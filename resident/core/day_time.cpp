@@ -110,8 +110,11 @@ const char* DayTime::GetTimeSeparator() { return timeSeparator; }
 const char* DayTime::GetAMRep() { return morningMarker; }
 const char* DayTime::GetPMRep() { return afternoonMarker; }
 
+// January 1970 marks an unset time. In zones west of Greenwich its first second lies in 1969; and a
+// file time that is no time has the run-time's -1.
 bool DayTime::IsSet() const {
-    return mpoBrokenDown && !(mpoBrokenDown->tm_year == 70 && mpoBrokenDown->tm_mon == 0);
+    return mpoBrokenDown && mulSeconds != 0 && mulSeconds != 0xFFFFFFFF &&
+           !(mpoBrokenDown->tm_year == 70 && mpoBrokenDown->tm_mon == 0);
 }
 
 // A number of at most two digits, with a leading zero when asked for.

@@ -242,8 +242,13 @@ char* BaseString::AdjustSize(unsigned int n) {
         buffer[0] = buffer[1] = 0;
         mpRep->miLength = 0;
     } else {
-        ReAllocMem(n + 2);
-        mpRep->mpBuffer[0] = std::min<unsigned int>(Length(), StringRep::keMaxLengthByte);
+        // The recorded length stays, and so does room for it: what trusts it stays in the buffer.
+        const unsigned int length = Length();
+        ReAllocMem(std::max(n, length) + 2);
+        char* const text = WritableText();
+        const unsigned int kept = std::min<unsigned int>(strnlen(text, length), n);
+        std::memset(text + kept, 0, length + 1 - kept);
+        mpRep->mpBuffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
     }
     return WritableText();
 }
@@ -436,8 +441,10 @@ bool LStrNCpyAndNullTerminate(char* pszCopyTo, const char* pszCopyFrom, unsigned
     JX_CHECK_AT(47, iiBufSize > 1, "iiBufSize > 1");
     JX_CHECK_AT(48, pszCopyTo != nullptr && pszCopyFrom != nullptr,
                 "pszCopyTo != NULL && pszCopyFrom != NULL");
-    if (!pszCopyTo || !pszCopyFrom || iiBufSize == 0)
+    if (!pszCopyTo || iiBufSize == 0)
         return false;
+    if (!pszCopyFrom)
+        pszCopyFrom = "";
     lstrcpynA(pszCopyTo, pszCopyFrom, static_cast<int>(std::min<unsigned int>(iiBufSize, INT_MAX)));
     pszCopyTo[iiBufSize - 1] = 0;
     return std::strlen(pszCopyFrom) <= iiBufSize - 1;

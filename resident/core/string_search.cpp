@@ -62,9 +62,10 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
         const char* p = Text();
         for (unsigned int round = 1; p && round < n; ++round) {
             // A delimiter at the very start ends the first field, which is empty.
-            if (round == 1 && isDelimiter(*p) && *p)
+            const unsigned int size = CharacterSize(p, DoubleByteSystem());
+            if (round == 1 && size == 1 && isDelimiter(*p) && *p)
                 continue;
-            p = *p ? FindCharacter(p + CharacterSize(p, DoubleByteSystem()), isDelimiter) : nullptr;
+            p = *p ? FindCharacter(p + size, isDelimiter) : nullptr;
         }
         if (!p)
             return 0;

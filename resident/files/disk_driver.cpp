@@ -8,6 +8,7 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "resident/files/file_identity.h"
 #include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 
@@ -116,6 +117,13 @@ bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
     return false;
 }
 
+bool DiskDriver::Rename(const wchar_t* from, const wchar_t* to) {
+    if (MoveFileW(from, to))
+        return true;
+    JX_FAIL_AT(254, "DiskDriver::Rename() failed.");
+    return false;
+}
+
 bool DiskDriver::Rename(FileSpec& from, FileSpec& to) {
     return Rename(from.FullFileSpec(), to.FullFileSpec());
 }
@@ -124,6 +132,16 @@ int DiskDriver::RemoveDir(FileSpec& folder) {
     const int removed = ChangeLocation(folder) && DoDelDirectory(folder.FullFileSpec());
     ChangeLocation(moCurrentDir);
     return removed;
+}
+
+// Whether an entry may be removed, and a folder entered: not what a link leads to, nor what lies
+// where paths end.
+static bool IsOwnEntry(const std::string& entry) {
+    wchar_t wide[keOemNameSize];
+    wchar_t full[keOemNameSize];
+    const int length = MultiByteToWideChar(CP_ACP, 0, entry.c_str(), -1, wide, keOemNameSize);
+    const DWORD fullLength = length ? GetFullPathNameW(wide, keOemNameSize, full, nullptr) : 0;
+    return fullLength && fullLength < keOemNameSize && !IsLink(wide);
 }
 
 int DiskDriver::DoDelDirectory(const char* pattern) {
@@ -140,6 +158,8 @@ int DiskDriver::DoDelDirectory(const char* pattern) {
     for (int more = search.First(name.Text(), found, kAllEntries); more;
          more = search.Next(found)) {
         const std::string entry = folder + found.ff_name;
+        if (!IsOwnEntry(entry))
+            continue;
         if (!(found.ff_attrib & keAttrDirectory)) {
             if (found.ff_attrib & keAttrReadOnly)
                 _chmod(entry.c_str(), _S_IREAD | _S_IWRITE);

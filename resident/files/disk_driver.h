@@ -48,6 +48,8 @@ public:
     // A failure is reported. The two names must not be the same pointer.
     static bool Rename(const char* from, const char* to);
     static bool Rename(FileSpec& from, FileSpec& to);
+    // By names as the system's wide functions take them.
+    static bool Rename(const wchar_t* from, const wchar_t* to);
     // Removes the tree; returns 1, or 0 when the folder cannot be entered or nothing was removed.
     // Ends in the location that CurrentDir last told, that of the construction at first.
     int RemoveDir(FileSpec& folder);

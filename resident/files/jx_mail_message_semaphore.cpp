@@ -1,6 +1,6 @@
 #include "resident/files/jx_mail_message_semaphore.h"
 
-#include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 
@@ -31,8 +31,9 @@ int JxMailMessageSemaphore::CreateSemaphoreA(const char* name) {
 
 int JxMailMessageSemaphore::RemoveSemaphore(const char* name) {
     FileSpec lock;
-    const int fReturn =
-        LockFile(lock, name ? name : mstrName.Text()) && DiskDriver::RemoveFile(lock);
+    // By the name that opening made it under, which is another outside ASCII.
+    const int fReturn = LockFile(lock, name ? name : mstrName.Text()) &&
+                        !IsLink(OpenedName(lock).c_str()) && DeleteFileW(OpenedName(lock).c_str());
     JX_CHECK_AT(76, fReturn, "fReturn");
     return fReturn;
 }

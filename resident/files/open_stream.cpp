@@ -1,8 +1,48 @@
 #include "resident/files/open_stream.h"
 
-#include "resident/core/windows_api.h"
+#include <fcntl.h>
+#include <io.h>
+
+#include "resident/files/file_handle.h"
 
 namespace {
+
+// A stream's buffer, given a file that is open already, as opening it by name would leave it.
+struct Buffer : std::filebuf {
+    static bool Reads(const std::filebuf& buffer) {
+        return buffer.*&Buffer::_M_mode & std::ios::in;
+    }
+    static bool Adopt(std::filebuf& buffer, int descriptor, std::ios::openmode mode) {
+        if (!(buffer.*&Buffer::_M_file).sys_open(descriptor, mode))
+            return false;
+        (buffer.*&Buffer::_M_mode) = mode;
+        (buffer.*&Buffer::_M_reading) = (buffer.*&Buffer::_M_writing) = false;
+        (buffer.*&Buffer::_M_allocate_internal_buffer)();
+        (buffer.*&Buffer::_M_set_buffer)(-1);
+        return true;
+    }
+};
+
+// Opens a file that is only read so that others may rename and remove it meanwhile: who reads keeps
+// nobody from rewriting it. Streams that the library opens by name do not allow that.
+bool OpenToRead(std::fstream& stream, const char* name, std::ios::openmode mode) {
+    FileHandle file(CreateFileA(name, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file)
+        return false;
+    const int descriptor =
+        _open_osfhandle(reinterpret_cast<intptr_t>(file.Get()),
+                        _O_RDONLY | (mode & std::ios::binary ? _O_BINARY : _O_TEXT));
+    if (descriptor == -1)
+        return false;
+    file.Release();
+    if (Buffer::Adopt(*stream.rdbuf(), descriptor, mode)) {
+        stream.clear();
+        return true;
+    }
+    _close(descriptor);
+    return false;
+}
 
 // Makes sure, before the stream library opens it, that the file is there, or that it is not.
 bool Prepare(const char* name, DWORD disposition) {
@@ -18,6 +58,9 @@ bool Prepare(const char* name, DWORD disposition) {
 bool OpenFile(std::fstream& stream, const char* name, int mode) {
     if (!name || !*name)
         return false;
+    const std::ios::openmode binary = mode & keOpenBinary ? std::ios::binary : std::ios::openmode{};
+    if ((mode & ~(keOpenNoCreate | keOpenBinary)) == keOpenIn)
+        return !stream.is_open() && OpenToRead(stream, name, std::ios::in | binary);
     if (mode & keOpenNoReplace) {
         if (!Prepare(name, CREATE_NEW))
             return false;
@@ -28,12 +71,12 @@ bool OpenFile(std::fstream& stream, const char* name, int mode) {
 
     // The library opens a file for updating only when it is there, and cuts one opened for output
     // alone.
-    std::ios::openmode standard{};
+    std::ios::openmode standard = binary;
     const bool cuts = mode & keOpenTrunc;
     const bool appends = mode & keOpenApp;
     const bool updates = (mode & keOpenOut) && (mode & (keOpenIn | keOpenAte)) && !cuts && !appends;
     if (updates) {
-        standard = std::ios::in | std::ios::out;
+        standard |= std::ios::in | std::ios::out;
         if (!(mode & keOpenNoCreate) && !Prepare(name, OPEN_ALWAYS))
             return false;
     } else {
@@ -48,13 +91,15 @@ bool OpenFile(std::fstream& stream, const char* name, int mode) {
     }
     if (mode & keOpenAte)
         standard |= std::ios::ate;
-    if (mode & keOpenBinary)
-        standard |= std::ios::binary;
     stream.open(name, standard);
     return stream.good();
 }
 
 } // namespace
+
+bool IsOpenToRead(std::fstream& stream) {
+    return stream.is_open() && Buffer::Reads(*stream.rdbuf());
+}
 
 void OpenStream(std::fstream& stream, const char* name, int mode) {
     if (!OpenFile(stream, name, mode))

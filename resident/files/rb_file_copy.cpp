@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "resident/files/oem_name.h"
+#include "resident/files/open_stream.h"
 #include "resident/files/rb_file.h"
 
 int RbFile::Copy(RbFile& source, int close, CopyProgress progress, enumDupStream buffer) {
@@ -60,15 +61,16 @@ int RbFile::DupStream(RbFile& source, long size, CopyProgress progress, enumDupS
     }
 
     int result = keCopyDone;
-    while (result == keCopyDone && remaining > 0) {
+    bool ended = false;
+    while (result == keCopyDone && !ended && remaining > 0) {
         source.read(bytes, static_cast<int>(std::min<unsigned long>(bufferSize, remaining)));
         const unsigned int n = source.gcount();
         remaining -= n;
         if (n > 0)
             write(bytes, static_cast<int>(n));
-        if (source.eof())
-            break;
-        if (n == 0 || source.bad())
+        // A source that was opened to be written alone ends at once, too.
+        ended = source.eof() && (n > 0 || IsOpenToRead(source));
+        if (!ended && (n == 0 || source.bad()))
             result = keCopyReadFailed;
         if (bad())
             result = keCopyWriteFailed;

@@ -1,5 +1,6 @@
 // RbFile: construction, opening and the stream.
 
+#include <climits>
 #include <io.h>
 #include <utility>
 
@@ -88,7 +89,11 @@ RbFile& RbFile::seekg(long offset, std::ios::seekdir origin) {
     return *this;
 }
 
-long RbFile::tellg() { return static_cast<long>(std::fstream::tellg()); }
+// A place behind the 2 GB that the result can name is none.
+long RbFile::tellg() {
+    const std::streamoff position = std::fstream::tellg();
+    return position <= LONG_MAX ? static_cast<long>(position) : -1;
+}
 
 void RbFile::SetBufferSize(unsigned int size) { rdbuf()->pubsetbuf(new char[size], size); }
 
@@ -104,7 +109,9 @@ struct Descriptor : std::filebuf {
 int RbFile::UpdateFile() {
     // The seek writes out what is pending and drops what was read ahead of the cut.
     const std::streampos position = tellp();
-    if (!isOpen() || position == std::streampos(-1) || !seekp(position))
+    // Where a place cannot be told in the cut's number, nothing is cut.
+    if (!isOpen() || position == std::streampos(-1) || std::streamoff(position) > LONG_MAX ||
+        !seekp(position))
         return 0;
     const int descriptor = Descriptor::Of(*rdbuf());
     _chsize(descriptor, static_cast<long>(position));

@@ -6,6 +6,7 @@
 
 #include "resident/core/windows_api.h"
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
 #include "resident/files/oem_name.h"
 
 static const char kNumberedName[] = "JPW00000";
@@ -47,10 +48,16 @@ TemporaryFile::~TemporaryFile() {
 }
 
 bool TemporaryFile::Create() {
-    if (!Open(keOpenOut))
+    if (!Open(keOpenOut | keOpenNoReplace))
         return false;
     close();
     return true;
+}
+
+// Whether there is an entry of the name, a link that leads nowhere included.
+static bool IsTaken(FileSpec& name) {
+    return DiskDriver::FileExists(name, 0) || DiskDriver::FileExists(name, keAttrDirectory) ||
+           IsDanglingLink(WideName(name).c_str());
 }
 
 // Tries the numbered names; false when one that is free cannot be made, or all are taken.
@@ -62,11 +69,14 @@ bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
         name += mstrTempExt.Text();
         FileSpec candidate(windowsDirectory, 1);
         candidate.SetSpecPart(name.c_str(), 0);
-        if (DiskDriver::FileExists(candidate, 0) ||
-            DiskDriver::FileExists(candidate, keAttrDirectory))
+        if (IsTaken(candidate))
             continue;
         FileSpec::operator=(candidate);
-        return Create();
+        // Another program may have taken the name since: then the next one.
+        if (Create())
+            return true;
+        if (!IsTaken(candidate))
+            return false;
     }
     return false;
 }
@@ -109,7 +119,10 @@ int TemporaryFile::DelDanglingTemps() {
     driver.SetSearchPattern(pattern);
     while (driver.FindFile()) {
         FileSpec found(folder);
-        if (driver.ValidFind() && driver.FoundFile(found) && DiskDriver::RemoveFile(found))
+        // The pattern finds short names too: what the file is called counts. A link's target stays.
+        if (driver.ValidFind() && !driver.FoundDirectory() && driver.FoundFile(found) &&
+            lstrcmpiA(found.FileExt(), kDefaultExt) == 0 && !IsLink(found) &&
+            DiskDriver::RemoveFile(found))
             removed = 1;
     }
     driver.EndSearch();

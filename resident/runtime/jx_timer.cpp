@@ -134,13 +134,18 @@ long __stdcall JxTimer::WindowProcedure(void* window, unsigned int message, unsi
 }
 
 // By index: callbacks look items up, take them off and pump messages, all of which move the list's
-// cursor.
+// cursor. A callback may take off, and free, its own item: then the next one stands in its place.
 void JxTimer::Tick() {
     for (short i = 0; JxTimerItem* item = moItems[i]; ++i) {
         item->elapsed += kTick;
-        if (item->elapsed >= item->interval) {
-            item->callback(item->data);
+        if (item->elapsed < item->interval)
+            continue;
+        item->callback(item->data);
+        short at = i;
+        while (at >= 0 && moItems[at] != item)
+            --at;
+        if (at >= 0)
             item->elapsed = 0;
-        }
+        i = at >= 0 ? at : static_cast<short>(i - 1);
     }
 }

@@ -26,11 +26,19 @@ static const RBString& TextOf(const FormatWord& word) {
                RBString(static_cast<unsigned int>(word.resource), GetJxSystemResHandle());
 }
 
-int FormatWords::ValueOf(std::string_view text, int fallback) const {
-    // Equal bytes are equal texts, and told much sooner than by the collation.
+int FormatWords::ValueOfExactly(std::string_view text, int fallback) const {
     for (unsigned int i = 0; i < count; ++i)
         if (text == TextOf(words[i]).Text())
             return words[i].value;
+    return fallback;
+}
+
+int FormatWords::ValueOf(std::string_view text, int fallback) const {
+    // Equal bytes are equal texts, and told much sooner than by the collation.
+    constexpr int kNone = -1;
+    const int exact = ValueOfExactly(text, kNone);
+    if (exact != kNone)
+        return exact;
     RBString string;
     string.puts(text, {}, {});
     for (unsigned int i = 0; i < count; ++i)

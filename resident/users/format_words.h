@@ -18,8 +18,11 @@ struct FormatWords {
     const FormatWord* words;
     unsigned int count;
 
-    // The value whose word equals `text`, or `fallback`.
+    // The value whose word equals `text` as strings compare, by the locale's collation, or
+    // `fallback`.
     int ValueOf(std::string_view text, int fallback) const;
+    // The value whose word has the same bytes, or `fallback`.
+    int ValueOfExactly(std::string_view text, int fallback) const;
     // Puts the word of `value` into `word`; returns false, with an empty word, when it has none.
     bool WordOf(int value, RBString& word) const;
 };

@@ -64,7 +64,7 @@ int JxInstallableDefaults::Get(const Setting& setting) const {
         return setting.valueBeforeSetup;
     char word[256];
     GetPrivateProfileStringA(kSection, setting.key, "", word, sizeof word, mstrFile.Text());
-    return setting.words.ValueOf(word, setting.valueOfUnknownWord);
+    return setting.words.ValueOfExactly(word, setting.valueOfUnknownWord);
 }
 
 void JxInstallableDefaults::Set(const Setting& setting, int value) {

@@ -2,6 +2,8 @@
 // mail preferences where.
 
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
+#include "resident/files/file_replacement.h"
 #include "resident/users/jx_logged_mail_user.h"
 #include "system/prefs/jx_mail_prefs.h"
 #include "system/store/directory_file.h"
@@ -17,6 +19,17 @@ static constexpr LocalFolder kFolders[] = {
     {&JXMailPrefs::GetLocalPublicDir, "DFile"},   {&JXMailPrefs::GetLocalTrashDir, "DFile"},
     {&JXMailPrefs::GetLocalSentMailDir, "DFile"}, {&JXMailPrefs::GetLocalOutboxDir, "DFile"},
     {&JXMailPrefs::GetBackgndWorkDir, nullptr},   {&JXMailPrefs::GetLocalDeadMailDir, nullptr}};
+
+// Creating a directory file cuts what is there: another program may have made it meanwhile, and
+// have added a message. Returns 1 when the file is there.
+static int MakeDirectoryFile(DirectoryFile& file) {
+    MakeNewFile(OpenedName(file).c_str());
+    FileLock lock;
+    long size = 0;
+    if (lock.Take(file) == keLockTaken && file.FileInfo(nullptr, &size, nullptr) && size == 0)
+        file.CreateDFile();
+    return file.FileInfo(nullptr, &size, nullptr) && size >= BaseDirFile::keRecordSize;
+}
 
 int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result,
                                               enumLocalMailDir which) {
@@ -35,8 +48,9 @@ int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& resu
         DirectoryFile directoryFile(keDirFolder);
         static_cast<FileSpec&>(directoryFile) = spec;
         if (!directoryFile.Exists())
-            made = directoryFile.CreateDFile();
+            made = MakeDirectoryFile(directoryFile);
     }
-    result = spec;
+    if (made)
+        result = spec;
     return made;
 }

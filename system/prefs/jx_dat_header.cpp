@@ -10,9 +10,11 @@ JXDatHeader::JXDatHeader() : first(0), second(0), word(0), nameLength(0), name()
 char* JXDatHeader::SetName(const char* newName) {
     if (!newName)
         newName = "";
+    // `newName` may be the stored name itself.
     const std::size_t length = std::strlen(newName);
-    std::memset(name, 0, sizeof name);
-    std::memcpy(name, newName, std::min<std::size_t>(length, keMaxName));
+    const std::size_t kept = std::min<std::size_t>(length, keMaxName);
+    std::memmove(name, newName, kept);
+    std::memset(name + kept, 0, sizeof name - kept);
     nameLength = static_cast<unsigned char>(length);
     return name;
 }

@@ -23,6 +23,15 @@ SystemPrefFile::SystemPrefFile(RBString spec)
 SystemPrefFile::SystemPrefFile(const FileSpec& spec)
     : PreferenceFile(spec), mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
 
+SystemPrefFile::SystemPrefFile(const SystemPrefFile& other)
+    : std::ios(), PreferenceFile(other), mszToken(), mszKeyList(), mpszNextKey(mszKeyList),
+      mlKeyListLeft(0) {}
+
+SystemPrefFile& SystemPrefFile::operator=(const SystemPrefFile& other) {
+    PreferenceFile::operator=(other);
+    return *this;
+}
+
 SystemPrefFile::~SystemPrefFile() = default;
 
 int SystemPrefFile::OpenPrefFile() {

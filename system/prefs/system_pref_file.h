@@ -14,6 +14,10 @@ public:
     SystemPrefFile();
     explicit SystemPrefFile(RBString spec);
     explicit SystemPrefFile(const FileSpec& spec);
+    // Copying and assigning take the specification. The stream, the last value read and a walk over
+    // a section belong to each object: an assignment leaves the target's as they were.
+    SystemPrefFile(const SystemPrefFile& other);
+    SystemPrefFile& operator=(const SystemPrefFile& other);
     ~SystemPrefFile() override;
 
     // Opens the file, which must exist; goes back to its start when it is open already. Returns 1

@@ -4,6 +4,8 @@
 
 #include "postrider_ticker.h"
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
+#include "resident/files/file_replacement.h"
 #include "resources/jxsysres.h"
 
 static constexpr int kOpenReadWrite = keOpenIn | keOpenOut | keOpenBinary;
@@ -74,7 +76,28 @@ int UserPrefFile::FileError(UserPrefError code) {
 bool UserPrefFile::Reopen(int mode) {
     ClosePrefFile();
     clear();
-    return Open(mode);
+    const std::wstring name = OpenedName(*this);
+    FileLock lock;
+    enumFileLockResult taken = lock.Take(*this);
+    if (mode & keOpenOut) {
+        // What is not there is made here: opening it would follow a link that leads nowhere yet.
+        if (taken == keLockNoFile && !(mode & keOpenNoCreate) && MakeNewFile(name.c_str()))
+            taken = lock.Take(*this);
+        mode |= keOpenNoCreate;
+    }
+    if (taken != keLockTimedOut && !((mode & keOpenOut) && IsLink(name.c_str())))
+        return Open(mode);
+    setstate(std::ios::badbit | std::ios::failbit);
+    return false;
+}
+
+bool UserPrefFile::LockOpened(FileLock& lock) {
+    if (!isOpen() || lock.Take(*this, 0) == keLockTaken)
+        return true;
+    ClosePrefFile();
+    clear();
+    return (lock.Take(*this) == keLockTaken && Open(kOpenReadWrite | keOpenNoCreate)) ||
+           FileError(kePrefOpenError);
 }
 
 bool UserPrefFile::MoveTo(long position) {
@@ -104,7 +127,8 @@ int UserPrefFile::CreatePrefsFile(const char* name) {
     // A refused name makes no file: its accepted parts would name another one.
     if (name && *name && SetSpecPart(name, 0) != keSpecOk)
         return ShowFileMessage(keMessageCreate, name);
-    if (!Reopen(kOpenReadWrite | keOpenTrunc))
+    FileLock lock;
+    if (!Reopen(kOpenReadWrite | keOpenTrunc) || !LockOpened(lock))
         return ShowFileMessage(keMessageCreate, FullFileSpec());
     return UpdateHeader() && WritePrefBuffer(moTag);
 }
@@ -175,7 +199,9 @@ int UserPrefFile::WriteAppPrefs(AppPrefTag& tag) {
 }
 
 int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
-    if (!ReadAppHeader(tag.id))
+    FileLock lock;
+    FileLock rebuilt;
+    if (!LockOpened(lock) || !ReadAppHeader(tag.id))
         return 0;
     const auto* const block = static_cast<const char*>(tag.buffer);
     if (!block && tag.size)
@@ -216,7 +242,7 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     if (Count(moHeader) == 1) {
         if (!(*this << moRecord) || !write(block, tag.size))
             return FileError(kePrefWriteError);
-    } else if (!InsertPrefRec(moRecord, tag)) {
+    } else if (!Rebuild(moRecord, tag, rebuilt)) {
         return 0;
     } else if (!Reopen(kOpenReadWrite)) {
         return FileError(kePrefOpenError);
@@ -240,9 +266,16 @@ bool UserPrefFile::IsFirstBlockUncounted() {
 }
 
 int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
+    FileLock rebuilt;
+    return Rebuild(record, tag, rebuilt);
+}
+
+// The rebuilt file is locked before it gets the file's name, so that no other program comes
+// between.
+bool UserPrefFile::Rebuild(AppRecHeader& record, AppPrefTag& tag, FileLock& rebuilt) {
     RbFile copy(Beside("RB.BAK"));
     // The exchange renames through these two: a file that has either name cannot be rebuilt.
-    if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !copy.Open(keOpenRewrite))
+    if (IsSameFile(copy) || IsSameFile(Beside("RB.TMP")) || !OpenAnew(copy))
         return ShowFileMessage(kFirstMessage, copy.FullFileSpec());
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();
@@ -250,6 +283,7 @@ int UserPrefFile::InsertPrefRec(AppRecHeader& record, AppPrefTag& tag) {
         return 0;
     if (copy.fail())
         return FileError(kePrefCloseError);
+    rebuilt.Take(copy);
     return PutInPlace(copy);
 }
 
@@ -285,17 +319,12 @@ bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag
     return true;
 }
 
-// Exchanges the file and its rebuilt copy. Where a step fails, the old file gets its name back.
+// Exchanges the file and its rebuilt copy, which gives its name to the old file.
 bool UserPrefFile::PutInPlace(RbFile& copy) {
     ClosePrefFile();
     FileSpec aside = Beside("RB.TMP");
-    DiskDriver::RemoveFile(aside);
-    if (!DiskDriver::Rename(*this, aside))
+    if (!ReplaceFileBy(copy, *this, aside, keReplaceKeepNew))
         return false;
-    if (!DiskDriver::Rename(copy, *this)) {
-        DiskDriver::Rename(aside, *this);
-        return false;
-    }
     DiskDriver::Rename(aside, copy);
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "resident/core/rb_int.h"
+#include "resident/files/file_lock.h"
 #include "system/prefs/jx_dat_header.h"
 #include "system/prefs/preference_file.h"
 
@@ -88,8 +89,12 @@ protected:
 
     // Shows message `textId` with a path in it; returns 0.
     int ShowFileMessage(unsigned int textId, const char* path);
-    // Opens this file, or opens it again.
+    // Opens this file, or opens it again, when no other program is just changing it. A link is not
+    // opened to be written.
     bool Reopen(int mode);
+    // Takes the lock for a change of the opened file. Who has to wait for it has the file closed
+    // meanwhile, which would keep the holder from replacing it, and open again afterwards.
+    bool LockOpened(FileLock& lock);
     // Moves to `position` from the start, whatever the last operation left in the stream's state.
     bool MoveTo(long position);
     // The opened file's size; leaves it at its end. -1 when it cannot be told.
@@ -105,6 +110,7 @@ protected:
 private:
     bool IsFirstBlockUncounted();
     bool CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag& tag);
+    bool Rebuild(AppRecHeader& record, AppPrefTag& tag, FileLock& rebuilt);
     bool PutInPlace(RbFile& copy);
 };
 

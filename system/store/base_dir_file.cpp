@@ -8,6 +8,8 @@
 
 #include "resident/core/byte_order.h"
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
+#include "resident/files/file_replacement.h"
 #include "resident/runtime/check.h"
 #include "system/store/record_reader.h"
 
@@ -35,11 +37,37 @@ long BaseDirFile::FileSize() {
     return tellg();
 }
 
+bool BaseDirFile::OpenToChange(FileLock& lock, int mode) {
+    if (lock.Take(*this) == keLockTimedOut || IsLink(OpenedName(*this).c_str()))
+        return false;
+    if (!Open(mode))
+        return false;
+    // A file that was held had to be waited for, and could not be locked before: another program
+    // may have replaced it since.
+    if (!lock.IsHeld() && lock.Take(*this) == keLockTaken) {
+        close();
+        return Open(mode);
+    }
+    if (!lock.IsHeld())
+        close();
+    return lock.IsHeld();
+}
+
 int BaseDirFile::AddMessage(RbFile* message) {
-    if (!Open(keOpenAppend))
+    FileLock lock;
+    if (!OpenToChange(lock, keOpenAppend))
         return 0;
+    DirectoryRecord record;
     const long size = tellg();
-    const int written = WriteRecord(message) && flush();
+    int written = size >= 0 && ReadMessageRecord(message, record);
+    if (written) {
+        // The rest of a write that was broken off is no record: the new one takes its place.
+        const long slot = size - size % keRecordSize;
+        MoveTo(slot);
+        if (slot < FirstRecord())
+            WriteHeader(*this);
+        written = (*this << record).flush().good();
+    }
     const bool torn = bad();
     close();
     if (torn)
@@ -48,29 +76,32 @@ int BaseDirFile::AddMessage(RbFile* message) {
 }
 
 // Takes back what a full disk had room for of a record: those behind it would be out of their
-// slots. What another program has added since stays.
+// slots.
 void BaseDirFile::CutBack(long size) {
     if (!Open(keOpenUpdate))
         return;
-    const long rest = FileSize() - size;
-    if (rest > 0 && rest < keRecordSize && MoveTo(size))
+    if (FileSize() > size && MoveTo(size))
         UpdateFile();
     close();
 }
 
-int BaseDirFile::WriteRecord(RbFile* message) {
-    DirectoryRecord record;
-    if (!message || !ReadDDR(*message, record))
-        return 0;
+// The record for a message file, as this folder lists it.
+bool BaseDirFile::ReadMessageRecord(RbFile* message, DirectoryRecord& record) {
     DiskDirRec& fields = record.Record();
-    const RBString name(message->FullFileName());
-    const unsigned int length =
-        std::min<unsigned int>(name.LengthByte(), sizeof fields.fileName - 1);
-    fields.fileName[0] = static_cast<unsigned char>(length);
-    std::memcpy(fields.fileName + 1, name.Text(), length);
+    const RBString name(message ? message->FullFileName() : "");
+    // Cut to its field, a name would be another file's.
+    if (!message || name.Length() >= sizeof fields.fileName || !ReadDDR(*message, record))
+        return false;
+    fields.fileName[0] = name.LengthByte();
+    std::memcpy(fields.fileName + 1, name.Text(), name.Length());
     fields.used = 1;
     record.FixTopicAndIndex();
-    return (*this << record).good();
+    return true;
+}
+
+int BaseDirFile::WriteRecord(RbFile* message) {
+    DirectoryRecord record;
+    return ReadMessageRecord(message, record) && (*this << record).good();
 }
 
 int BaseDirFile::ReadDDR(RbFile& file, DirectoryRecord& record) {
@@ -99,7 +130,11 @@ int BaseDirFile::CreateDFile() {
     if (mType == keDirForeign)
         return 0;
     miUsed = miUnprocessed = 0;
-    if (!Open(keOpenRewrite))
+    FileLock lock;
+    // What is not there is made first, so that it can be locked, and so that no link that leads
+    // nowhere yet is followed.
+    MakeNewFile(OpenedName(*this).c_str());
+    if (!OpenToChange(lock, keOpenRewrite | keOpenNoCreate))
         return 1;
 
     int result = 1;
@@ -112,10 +147,11 @@ int BaseDirFile::CreateDFile() {
         driver.ChangeLocation(*this);
         driver.SetSearchPattern(pattern);
         for (bool more = good() && driver.FindFile(); more; more = driver.FindFile()) {
-            if (!driver.ValidFind() || driver.FoundDirectory())
-                continue;
             RbFile message(pattern);
-            driver.FoundFile(message);
+            // The pattern finds short names too: what the file is called counts.
+            if (!driver.ValidFind() || driver.FoundDirectory() || !driver.FoundFile(message) ||
+                lstrcmpiA(message.FileExt(), ".EML") != 0)
+                continue;
             // Flush: a result of 1 means that the record is in the file.
             result = WriteRecord(&message) && flush();
             if (result) {
@@ -178,7 +214,8 @@ long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
 long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, int write) {
     JX_CHECK_MESSAGE(isOpen(), "isOpen()",
                      "Error BaseDirFile: AlterDirectoryBlock(), File not open");
-    if (MoveTo(position)) {
+    FileLock lock;
+    if (MoveTo(position) && (!write || lock.Take(*this) == keLockTaken)) {
         if (write)
             *this << record;
         else
@@ -203,6 +240,9 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& r
         JX_FAIL("Error BaseDirFile: AlterDirectoryBlock()");
     if (position < 0)
         return position;
+    FileLock lock;
+    if (write && lock.Take(*this) != keLockTaken)
+        return keDirError;
     if (write)
         (*this << record).flush();
     else
@@ -220,7 +260,8 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot
         const long result = AlterDirectoryBlock(record, position, write);
         return MoveTo(saved) ? result : keDirError;
     }
-    if (!Open(keOpenUpdate)) {
+    FileLock lock;
+    if (write ? !OpenToChange(lock, keOpenUpdate) : !Open(keOpenUpdate)) {
         JX_FAIL("Error BaseDirFile: AlterDirectoryBlock(), can't OPEN file");
         return keDirError;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "resident/files/file_lock.h"
 #include "resident/files/rb_file_retry_open.h"
 #include "resident/users/jx_download_item.h"
 #include "system/store/directory_record.h"
@@ -141,6 +142,9 @@ protected:
     long FileSize();
     // The file of a record's message in this folder; false when the name leads anywhere else.
     bool MessageFile(const DirectoryRecord& record, FileSpec& file) const;
+    // Takes the file's lock and opens it to change it. False, with nothing open, where either
+    // fails, and for a link: what it leads to is not this folder's.
+    bool OpenToChange(FileLock& lock, int mode);
     // Whether the stream stopped because the file ended, and for no other reason.
     bool AtEnd() const { return eof() && !bad(); }
 
@@ -154,6 +158,7 @@ protected:
 
 private:
     static bool WriteHeader(std::ostream& stream);
+    bool ReadMessageRecord(RbFile* message, DirectoryRecord& record);
     void CutBack(long size);
     // Copies the used records from the start of the opened file, each after `change`, behind a new
     // header; true when all were copied and written out.

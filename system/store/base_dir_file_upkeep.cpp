@@ -3,6 +3,8 @@
 #include <cstring>
 
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
+#include "resident/files/file_replacement.h"
 #include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 #include "system/store/base_dir_file.h"
@@ -33,14 +35,20 @@ static bool IsPlainName(const char* name) {
 }
 
 bool BaseDirFile::MessageFile(const DirectoryRecord& record, FileSpec& file) const {
-    const RBString name = record.FileName();
+    RBString name = record.FileName();
+    // A lone dot at the end is no part of the file's name: "LETTER." is the file LETTER.
+    const unsigned int length = name.Length();
+    const bool loneDot =
+        length > 1 && name.Text()[length - 1] == '.' && name.Text()[length - 2] != '.';
+    if (loneDot)
+        name.Truncate(length - 1);
     // As it crosses to the file system too: the conversion knows fewer characters, and makes dots
     // of some that it does not know.
     const OemName oemName(name.Text());
     if (!IsPlainName(name.Text()) || !oemName || !IsPlainName(oemName.Text()))
         return false;
     file = Beside(name.Text());
-    return true;
+    return !loneDot || !DiskDriver::FileExists(file, keAttrDirectory);
 }
 
 // Applies an action of MarkRecord.
@@ -80,7 +88,8 @@ static void Mark(DiskDirRec& record, enumMarkMailAction action) {
 }
 
 int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
-    if (!Open(keOpenUpdate)) {
+    FileLock lock;
+    if (!OpenToChange(lock, keOpenUpdate)) {
         JX_FAIL("Error BaseDirFile: MarkRecord(), can't open file");
         return 0;
     }
@@ -98,7 +107,8 @@ int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
 }
 
 int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
-    Open(keOpenUpdate);
+    FileLock lock;
+    OpenToChange(lock, keOpenUpdate);
     int deleted = 0;
     DirectoryRecord stored;
     // As in MarkRecord, -2 goes on and fails as a position.
@@ -106,8 +116,9 @@ int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
     if (position != keDirError) {
         stored.Record().used = 0;
         RbFile message;
-        const bool gone =
-            !MessageFile(stored, message) || !message.Exists() || message.Remove() == keDELETE_OK;
+        // What a link leads to is not this folder's to remove.
+        const bool gone = !MessageFile(stored, message) || !message.Exists() ||
+                          (!IsLink(message) && message.Remove() == keDELETE_OK);
         deleted = gone && AlterDirectoryBlock(stored, position, 1) != keDirError;
     }
     if (isOpen())
@@ -151,19 +162,27 @@ static FileSpec WithExtension(const FileSpec& file, const char* ext) {
     return other;
 }
 
+static void MakeWritable(const FileSpec& file) {
+    const std::wstring name = WideName(file);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+        SetFileAttributesW(name.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+}
+
 static constexpr unsigned int kCopyBuffer = 0x10000;
 
 int BaseDirFile::CompressDFile() {
-    FileSpec backup = WithExtension(*this, ".BAK");
+    const FileSpec backup = WithExtension(*this, ".BAK");
     RbFile compressed;
+    FileLock lock;
     // A file that has the backup's name would be removed as an older backup.
-    if (IsSameFile(backup) || !HashUniqueFileName(&compressed, *this, ".TMP"))
+    if (IsSameFile(backup) || !MakeUniqueFile(&compressed, *this, ".TMP"))
         return 0;
     bool copied = false;
     {
         const std::unique_ptr<char[]> buffer(new char[kCopyBuffer]);
         compressed.rdbuf()->pubsetbuf(buffer.get(), kCopyBuffer);
-        if (Open(keOpenRead) && compressed.Open(keOpenWrite))
+        if (OpenToChange(lock, keOpenRead) && compressed.Open(keOpenWrite))
             copied = CopyUsedRecords(compressed, [](DiskDirRec&) {});
         if (isOpen())
             close();
@@ -175,20 +194,7 @@ int BaseDirFile::CompressDFile() {
         return 0;
     }
 
-    DiskDriver::RemoveFile(backup);
-    if (!DiskDriver::Rename(*this, backup)) {
-        DiskDriver::RemoveFile(compressed);
-        return 0;
-    }
-    if (!DiskDriver::Rename(compressed, *this)) {
-        // The old file goes back. Where even that fails the backup is the only copy, and stays.
-        DiskDriver::Rename(backup, *this);
-        DiskDriver::RemoveFile(compressed);
-        return 0;
-    }
-    // A read-only file's backup is read-only as well.
-    RbFile(backup).ImpRemove();
-    return 1;
+    return ReplaceFileBy(compressed, *this, backup, keReplaceDropBackup);
 }
 
 int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
@@ -218,13 +224,13 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     miUsed = miUnprocessed = 0;
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");
-    FileSpec backup = WithExtension(*this, ".BAK");
+    const FileSpec backup = WithExtension(*this, ".BAK");
     // Neither of the two that are made may be this file itself.
     const bool namesFree = !IsSameFile(stripped) && !IsSameFile(backup);
-    bool made = false;
+    FileLock lock;
     bool copied = false;
-    if (namesFree && Open(keOpenIn | keOpenBinary)) {
-        made = stripped.Open(keOpenWrite);
+    if (namesFree && OpenToChange(lock, keOpenIn | keOpenBinary)) {
+        const bool made = OpenAnew(stripped);
         if (made) {
             copied = CopyUsedRecords(stripped, [option](DiskDirRec& stored) {
                 if (option == keRemoveUnkept && (stored.status & keStatusKeepMessageID))
@@ -236,19 +242,13 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
             stripped.close();
         }
         close();
-    }
-
-    int result = 0;
-    if (copied) {
-        DiskDriver::RemoveFile(backup);
-        // When the second rename fails, the D file stays under its backup's name.
-        if (DiskDriver::Rename(*this, backup))
-            result = DiskDriver::Rename(stripped, *this);
-        else
+        if (made && !copied)
             DiskDriver::RemoveFile(stripped);
-    } else if (made) {
-        DiskDriver::RemoveFile(stripped);
     }
+    const int result = copied && ReplaceFileBy(stripped, *this, backup, keReplaceNoWayBack);
+    // A read-only backup would block every later rewriting.
+    if (result)
+        MakeWritable(backup);
     if (!result)
         JX_FAIL("Error BaseDirFile: RemoveAllMessageIDs()");
     return result;

@@ -3,6 +3,7 @@
 #include "resident/core/byte_order.h"
 #include "resident/core/day_time.h"
 #include "resident/files/disk_driver.h"
+#include "resident/files/file_identity.h"
 #include "resident/files/temporary_file.h"
 #include "resident/runtime/check.h"
 #include "system/store/record_reader.h"
@@ -76,10 +77,14 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
                                       enumGetDDROptions option) {
     if (option != keGetInstallRequests && !CheckDateStamp())
         return keGetNone;
-    fGood = Open(keOpenUpdate);
+    FileLock lock;
+    fGood = OpenToChange(lock, keOpenUpdate);
     JX_CHECK(fGood);
     if (!fGood)
         return keGetNone;
+    // `idle` may take its time, and so may what it lets run: others write meanwhile.
+    if (idle)
+        lock.Release();
 
     int result = keGetNone;
     CallIdle(idle);
@@ -97,10 +102,7 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
         if (!(*this >> *spare).good() || !spare->isUsed())
             continue;
         CallIdle(idle);
-        const bool selected = option == keGetInstallRequests
-                                  ? spare->Record().status & keStatusInstallRequest
-                                  : OkToProcess(spare.get(), option);
-        if (selected && TakeRecord(*spare, option, position, idle)) {
+        if (IsSelected(*spare, option) && TakeRecord(*spare, option, position, idle)) {
             list->AddObject(*spare.release());
             taken = true;
             result = keGetSome;
@@ -114,11 +116,21 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
     return result;
 }
 
+bool DirectoryFile::IsSelected(DirectoryRecord& record, enumGetDDROptions option) {
+    return option == keGetInstallRequests ? record.Record().status & keStatusInstallRequest
+                                          : OkToProcess(&record, option);
+}
+
 // Marks the record just read as taken and writes it back to its place.
 bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
                                void (*idle)()) {
     seekg(position);
     CallIdle(idle);
+    FileLock lock;
+    // Read without the lock, it may have been taken by another program since.
+    if (idle && (lock.Take(*this) != keLockTaken || !ReadAgain(record, position) ||
+                 !IsSelected(record, option)))
+        return false;
     if (option == keGetInstallRequests)
         record.Record().status &= ~keStatusInstallRequest;
     else
@@ -126,8 +138,14 @@ bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option
     // Flush: what the caller gets must be marked even when the program is killed.
     if (!(*this << record).flush())
         return false;
+    lock.Release();
     CallIdle(idle);
     return true;
+}
+
+// Reads the record at `position` anew and goes back to it; false when it is not used any more.
+bool DirectoryFile::ReadAgain(DirectoryRecord& record, long position) {
+    return MoveTo(position) && (*this >> record).good() && record.isUsed() && MoveTo(position);
 }
 
 void DirectoryFile::GetInstallableDDRs(RB_Container<DirectoryRecord>* list) {
@@ -138,8 +156,10 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
     if (mType != keDirFolder)
         return;
     const DayTime now;
-    bool sound = Open(keOpenUpdate);
-    // Up to the size of now: the target may be this very file, and moved messages would move again.
+    FileLock lock;
+    bool sound = OpenToChange(lock, keOpenUpdate);
+    lock.Release();
+    // What is appended meanwhile was moved just now: the target may be this very file.
     const long size = sound ? FileSize() : 0;
     sound = sound && MoveTo(kScanStart);
     for (long position = kScanStart; sound && position < size; position += keRecordSize) {
@@ -154,11 +174,9 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         const bool old = static_cast<unsigned long long>(filed.Seconds()) + age < now.Seconds();
         if (!old || (onlyProcessed && !(record.Record().status & keStatusProcessed)))
             continue;
-        sound = target && MoveMessage(record, *target);
-        if (sound) {
-            record.Record().used = 0;
-            sound = MoveTo(position) && (*this << record).flush();
-        }
+        sound = target && MoveMessage(record, *target, position);
+        // Wherever that has left the stream.
+        sound = sound && MoveTo(position + keRecordSize);
     }
     if (isOpen())
         close();
@@ -166,17 +184,41 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
         JX_FAIL("Error DirectoryFile: DeleteOldMail()");
 }
 
-bool DirectoryFile::MoveMessage(const DirectoryRecord& record, DirectoryFile& target) {
+// Takes the locks of two files in an order that is the same for every program, so that two that
+// move messages in opposite directions do not wait for one another.
+static bool TakeBoth(const FileSpec& one, FileLock& first, const FileSpec& other,
+                     FileLock& second) {
+    const bool inOrder = OpenedName(one) < OpenedName(other);
+    return first.Take(inOrder ? one : other) != keLockTimedOut &&
+           second.Take(inOrder ? other : one) != keLockTimedOut;
+}
+
+// Moves one message into the target's folder and frees its slot. Another program may have done so,
+// or changed the record, since it was read.
+bool DirectoryFile::MoveMessage(DirectoryRecord& record, DirectoryFile& target, long position) {
+    FileLock first;
+    FileLock second;
+    if (!TakeBoth(*this, first, target, second))
+        return false;
+    DirectoryRecord now;
+    if (!ReadAgain(now, position))
+        return AtEnd() || good();
+    if (!(now == record))
+        return true;
     RbFile message;
     RbFile moved;
-    // A folder of that name is no message, and stays where it is.
-    return MessageFile(record, message) && !message.DirectoryExists() &&
-           HashUniqueFileName(&moved, target, ".EML") && DiskDriver::Rename(message, moved) &&
-           target.AddMessage(&moved);
+    // What is no file of this folder is no message, and stays where it is: a folder, a link.
+    if (!MessageFile(now, message) || message.DirectoryExists() || IsLink(message) ||
+        !HashUniqueFileName(&moved, target, ".EML") || !DiskDriver::Rename(message, moved) ||
+        !target.AddMessage(&moved))
+        return false;
+    now.Record().used = 0;
+    return MoveTo(position) && (*this << now).flush();
 }
 
 void DirectoryFile::UpdateDFile() {
-    if (!Open(keOpenUpdate))
+    FileLock lock;
+    if (!OpenToChange(lock, keOpenUpdate))
         return;
     const bool sound = mType == keDirMessages ? DropFreeSlots() : CutFreeSlots();
     close();

@@ -64,9 +64,11 @@ public:
     int GetDFile(RbFile& copy);
 
 private:
+    bool IsSelected(DirectoryRecord& record, enumGetDDROptions option);
     bool TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
                     void (*idle)());
-    bool MoveMessage(const DirectoryRecord& record, DirectoryFile& target);
+    bool ReadAgain(DirectoryRecord& record, long position);
+    bool MoveMessage(DirectoryRecord& record, DirectoryFile& target, long position);
     bool DropFreeSlots();
     bool CutFreeSlots();
 };

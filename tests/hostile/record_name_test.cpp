@@ -80,7 +80,7 @@ TEST_F(RecordNames, ThatLeadElsewhereReachNothing) {
         "NUL", "CON", "AUX.EML", "COM1.EML", "LPT1", "NUL.DAT", "nul", "NUL.", "NUL ", "PRN .TXT",
         "Com9", "CON.EML.", "CONIN$", "CONOUT$", "COM\xB9", "LPT\xB3.EML", "COM1:",
         // dots, blanks and what is left of a name without them
-        "", " ", ".", ". ", "..", ".. ", "...", "....", ". .", "\x85\x85", "X.EML.", "X.EML ",
+        "", " ", ".", ". ", "..", ".. ", "...", "....", ". .", "\x85\x85", "X.EML..", "X.EML ",
         "X.EML. .", "SUB.",
         // no characters of a name, and too long a name
         "X.EML|", "X\x01.EML", "X.EML\n", "\x7F\x85\xFF.EML", full33, std::string(33, '\\')};
@@ -104,6 +104,23 @@ TEST_F(RecordNames, ThatLeadElsewhereReachNothing) {
         EXPECT_EQ(mMail.DeleteMail(probe), 1);
         EXPECT_EQ(ReadFileBytes(path), Free(record));
         untouched("DeleteMail of type 2");
+    }
+    EXPECT_EQ(Reports(), "");
+}
+
+TEST_F(RecordNames, ThatEndInALoneDotNameTheFileWithoutIt) {
+    const std::string path = mFolder.Path("MAIL\\INBOX.DAT");
+    for (bool move : {false, true}) {
+        const std::string record = Named("LETTER.", 7);
+        WriteFileBytes(mFolder.Path("MAIL\\LETTER"), record);
+        WriteFileBytes(path, kHeader + record);
+        DirectoryRecord probe = Record(record);
+        if (move)
+            mInbox.DeleteOldMail(0, 0, &mOld);
+        else
+            EXPECT_EQ(mInbox.DeleteMail(probe), 1);
+        EXPECT_EQ(ReadFileBytes(path), kHeader + Free(record)) << move;
+        EXPECT_FALSE(FileThere(mFolder.Path("MAIL\\LETTER"))) << move;
     }
     EXPECT_EQ(Reports(), "");
 }

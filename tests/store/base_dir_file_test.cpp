@@ -62,14 +62,21 @@ TEST_F(BaseDirFileTest, ReportsEachMessageFileThatHasNoRecordAndOnceMore) {
     EXPECT_EQ(Reports(), kNoRecord + kNoRecord + kNotCreated);
 }
 
-TEST_F(BaseDirFileTest, DamagedAndLongNamedMessageFilesStayInTheirFields) {
+TEST_F(BaseDirFileTest, DamagedMessageFilesStayInTheirFieldsAndLongNamesAreRefused) {
     WriteFileBytes("A.EML", std::string(400, '\xFF'));
-    WriteFileBytes(std::string(36, 'L') + ".EML", Message("long"));
     EXPECT_EQ(mMessages.CreateDFile(), 1);
     std::string clamped = With(std::string(316, '\xFF'), 0, Bytes("\0\0\x01\xFF\x1B"));
     clamped = With(With(With(clamped, 38, Pascal("A.EML")), 72, "\x1F"), 186, "\x1F");
-    EXPECT_EQ(Read().substr(0, 316), With(clamped, 308, Bytes("\0\x10\0\x06")));
-    EXPECT_EQ(Read().substr(316 + 39), With(Message("long"), 39, std::string(33, 'L')).substr(39));
+    EXPECT_EQ(Read(), With(clamped, 308, Bytes("\0\x10\0\x06")));
+    // Cut to 33 characters, a name would be another message's.
+    const std::string name(29, 'L');
+    for (const auto& [file, taken] :
+         {std::pair(name + ".EML", 1), std::pair('M' + name + ".EML", 0)}) {
+        WriteFileBytes(file, Message("long"));
+        RbFile message(file.c_str());
+        EXPECT_EQ(mFile.AddMessage(&message), taken) << file;
+    }
+    EXPECT_EQ(Read().substr(316), Message("long", name + ".EML"));
 }
 
 TEST_F(BaseDirFileTest, AppendsAtTheVeryEndOfAFileThatIsThere) {
@@ -77,10 +84,18 @@ TEST_F(BaseDirFileTest, AppendsAtTheVeryEndOfAFileThatIsThere) {
     WriteFileBytes("A.EML", added + "text");
     WriteFileBytes("SHORT.EML", Cut(added));
     RbFile message(mFolder.Path("A.EML").c_str()), cut(mFolder.Path("SHORT.EML").c_str());
-    Write("odd");
-    EXPECT_EQ(Left(mFile.AddMessage(&message)), "1odd" + added);
-    EXPECT_EQ(Left(mFile.AddMessage(&cut)), "0odd" + added);
-    EXPECT_EQ(Left(mMessages.AddMessage(&message)), "1odd" + added + added);
+    // The rest of a write that was broken off gives way, and a header is there before the first
+    // record.
+    for (const std::string& rest : {std::string(), std::string("odd"), std::string(315, 'o')}) {
+        Write(rest);
+        EXPECT_EQ(Left(mFile.AddMessage(&cut)), "0" + rest);
+        EXPECT_EQ(Left(mFile.AddMessage(&message)), "1" + kHeader + added);
+        Write(kHeader + added + rest);
+        EXPECT_EQ(Left(mFile.AddMessage(&message)), "1" + kHeader + added + added);
+        Write(rest);
+        EXPECT_EQ(Left(mMessages.AddMessage(&message)), "1" + added);
+        EXPECT_EQ(Left(mMessages.AddMessage(&cut)), "0" + added);
+    }
     EXPECT_TRUE(mMissing.AddMessage(&message) == 0 && !message.isOpen());
     // An open one is read from its start, and stays where it was.
     DirectoryRecord record;

@@ -1,0 +1,95 @@
+#include "resident/files/file_identity.h"
+
+#include "resident/core/windows_api.h"
+#include "resident/files/file_handle.h"
+#include "resident/files/oem_name.h"
+
+static std::wstring Widened(const OemName& name) {
+    wchar_t wide[keOemNameSize];
+    if (!name || !MultiByteToWideChar(CP_ACP, 0, name.Text(), -1, wide, keOemNameSize))
+        return {};
+    return wide;
+}
+
+std::wstring WideName(const FileSpec& file) { return Widened(OemName(file.FullFileSpec())); }
+
+std::wstring OpenedName(const FileSpec& file) {
+    const OemName once(file.FullFileSpec());
+    return Widened(OemName(once.Text()));
+}
+
+bool GetFileIdentity(void* handle, FileIdentity& identity) {
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!GetFileInformationByHandle(handle, &information))
+        return false;
+    identity = {information.dwVolumeSerialNumber, information.nFileIndexHigh,
+                information.nFileIndexLow};
+    return true;
+}
+
+// Opens a file or folder to ask about it. `flags` say whether a link is followed.
+static FileHandle OpenToAsk(const wchar_t* path, DWORD flags) {
+    return FileHandle(CreateFileW(path, FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+}
+
+bool GetFileIdentity(const wchar_t* path, FileIdentity& identity) {
+    const FileHandle file = OpenToAsk(path, 0);
+    return file && GetFileIdentity(file.Get(), identity);
+}
+
+static std::wstring FinalPath(const FileHandle& file) {
+    std::wstring path(0x8000, L'\0');
+    path.resize(
+        GetFinalPathNameByHandleW(file.Get(), path.data(), static_cast<DWORD>(path.size()), 0));
+    return path;
+}
+
+bool IsLink(const wchar_t* path) {
+    const FileHandle entry = OpenToAsk(path, FILE_FLAG_OPEN_REPARSE_POINT);
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!entry || !GetFileInformationByHandle(entry.Get(), &information))
+        return false;
+    if (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
+        return true;
+    // Links of a file system below that the system follows by itself show in the final path alone.
+    wchar_t full[0x8000];
+    wchar_t* name = nullptr;
+    const DWORD length = GetFullPathNameW(path, 0x8000, full, &name);
+    if (!length || length >= 0x8000 || !name)
+        return false;
+    const std::wstring final = FinalPath(entry);
+    const std::size_t separator = final.rfind(L'\\');
+    const std::wstring folder(full, name);
+    const FileHandle parent = OpenToAsk(folder.c_str(), 0);
+    if (separator == std::wstring::npos || !parent)
+        return false;
+    std::wstring parentPath = FinalPath(parent);
+    if (!parentPath.empty() && parentPath.back() == L'\\')
+        parentPath.pop_back();
+    if (lstrcmpiW(parentPath.c_str(), final.substr(0, separator).c_str()) != 0)
+        return true;
+    // Another name in the same folder: a link, unless it is the short name of the same entry.
+    if (lstrcmpiW(name, final.c_str() + separator + 1) == 0)
+        return false;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(path, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(search);
+    return lstrcmpiW(found.cFileName, final.c_str() + separator + 1) != 0;
+}
+
+bool IsDanglingLink(const wchar_t* path) {
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(path, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(search);
+    return GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsLink(const FileSpec& file) {
+    const std::wstring name = WideName(file);
+    return !name.empty() && IsLink(name.c_str());
+}

@@ -1,0 +1,111 @@
+#include "resident/files/file_lock.h"
+
+#include <list>
+#include <string>
+
+#include "resident/files/error_mode.h"
+#include "resident/files/file_handle.h"
+#include "resident/files/file_identity.h"
+
+// A lock that this process holds, once for all that have taken it.
+struct FileLock::Held {
+    FileHandle file;
+    FileIdentity identity;
+    int holders;
+};
+
+static std::list<FileLock::Held> held;
+
+static constexpr DWORD kOffsetHigh = 0x100; // 1 TB
+
+static FileLock::Held* FindHeld(const FileIdentity& identity) {
+    for (FileLock::Held& lock : held)
+        if (lock.identity == identity)
+            return &lock;
+    return nullptr;
+}
+
+static bool Exists(const std::wstring& path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Whether a rewrite, here or interrupted, has given the file its backup's name.
+static bool HasBackup(const wchar_t* path) {
+    std::wstring backup(path);
+    const std::size_t name = backup.find_last_of(L"\\/:") + 1;
+    const std::size_t dot = backup.rfind(L'.');
+    if (dot != std::wstring::npos && dot >= name)
+        backup.resize(dot);
+    return Exists(backup + L".BAK") || Exists(backup + L".TMP");
+}
+
+// Locks the byte; waits for it until `end` of the tick count.
+static enumFileLockResult LockByte(HANDLE file, ULONGLONG end) {
+    OVERLAPPED place = {};
+    place.OffsetHigh = kOffsetHigh;
+    while (
+        !LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place)) {
+        const DWORD error = GetLastError();
+        // A file system without locks: nobody can be kept away there.
+        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING)
+            return keLockTaken;
+        if (GetTickCount64() >= end)
+            return keLockTimedOut;
+        Sleep(1);
+    }
+    return keLockTaken;
+}
+
+enumFileLockResult FileLock::Take(const wchar_t* path, unsigned long milliseconds) {
+    Release();
+    if (!path || !*path)
+        return keLockNoFile;
+    const CriticalErrorsFail guard;
+    const ULONGLONG start = GetTickCount64();
+    const ULONGLONG end = start + milliseconds;
+    for (;;) {
+        FileHandle file(CreateFileW(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        FileIdentity identity;
+        if (!file || !GetFileIdentity(file.Get(), identity)) {
+            if (file || GetLastError() != ERROR_FILE_NOT_FOUND ||
+                GetTickCount64() >= start + keRenameMilliseconds || !HasBackup(path))
+                return keLockNoFile;
+            Sleep(1);
+            continue;
+        }
+        if (Held* const own = FindHeld(identity)) {
+            ++own->holders;
+            mpoHeld = own;
+            return keLockTaken;
+        }
+        const enumFileLockResult result = LockByte(file.Get(), end);
+        if (result != keLockTaken)
+            return result;
+        FileIdentity now;
+        if (GetFileIdentity(path, now) && now == identity) {
+            held.push_back({std::move(file), identity, 1});
+            mpoHeld = &held.back();
+            return keLockTaken;
+        }
+        // A rewrite has put another file in its place: that one's lock is wanted.
+        if (GetTickCount64() >= end)
+            return keLockTimedOut;
+    }
+}
+
+enumFileLockResult FileLock::Take(const FileSpec& file, unsigned long milliseconds) {
+    return Take(OpenedName(file).c_str(), milliseconds);
+}
+
+void FileLock::Release() {
+    if (!mpoHeld || --mpoHeld->holders > 0) {
+        mpoHeld = nullptr;
+        return;
+    }
+    OVERLAPPED place = {};
+    place.OffsetHigh = kOffsetHigh;
+    UnlockFileEx(mpoHeld->file.Get(), 0, 1, 0, &place);
+    held.remove_if([this](const Held& lock) { return &lock == mpoHeld; });
+    mpoHeld = nullptr;
+}
