@@ -11,6 +11,7 @@ function in_words(line) {
     if (line ~ /~[A-Za-z_]+\(\)/) return "Destroys the object."
     if (line ~ /^ *(explicit )?[A-Za-z_]+\(\);/) return "An empty one."
     if (line ~ /(const [A-Za-z_]+& other|[A-Za-z_]+& other)\)( = [a-z]+)?;/) return "Copies."
+    if (line ~ /= default;$/) return "As the language makes it."
     if (line ~ /\) (const )?(override )?\{.*\}$/) return "As its body says."
     if (line ~ /override;/) return "As the base's."
     if (line ~ /^ [^()]*[A-Za-z0-9_\]];$/) return "As its name says."

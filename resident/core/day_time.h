@@ -37,7 +37,7 @@ enum enum_DayTime_Constructor_Format : int {
 // overwrites it.
 class JX_API DayTime {
 public:
-    // Now.
+    // Now, or the seconds given.
     DayTime();
     DayTime(unsigned long seconds, enum_DayTime_Constructor_Format format);
     // The fields as they are stored, in local time and without scaling: month from 0, year from

@@ -37,8 +37,8 @@ enum enumStringSearch : int {
     keSearchNoCaseWord = 3
 };
 
-// Words stand between delimiters, the characters  !@#$%&*()-+={}[]|:;\"`<>,.?/  and space, line
-// feed, carriage return and tab. With 1, a word runs over one period.
+// Words stand between delimiters: the characters !@#$%&*()-+={}[]|:;"`<>,.?/ and space, line feed,
+// carriage return and tab. With 1, a word runs over one period.
 enum enumGSEPOptions : int { keGSEPPlain = 0, keGSEPOverPeriod = 1 };
 // The same for GetWord.
 enum enumGetWordOptions : int { keGetWordPlain = 0, keGetWordOverPeriod = 1 };
@@ -156,8 +156,9 @@ public:
     int operator!=(const unsigned char* pascalText) const;
 
     // For callers that write straight into the text: AdjustSize(n) gives room for n characters, and
-    // never for fewer than the string has, and returns the text's address; a text that is there
-    // stays. After writing text and NUL, AdjustSize(0) takes the length up to the NUL.
+    // never for fewer than the string's length, which stays, and returns the text's address; of a
+    // text that is there n characters stay. After writing text and NUL, AdjustSize(0) takes the
+    // length up to the NUL.
     char* AdjustSize(unsigned int n);
     // A buffer of `size` bytes (length byte, text, NUL) of the string's own; returns the address of
     // its length byte. The first leaves the bytes undefined, the second keeps as much of the text

@@ -2,6 +2,7 @@
 
 #include "resident/files/file_spec.h"
 
+// What became of taking a lock.
 enum enumFileLockResult : int {
     keLockTaken = 1,
     keLockNoFile = 0,   // no such file, or one that is not to be opened for reading now
@@ -33,6 +34,7 @@ public:
     enumFileLockResult Take(const FileSpec& file, unsigned long milliseconds = keWaitMilliseconds);
     enumFileLockResult Take(const wchar_t* path, unsigned long milliseconds = keWaitMilliseconds);
 
+    // Gives the lock back, if it is held.
     void Release();
     bool IsHeld() const { return mpoHeld; }
 

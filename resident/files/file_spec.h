@@ -8,8 +8,9 @@
 // Names outside ASCII do not cross unharmed. RbFile's opens convert a name twice (DoOpen, then
 // open, after which the specification holds the once-converted name); what looks for a file, makes
 // a folder, renames and removes converts it once; the files of the Windows directory, and settings
-// files, go by their unconverted names. So one name may open one file and remove another. Keep mail
-// directories, D files, message files and users' directories to ASCII.
+// files, go by their unconverted names. So one name may open one file and remove another, and
+// file_identity.h tells both: OpenedName and WideName. Keep mail directories, D files, message
+// files and users' directories to ASCII.
 enum { keOemNameSize = 260 };
 
 // One file's name in its parts: drive, path, name and extension.

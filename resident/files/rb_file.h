@@ -107,7 +107,8 @@ public:
     // as keCopyReadFailed. `progress` may be null.
     int Copy(RbFile& source, int close, CopyProgress progress, enumDupStream buffer);
     // Copies up to `size` bytes from the current position of `source` to this file's put position;
-    // an earlier end of the source is no failure. Returns 1, 0, -1 or -2 of enumCopyResult.
+    // an earlier end of the source is no failure, a source that is not open to be read is one.
+    // Returns 1, 0, -1 or -2 of enumCopyResult.
     int DupStream(RbFile& source, long size, CopyProgress progress, enumDupStream buffer);
 
     // Receives the OEM form of each name that is opened; shared by all files.

@@ -27,7 +27,8 @@ public:
     // Whether a name was found and the file made.
     int IsValid() const { return mfValid; }
 
-    // Chooses and creates the file; the constructors do.
+    // Chooses and creates the file; the constructors do. An empty `directory` receives the one that
+    // was asked, where the Windows directory has no room.
     void HashFileName(RBString& directory);
 
     // Removes the files "JPW*.TMP" of the Windows directory; returns 1 when there was one.

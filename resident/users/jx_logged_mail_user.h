@@ -58,7 +58,7 @@ public:
 
     // Makes one of the user's folders, and its empty directory file, where they are missing; the
     // mail directory of `prefs` must be there. `result` receives the directory file, or the folder
-    // that has none. Returns 1 when both are there, else 0.
+    // that has none. Returns 1 when both are there, else 0 with `result` as it was.
     int SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result, enumLocalMailDir which);
 
     // The system user record and, if the stream is still good, the logged text. An address of 32

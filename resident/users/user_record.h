@@ -22,7 +22,7 @@ struct JX_API UserLRec {
     unsigned char popOption;           // 36
     unsigned char reserved37[9];       // 37: zero
     unsigned char zone[keAddressSize]; // 46: the address, length byte and at most 31 characters
-    unsigned char type[2];             // 78
+    unsigned char type[2];             // 78: a MailUserType
     unsigned char typeExtension[2];    // 80
     unsigned char reserved82[32];      // 82: zero
 };

@@ -12,8 +12,8 @@ struct JX_API JXDatHeader {
 
     JXDatHeader(); // all zero
 
-    // Keeps 32 characters. The length byte is the whole name's length: files have always had it
-    // so, and readers take the name up to its zero. Returns the stored characters.
+    // Keeps 32 characters. The length byte is the whole name's length, uncut: other
+    // programs take the name up to its zero. Returns the stored characters.
     char* SetName(const char* name);
 
     unsigned long first;      // 0

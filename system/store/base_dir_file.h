@@ -45,7 +45,8 @@ enum enumMarkMailAction : int {
 // The object is the file: its specification is set afterwards through FileSpec, and operations open
 // and close it unless they say that it must be open. Failures are results, and reported as
 // assertions; an operation goes on or ends as it says. A file that another process holds is waited
-// for (RbFileRetryOpen). For names outside ASCII see file_spec.h.
+// for (RbFileRetryOpen). What changes the file holds its lock (FileLock) meanwhile, and refuses a
+// link. For names outside ASCII see file_spec.h.
 //
 // Type 0 and 1 files begin with a header that nothing reads, record n at byte n x 316; type 2 files
 // have none.
@@ -61,14 +62,16 @@ public:
 
     explicit BaseDirFile(TypeDirFile type); // without a name
     ~BaseDirFile() override;
-    // Appends the record of a message file, to a D file that is there. Returns 1, or 0 when it was
-    // not written.
+    // Appends the record of a message file, to a D file that is there: at the next whole slot, over
+    // the rest of a write that was broken off, and behind a header, which an empty file gets first.
+    // Returns 1, or 0 when it was not written.
     virtual int AddMessage(RbFile* message);
 
     TypeDirFile Type() const { return mType; }
 
     // Writes a message file's record at the current position of the opened D file: the file's first
-    // 316 bytes, with its name, of at most 33 characters, and the used byte put in. Returns 1 or 0.
+    // 316 bytes, with its name and the used byte put in. Returns 1 or 0; a name of more than 33
+    // characters gives 0, since cut it would be another file's.
     int WriteRecord(RbFile* message);
     // Reads the record at the start of `file`, and leaves the file open or closed, and at the
     // position, as it was. Returns 1 or 0.

@@ -17,7 +17,7 @@ struct DiskDirRec {
     unsigned char status;                   // 3: keStatus bits
     unsigned char topic[keTopicSize];       // 4: at most 27 characters
     unsigned char reserved32[4];            // 32
-    RBInt attributes;                       // 36: keAttribute bits
+    RBInt attributes;                       // 36: bits, which DirectoryFile names
     unsigned char fileName[keFileNameSize]; // 38: at most 33 characters
     UserLRec sender;                        // 72: holds the message identifier as well
     UserLRec secondUser;                    // 186
