@@ -141,7 +141,7 @@ std::vector<Contest> AccountContests(const std::string& folder) {
     }
     users.close();
     return {{"100 requests from user to an inbox of 50",
-             3.0,
+             1.2,
              [] { return RequestsByCalls(); },
              [] { return RequestsByLibrary(); },
              {}},

@@ -58,7 +58,7 @@ std::vector<Contest> ListingContests(const std::string& folder) {
     const std::string path = folder + "\\LISTING.DAT";
     WriteDFile(path, kRecords);
     return {{"list 200,000 records (GetFirstRecord, GetNextRecord)",
-             2.0,
+             1.75,
              [path] { return WalkByBlocks(path); },
              [path] { return WalkByLibrary(path); },
              {}}};

@@ -19,23 +19,48 @@ struct Contest {
     // A check sum of what either left on the disk, outside the measured time; may be empty.
     std::function<std::uint64_t()> inspect = {};
     int rounds = 9;
+    // Both measure themselves and return nanoseconds in place of a check sum.
+    bool timesItself = false;
 };
 
-// Runs the contest and prints its line; returns false when the check sums differ.
-bool Run(const Contest& contest);
+// Where the middle half of some times lies, in seconds.
+struct Quartiles {
+    double lower;
+    double median;
+    double upper;
+};
+
+// What became of a contest.
+struct Outcome {
+    std::string name;
+    double goal;
+    Quartiles library;
+    Quartiles reference;
+    int runs;
+    bool steady; // the last two runs' ratios differ by at most a tenth
+    bool equal;  // the check sums do not differ
+
+    double Ratio() const { return library.median / reference.median; }
+};
+
+// Repeats the contest's rounds until two runs in a row agree, or it gives up. The figures are those
+// of the last two runs together, of all when none agreed.
+Outcome Run(const Contest& contest);
+
+void PrintHeading();
+void Print(const Outcome& outcome);
 
 // The clock of all measurements.
 double Seconds();
-double Median(std::vector<double> times);
+// `times` must not be empty.
+Quartiles QuartilesOf(std::vector<double> times);
 
 // The contests of each source.
 std::vector<Contest> ListingContests(const std::string& folder);
-std::vector<Contest> AccountContests(const std::string& folder);
 std::vector<Contest> StoreContests(const std::string& folder);
+std::vector<Contest> StringContests(const std::string& folder);
+std::vector<Contest> AccountContests(const std::string& folder);
+std::vector<Contest> LoadContests(const std::string& folder);
 
 // Prints what a walk through 1,000 and through 1,000,000 records takes of memory.
 void PrintListingMemory(const std::string& folder);
-
-// Prints what taking a record costs in a short and in a long inbox, and how much of it is the walk
-// of the list that the record is appended to.
-void PrintTakingTimes(const std::string& folder);

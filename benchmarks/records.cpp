@@ -44,3 +44,31 @@ void WriteWholeFile(const std::string& path, const void* bytes, unsigned int siz
     WriteFile(file, bytes, size, &written, nullptr);
     CloseHandle(file);
 }
+
+std::vector<DiskDirRec> ProcessableRecords(unsigned int count) {
+    std::vector<DiskDirRec> records(count);
+    for (unsigned int i = 0; i < count; ++i) {
+        records[i] = MadeUpRecord(i + 1);
+        records[i].status = 0;
+        records[i].kind = 1;
+    }
+    return records;
+}
+
+void ReadLastRecord(const std::string& path, DiskDirRec& record) {
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    DWORD read;
+    SetFilePointer(file, -static_cast<LONG>(sizeof record), nullptr, FILE_END);
+    ReadFile(file, &record, sizeof record, &read, nullptr);
+    CloseHandle(file);
+}
+
+void WriteMessages(const std::string& folder, unsigned int from, unsigned int count) {
+    CreateDirectoryA(folder.c_str(), nullptr);
+    for (unsigned int i = from; i < count; ++i) {
+        const DiskDirRec record = MadeUpRecord(i);
+        const auto* const name = reinterpret_cast<const char*>(record.fileName);
+        WriteWholeFile(folder + "\\" + std::string(name + 1, name[0]), &record, sizeof record);
+    }
+}

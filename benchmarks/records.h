@@ -16,3 +16,12 @@ void WriteDFile(const std::string& path, const std::vector<DiskDirRec>& records)
 
 // Writes one block of bytes as a new file.
 void WriteWholeFile(const std::string& path, const void* bytes, unsigned int size);
+
+// Records that are all processable.
+std::vector<DiskDirRec> ProcessableRecords(unsigned int count);
+
+// The last record of a file that has one.
+void ReadLastRecord(const std::string& path, DiskDirRec& record);
+
+// Message files numbered from `from` up to `count`, each with its record at its start.
+void WriteMessages(const std::string& folder, unsigned int from, unsigned int count);

@@ -168,17 +168,6 @@ static std::uint64_t CompressByBlocks(const std::string& path) {
     return moved;
 }
 
-// Records that are all processable.
-static std::vector<DiskDirRec> ProcessableRecords(unsigned int count) {
-    std::vector<DiskDirRec> records(count);
-    for (unsigned int i = 0; i < count; ++i) {
-        records[i] = MadeUpRecord(i + 1);
-        records[i].status = 0;
-        records[i].kind = 1;
-    }
-    return records;
-}
-
 static std::uint64_t TakeByLibrary(const std::string& path) {
     DirectoryFile file(keDirFolder);
     file.SetSpecPart(path.c_str(), 0);
@@ -212,14 +201,40 @@ static std::uint64_t TakeByRecords(const std::string& path) {
     return sum;
 }
 
-// The records of a folder's messages, each at the start of the message's own file.
-static void WriteMessages(const std::string& folder) {
-    CreateDirectoryA(folder.c_str(), nullptr);
-    for (unsigned int i = 0; i < kMessages; ++i) {
-        const DiskDirRec record = MadeUpRecord(i);
-        const auto* const name = reinterpret_cast<const char*>(record.fileName);
-        WriteWholeFile(folder + "\\" + std::string(name + 1, name[0]), &record, sizeof record);
-    }
+static Contest TakeContest(const std::string& folder, unsigned int count) {
+    const std::string path = folder + "\\TAKEN.DAT";
+    const std::vector<DiskDirRec> records = ProcessableRecords(count);
+    const std::string number = std::to_string(count);
+    return {.name = "take " + number + " of " + number + " records (GetUnprocessedDDRs)",
+            .goal = 1.2,
+            .reference = [=] { return TakeByRecords(path); },
+            .library = [=] { return TakeByLibrary(path); },
+            .prepare = [=] { WriteDFile(path, records); },
+            .inspect = [=] { return CheckSum(path); }};
+}
+
+static std::uint64_t MarkByLibrary(BaseDirFile& file, const DiskDirRec& wanted) {
+    DirectoryRecord probe(&wanted);
+    return file.MarkRecord(probe, keMarkProcessed);
+}
+
+static std::uint64_t MarkByBlocks(const std::string& path, const DiskDirRec& wanted) {
+    const auto position = static_cast<LONG>(FindByBlocks(path, wanted));
+    PlainFile file(path, GENERIC_READ | GENERIC_WRITE);
+    DiskDirRec record;
+    file.Seek(position, FILE_BEGIN);
+    file.Read(&record, kRecordSize);
+    record.status |= 1;
+    record.status &= ~2;
+    file.Seek(position, FILE_BEGIN);
+    file.Write(&record, kRecordSize);
+    return 1;
+}
+
+static std::uint64_t StatusOfLast(const std::string& path) {
+    DiskDirRec record;
+    ReadLastRecord(path, record);
+    return record.status;
 }
 
 static std::uint64_t CreateByLibrary(const std::string& path) {
@@ -263,12 +278,9 @@ std::vector<Contest> StoreContests(const std::string& folder) {
     const std::string compressed = folder + "\\COMPRESS.DAT";
     WriteDFile(halfFree, kRecords, 2);
 
-    const std::string taken = folder + "\\TAKEN.DAT";
-    const std::vector<DiskDirRec> processable = ProcessableRecords(8000);
-
     const std::string messages = folder + "\\Messages";
     const std::string created = messages + "\\CREATED.DAT";
-    WriteMessages(messages);
+    WriteMessages(messages, 0, kMessages);
 
     return {
         {.name = "count 200,000 records (GetInfo)",
@@ -286,12 +298,14 @@ std::vector<Contest> StoreContests(const std::string& folder) {
          .prepare = [=] { CopyFileA(halfFree.c_str(), compressed.c_str(), FALSE); },
          .inspect = [=] { return CheckSum(compressed); },
          .rounds = 7},
-        {.name = "take 8,000 of 8,000 records (GetUnprocessedDDRs)",
-         .goal = 2.0,
-         .reference = [=] { return TakeByRecords(taken); },
-         .library = [=] { return TakeByLibrary(taken); },
-         .prepare = [=] { WriteDFile(taken, processable); },
-         .inspect = [=] { return CheckSum(taken); }},
+        {.name = "mark the last of 200,000 records (MarkRecord)",
+         .goal = 1.3,
+         .reference = [=] { return MarkByBlocks(scanned, last); },
+         .library = [=] { return MarkByLibrary(*file, last); },
+         .inspect = [=] { return StatusOfLast(scanned); }},
+        TakeContest(folder, 2000),
+        TakeContest(folder, 8000),
+        TakeContest(folder, 30000),
         {.name = "gather 5,000 message files (CreateDFile)",
          .goal = 1.3,
          .reference = [=] { return CreateByFinding(created); },
@@ -299,35 +313,4 @@ std::vector<Contest> StoreContests(const std::string& folder) {
          .inspect = [=] { return CheckSum(created); },
          .rounds = 7},
     };
-}
-
-// The median over a few rounds of what one record of `count` takes, in microseconds.
-template <class Work>
-static double TimePerRecord(unsigned int count, Work work) {
-    std::vector<double> times;
-    for (int round = 0; round < 5; ++round)
-        times.push_back(work());
-    return Median(times) / count * 1e6;
-}
-
-void PrintTakingTimes(const std::string& folder) {
-    const std::string path = folder + "\\TAKEN.DAT";
-    for (const unsigned int count : {2000u, 8000u}) {
-        const std::vector<DiskDirRec> records = ProcessableRecords(count);
-        const double whole = TimePerRecord(count, [&] {
-            WriteDFile(path, records);
-            const double start = Seconds();
-            TakeByLibrary(path);
-            return Seconds() - start;
-        });
-        const double walk = TimePerRecord(count, [&] {
-            RB_Container<DirectoryRecord> list(RB_Container<DirectoryRecord>::keOwnsObjects);
-            const double start = Seconds();
-            for (const DiskDirRec& record : records)
-                list.AddObject(*new DirectoryRecord(&record));
-            return Seconds() - start;
-        });
-        std::printf("take of %u records: %.2f us a record, %.2f us without the list's walk\n",
-                    count, whole, whole - walk);
-    }
 }
