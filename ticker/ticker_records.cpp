@@ -31,9 +31,10 @@ static void CloseDFile() {
 // The next used record, clamped; null at the end of the file and on a read error.
 static const DiskDirRec* NextUsedRecord() {
     while (DiskDirRec* record = records ? records->Next() : nullptr) {
-        ClampRecord(*record);
-        if (IsUsed(*record))
+        if (IsUsed(*record)) {
+            ClampRecord(*record);
             return record;
+        }
     }
     return nullptr;
 }
@@ -79,14 +80,11 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
         CloseDFile();
         return Failed(ended ? ERROR_NO_MORE_ITEMS : ERROR_READ_FAULT);
     }
-    if (!tickerResults.topic)
-        tickerResults.MakeForRecord();
     tickerResults.EmptyUserDataPath();
-    tickerResults.topic->puts(record->topic);
-    tickerResults.fileName->puts(record->fileName);
-    const char* const name = reinterpret_cast<const char*>(record->sender.name) + 1;
-    MailUser::OrderedUserName(*tickerResults.sender, std::string_view(name, record->sender.name[0]),
-                              1);
+    tickerResults.topic->Fill(record->topic);
+    tickerResults.fileName->Fill(record->fileName);
+    tickerResults.sender->FillBy(
+        [&](char* to) { return MailUser::PutGivenFirst(to, record->sender); });
     lastKind = static_cast<unsigned short>(record->kind);
     lastFlag = record->status & keStatusProcessed;
     *kind = lastKind;

@@ -1,31 +1,26 @@
 #include "ticker/ticker_results.h"
 
-#include <initializer_list>
-
 TickerResults tickerResults;
 
-void TickerResults::Make(RBString*& result) {
-    if (!result)
-        result = new RBString;
-}
-
-void TickerResults::MakeForRecord() {
-    for (RBString** result : {&topic, &fileName, &sender, &userDataPath})
-        Make(*result);
-}
-
 void TickerResults::Reset() {
-    MakeForRecord();
-    for (RBString* result : {topic, fileName, sender})
-        result->reset();
+    for (ResultText** result : {&topic, &fileName, &sender}) {
+        Make(*result);
+        (*result)->Empty();
+    }
+    Make(userDataPath);
     EmptyUserDataPath();
 }
 
-void TickerResults::EmptyUserDataPath() { userDataPath->Truncate(0); }
+template <class Text>
+static void Delete(Text*& result) {
+    delete result;
+    result = nullptr;
+}
 
 void TickerResults::Free() {
-    for (RBString** result : {&topic, &fileName, &inboxPath, &sender, &userDataPath}) {
-        delete *result;
-        *result = nullptr;
-    }
+    Delete(topic);
+    Delete(fileName);
+    Delete(inboxPath);
+    Delete(sender);
+    Delete(userDataPath);
 }

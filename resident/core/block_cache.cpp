@@ -1,5 +1,6 @@
 #include "resident/core/block_cache.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 
@@ -9,19 +10,23 @@ namespace {
 
 constexpr unsigned int kDepth = 64; // blocks kept of each size
 
+// What stands before each block. Eight bytes keep the block aligned as the heap aligns.
+struct alignas(8) BlockHeader {
+    std::size_t kept; // the size that the shelf is for; 0 when there is none
+};
+
 struct Shelf {
-    unsigned int smallest;
-    unsigned int largest;
+    std::size_t size;
     unsigned int count;
     BlockHeader* blocks[kDepth];
 };
 
-Shelf shelves[] = {{0, 24, 0, {}}, {25, 56, 0, {}}, {57, 120, 0, {}}, {121, 264, 0, {}}};
+Shelf shelves[] = {{24, 0, {}}, {56, 0, {}}, {120, 0, {}}, {264, 0, {}}};
 
 // The shelf for blocks of `size` bytes; null when they are not kept.
 Shelf* ShelfFor(std::size_t size) {
     for (Shelf& shelf : shelves)
-        if (size <= shelf.largest)
+        if (size <= shelf.size)
             return &shelf;
     return nullptr;
 }
@@ -45,20 +50,18 @@ void* TakeBlock(std::size_t size) {
     if (shelf && OwnsCache() && shelf->count)
         return shelf->blocks[--shelf->count] + 1;
 
-    BlockHeader kept = {1, 0};
-    if (shelf) {
-        kept = {shelf->smallest, shelf->largest};
-        size = shelf->largest;
-    } else if (size > SIZE_MAX - sizeof(BlockHeader)) {
-        size = SIZE_MAX - sizeof(BlockHeader);
-    }
-    return new (::operator new(sizeof(BlockHeader) + size)) BlockHeader(kept) + 1;
+    BlockHeader header = {0};
+    if (shelf)
+        header.kept = size = shelf->size;
+    else
+        size = std::min(size, SIZE_MAX - sizeof header);
+    return new (::operator new(sizeof header + size)) BlockHeader(header) + 1;
 }
 
 void GiveBlock(void* block) {
     BlockHeader* const header = static_cast<BlockHeader*>(block) - 1;
-    if (header->largest && OwnsCache()) {
-        Shelf* const shelf = ShelfFor(header->largest);
+    if (header->kept && OwnsCache()) {
+        Shelf* const shelf = ShelfFor(header->kept);
         if (shelf->count < kDepth) {
             shelf->blocks[shelf->count++] = header;
             return;

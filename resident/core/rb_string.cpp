@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstdarg>
 #include <cstring>
-#include <initializer_list>
 #include <istream>
 #include <ostream>
 #include <string>
@@ -12,7 +11,6 @@
 #include "resident/core/block_cache.h"
 #include "resident/core/byte_order.h"
 #include "resident/core/rb_country.h"
-#include "resident/core/short_copy.h"
 #include "resident/runtime/check.h"
 #include "resources/jxsysres.h"
 
@@ -74,49 +72,28 @@ BaseString& BaseString::puts(const char* text, unsigned int n) {
         return *this;
     }
     const unsigned int length = text && n ? strnlen(text, n) : TextLength(text);
-    SetText(text ? text : "", length, size);
-    return *this;
+    return Assign(text, length, size);
 }
 
-template <class Fill>
-void BaseString::SetText(unsigned int length, unsigned int room, bool reusable, Fill fill) {
-    unsigned char* buffer = mpRep->mpBuffer;
-    // The string's own block, where the cache would hand out the same one again at once.
-    const bool reused = reusable && mpRep->mwRefCount == 1 && buffer != mpRep->mNullBuffer &&
-                        IsBlockFor(buffer, room + 2);
-    if (!reused)
-        buffer = AllocBuffer(room + 2);
-    fill(reinterpret_cast<char*>(buffer) + 1);
+// `length` characters in a buffer with room for `room`.
+BaseString& BaseString::Assign(const char* text, unsigned int length, unsigned int room) {
+    unsigned char* buffer = AllocBuffer(room + 2);
+    if (length)
+        std::memcpy(buffer + 1, text, length);
     buffer[1 + length] = 0;
-    if (!reused) {
-        checkdelrep();
-        mpRep->mpBuffer = buffer;
-    }
-    mpRep->miLength = length;
-    buffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
-}
-
-void BaseString::SetText(const char* text, unsigned int length, unsigned int room) {
-    const bool inside = text >= Text() && text <= Text() + Length();
-    SetText(length, room, !inside, [=](char* to) { CopyShort(to, text, length); });
+    return Adopt(buffer, length);
 }
 
 BaseString& BaseString::puts(const unsigned char* pascalText) {
     const unsigned char length = pascalText ? pascalText[0] : 0;
-    SetText(length ? reinterpret_cast<const char*>(pascalText) + 1 : "", length, length);
+    Assign(length ? reinterpret_cast<const char*>(pascalText) + 1 : nullptr, length, length);
     // Not capped: the length byte of a Pascal string stays as it is.
     mpRep->mpBuffer[0] = length;
     return *this;
 }
 
-BaseString& BaseString::puts(std::string_view first, std::string_view second,
-                             std::string_view third) {
-    const unsigned int length = first.size() + second.size() + third.size();
-    SetText(length, length, true, [=](char* to) {
-        for (const std::string_view part : {first, second, third})
-            to = CopyShort(to, part.data(), part.size());
-    });
-    return *this;
+BaseString& BaseString::puts(std::string_view text) {
+    return Assign(text.data(), text.size(), text.size());
 }
 
 BaseString& BaseString::puts(const char c) {
@@ -153,8 +130,7 @@ BaseString& BaseString::Append(const char* text, unsigned int n) {
     std::memcpy(buffer + 1, Text(), own);
     std::memcpy(buffer + 1 + own, text, n);
     buffer[1 + own + n] = 0;
-    Adopt(buffer);
-    return *this;
+    return Adopt(buffer, own + std::strlen(reinterpret_cast<const char*>(buffer) + 1 + own));
 }
 
 BaseString& BaseString::Truncate(unsigned int n) {
@@ -292,25 +268,20 @@ void BaseString::checkdelrep() {
     }
 }
 
-void BaseString::Adopt(unsigned char* buffer) {
+BaseString& BaseString::Adopt(unsigned char* buffer, unsigned int length) {
     checkdelrep();
     mpRep->mpBuffer = buffer;
     mpRep->mwRefCount = 1;
-    SetLength();
+    SetLength(length);
+    return *this;
 }
 
-void BaseString::Adopt(unsigned char* buffer, unsigned int length) {
-    checkdelrep();
-    mpRep->mpBuffer = buffer;
-    mpRep->mwRefCount = 1;
+void BaseString::SetLength(unsigned int length) {
     mpRep->miLength = length;
-    buffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
+    mpRep->mpBuffer[0] = std::min<unsigned int>(length, StringRep::keMaxLengthByte);
 }
 
-void BaseString::SetLength() {
-    mpRep->miLength = std::strlen(Text());
-    mpRep->mpBuffer[0] = std::min<unsigned int>(Length(), StringRep::keMaxLengthByte);
-}
+void BaseString::SetLength() { SetLength(std::strlen(Text())); }
 
 // The texts' lengths, under the rules by which the rep's constructor copies them.
 static unsigned int SumOfLengths(const char* first, unsigned short count, va_list args) {

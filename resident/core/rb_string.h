@@ -113,8 +113,8 @@ public:
     BaseString& puts(const char* text, unsigned int n = 0);
     BaseString& puts(const unsigned char* pascalText);
     BaseString& puts(const char c);
-    // The parts, which have no zeros in them and are not of this string, one after the other.
-    BaseString& puts(std::string_view first, std::string_view second, std::string_view third);
+    // A text without zeros in it.
+    BaseString& puts(std::string_view text);
 
     // Append. A null text is empty.
     BaseString& concat(const BaseString& other);
@@ -231,23 +231,18 @@ protected:
     BaseString& operator=(const BaseString& other) { return puts(other); }
 
     char* WritableText() { return reinterpret_cast<char*>(mpRep->mpBuffer) + 1; }
-    // Makes `buffer`, with text and NUL in place, the string's own; takes its length from the text
-    // (SetLength) or as given. The texts that it was made of may be the string's old one.
-    void Adopt(unsigned char* buffer);
-    void Adopt(unsigned char* buffer, unsigned int length);
-    // Sets `length` characters, which `fill` puts at the address that it is given, in a buffer for
-    // `room`. With `reusable`, it may be the old text's.
-    template <class Fill>
-    void SetText(unsigned int length, unsigned int room, bool reusable, Fill fill);
-    // The same for a text, which may be a part of this one.
-    void SetText(const char* text, unsigned int length, unsigned int room);
-    // Takes the length up to the NUL.
+    // Makes `buffer`, with `length` characters and a NUL in place, the string's own. What they were
+    // copied from may be the old text.
+    BaseString& Adopt(unsigned char* buffer, unsigned int length);
+    // Takes the length of a text that was written in place: as given, or up to its NUL.
+    void SetLength(unsigned int length);
     void SetLength();
     // Gives up the share of the representation, and takes that of another, which may be null.
     void AdoptRep(StringRep* rep);
 
 private:
     static StringRep* Share(const BaseString& other);
+    BaseString& Assign(const char* text, unsigned int length, unsigned int room);
     BaseString& Append(const char* text, unsigned int n);
     const char* FormatText(const char* format, char* args);
 

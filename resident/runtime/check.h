@@ -6,9 +6,9 @@
 // How the library's own sources report. Each names itself once in a constant `kSource`, with the
 // name and extension that its reports have always carried.
 
-// The general form; the others fill in what they leave out.
+// The general form; the others fill in what they leave out. A condition that holds costs no call.
 #define JX_REPORT(condition, expression, message, line)                                            \
-    RbAssertDispatch((condition) ? 1 : 0, expression, message, line, kSource, 0)
+    ((condition) ? void() : RbAssertDispatch(0, expression, message, line, kSource, 0))
 
 // A contract that explains itself, reported with its own text as expression.
 #define JX_CHECK(condition) JX_REPORT(condition, #condition, nullptr, __LINE__)

@@ -40,7 +40,7 @@ int FormatWords::ValueOf(std::string_view text, int fallback) const {
     if (exact != kNone)
         return exact;
     RBString string;
-    string.puts(text, {}, {});
+    string.puts(text);
     for (unsigned int i = 0; i < count; ++i)
         if (string == TextOf(words[i]))
             return words[i].value;

@@ -67,7 +67,7 @@ int JxBackgndData::ParseIP(const RBString& text, unsigned short defaultPort, RBS
     TextFields words(kept.Text(), ':');
     std::string_view word;
     words.Next(word);
-    host->puts(word, {}, {});
+    host->puts(word);
     while (words.Next(word)) {
         if (word == "n") {
             if (flag)

@@ -1,10 +1,11 @@
 #include "resident/users/mail_user.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <emmintrin.h>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "resident/core/translate_table.h"
 #include "resident/core/windows_api.h"
@@ -127,41 +128,67 @@ void MailUser::TranslateOut() {
 }
 
 RBString& MailUser::OrderedUserName(RBString& out, RBString& name, unsigned short flags) {
-    if (!std::strchr(name.Text(), '|')) {
+    const std::string_view whole(name.Text());
+    const std::size_t bar = whole.find('|');
+    if (bar == whole.npos) {
         out = name;
         return out;
     }
-    // A share of the name, so that `out` may be it.
-    const RBString kept(name);
-    return OrderedUserName(out, std::string_view(kept.Text()), flags);
+    std::string first(whole.substr(0, bar));
+    std::string last(whole.substr(bar + 1));
+    if (flags & 1)
+        first.swap(last);
+    first.append(flags & 1 ? " " : ", ").append(last);
+    out.puts(std::string_view(first).substr(0, keMaxDisplayName));
+    return out;
 }
 
-RBString& MailUser::OrderedUserName(RBString& out, std::string_view name, unsigned short flags) {
-    // Bar and end in one pass: a notifier's walk comes here for every message.
-    std::size_t bar = name.npos;
-    std::size_t length = 0;
-    for (; length != name.size() && name[length]; ++length)
-        if (name[length] == '|' && bar == name.npos)
-            bar = length;
-    name = std::string_view(name.data(), length);
-    if (bar == name.npos) {
-        out.puts(name, {}, {});
-        return out;
+namespace {
+
+// Puts what stands behind the bar at `bar`, a blank and what stands before it; the name alone where
+// `bar` is the name's length. Copies of a fixed size, which take what follows in the record along,
+// are done before a loop has begun.
+[[gnu::always_inline]] inline unsigned int PutParts(char* to, const char* name, unsigned int bar,
+                                                    unsigned int length) {
+    constexpr unsigned int kSize = UserLRec::keNameSize;
+    if (bar < length) {
+        const unsigned int given = length - bar - 1;
+        std::memcpy(to, name + bar + 1, kSize);
+        to[given] = ' ';
+        to += given + 1;
     }
-    const bool givenFirst = flags & 1;
-    const std::string_view between = givenFirst ? " " : ", ";
-    std::string_view first(name.data(), bar);
-    std::string_view last(name.data() + bar + 1, name.size() - bar - 1);
-    if (givenFirst)
-        std::swap(first, last);
-    if (first.size() + between.size() + last.size() > keMaxDisplayName) {
-        std::string whole(first);
-        whole.append(between).append(last).resize(keMaxDisplayName);
-        out.puts(whole, {}, {});
-    } else {
-        out.puts(first, between, last);
-    }
-    return out;
+    std::memcpy(to, name, kSize);
+    to[bar] = 0;
+    return length;
+}
+
+unsigned int PutByBytes(char* to, const char* name, unsigned int size) {
+    const unsigned int length = strnlen(name, size);
+    return PutParts(to, name, std::find(name, name + length, '|') - name, length);
+}
+
+// The same with a look at all characters at once: a notifier's walk comes here for every message.
+[[gnu::target("sse2")]] unsigned int PutBySse2(char* to, const char* name, unsigned int size) {
+    // Two halves of the field, which have a byte in common.
+    constexpr unsigned int kHalf = (UserLRec::keNameSize - 1) / 2;
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name + kHalf));
+    const auto places = [&](char wanted) __attribute__((target("sse2"))) {
+        const __m128i all = _mm_set1_epi8(wanted);
+        return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(low, all)) |
+                                         _mm_movemask_epi8(_mm_cmpeq_epi8(high, all)) << kHalf);
+    };
+    const unsigned int length = std::countr_zero(places(0) | 1u << size);
+    return PutParts(to, name, std::countr_zero(places('|') | 1u << length), length);
+}
+
+const bool hasSse2 = IsProcessorFeaturePresent(PF_XMMI64_INSTRUCTIONS_AVAILABLE);
+
+} // namespace
+
+unsigned int MailUser::PutGivenFirst(char* to, const UserLRec& user) {
+    const char* const name = reinterpret_cast<const char*>(user.name) + 1;
+    return (hasSse2 ? PutBySse2 : PutByBytes)(to, name, user.name[0]);
 }
 
 RBString& MailUser::OrderedUserName(RBString& out, unsigned short flags) {

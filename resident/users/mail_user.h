@@ -19,7 +19,7 @@ enum enumUserListResult : int {
 // A mail user as the rest of the system makes, orders, compares and shows it.
 class JX_API MailUser : public BaseMailUser {
 public:
-    enum { keMaxDisplayName = 51 };
+    enum { keMaxDisplayName = 51, keGivenFirstRoom = 2 * UserLRec::keNameSize };
 
     // As the base's.
     MailUser();
@@ -56,9 +56,10 @@ public:
     // The display form of "family|given": "given family" with bit 0 of `flags`, else
     // "family, given", at most 51 characters; a name without a bar as it is. `out` may be `name`.
     static RBString& OrderedUserName(RBString& out, RBString& name, unsigned short flags);
-    // The same for a name that is not in `out`, up to its first zero.
-    static RBString& OrderedUserName(RBString& out, std::string_view name, unsigned short flags);
     RBString& OrderedUserName(RBString& out, unsigned short flags);
+    // Writes a record's name, which has a valid length, in the form "given family" to `to`, with a
+    // NUL; it ends at its first zero. Returns the length. `to` has room for keGivenFirstRoom.
+    static unsigned int PutGivenFirst(char* to, const UserLRec& user);
 
     // Puts `text` into `dest` and returns 1 when it is shorter than `limit`, else 0.
     static int BoundryCheck(RBString& dest, const char* text, unsigned int limit);

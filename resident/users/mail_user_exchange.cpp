@@ -78,7 +78,7 @@ enumUserListResult MailUser::ImportFields(std::string_view line) {
         case 2:
             if (word.empty())
                 result = keUserListNoGivenName;
-            mstrName.puts(family, "|", word);
+            mstrName.puts(std::string(family).append("|").append(word));
             if (mstrName.Length() > kMaxName)
                 result = keUserListTooLong;
             break;

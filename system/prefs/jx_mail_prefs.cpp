@@ -143,7 +143,7 @@ RBString JXMailPrefs::Text(enumPrefText text) const {
         const auto* const bytes = reinterpret_cast<const char*>(mRecord) + field->offset + 1;
         // Never behind the field, whatever the length byte says, nor behind a zero in it.
         const unsigned int length = std::min<unsigned int>(mRecord[field->offset], field->Room());
-        result.puts(std::string_view(bytes, strnlen(bytes, length)), {}, {});
+        result.puts(std::string_view(bytes, strnlen(bytes, length)));
     }
     return result;
 }
@@ -309,7 +309,7 @@ RBString JXMailPrefs::GetPriority(unsigned int wLevel) const {
     if (wLevel < LP_MAX_PRIORITY_LEVELS) {
         const auto* const text =
             reinterpret_cast<const char*>(mRecord) + kPriorities + wLevel * kPlainSize;
-        result.puts(std::string_view(text, strnlen(text, kPlainSize)), {}, {});
+        result.puts(std::string_view(text, strnlen(text, kPlainSize)));
     }
     return result;
 }

@@ -25,6 +25,7 @@ private:
     bool ReadBlock();
 
     std::istream& mIn;
+    std::streamoff mPosition; // of the next block
     unsigned int mBlockRecords;
     std::unique_ptr<DiskDirRec[]> mBlock;
     DiskDirRec* mNext;
