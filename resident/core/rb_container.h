@@ -3,6 +3,9 @@
 #include "resident/core/s_list.h"
 #include "resident/core/windows_api.h" // defines a macro GetObject, which it then removes
 
+template <class T>
+class ContainerTail;
+
 // A list of objects held by address: adding an object stores a pointer to it, never a copy.
 //
 //     for (T* object = list.GetFirstObject(); object; object = list.GetNextObject())
@@ -45,6 +48,8 @@ public:
     void ClearContainer();
 
 private:
+    template <class>
+    friend class ContainerTail;
     static T* Object(ListNode* node) { return node ? static_cast<T*>(node->data) : nullptr; }
 
     unsigned int mFlags;

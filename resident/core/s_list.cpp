@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "resident/core/list_tail.h"
 #include "resident/core/node_slots.h"
 
 void* ListNode::operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept {
@@ -25,7 +26,9 @@ void ListNode::operator delete(void* node, std::size_t size) {
 
 ListNode::ListNode(void* item, ListNode* following) : next(following), data(item) {}
 
-ListNode::~ListNode() = default;
+std::atomic<unsigned int> deletedListNodes;
+
+ListNode::~ListNode() { deletedListNodes.fetch_add(1, std::memory_order_relaxed); }
 
 S_List::S_List() : mpoHead(nullptr), mpoCurrent(nullptr), mlCount(0) {}
 
@@ -47,17 +50,19 @@ int S_List::InsertBeforeCurrent(void* item) {
     return mpoCurrent ? Insert(item, mpoCurrent->data, 1) : AppendItem(item);
 }
 
-int S_List::AppendItem(void* item) {
-    if (!item)
-        return 0;
-    ListNode* node = new (std::nothrow) ListNode(item, nullptr);
+int S_List::AppendItem(void* item) { return ListTail(*this).Append(item); }
+
+int ListTail::Append(void* item) {
+    ListNode* const node = item ? new (std::nothrow) ListNode(item, nullptr) : nullptr;
     if (!node)
         return 0;
-    ListNode** link = &mpoHead;
+    const unsigned int deleted = deletedListNodes.load(std::memory_order_relaxed);
+    ListNode** link = mLast && mDeleted == deleted ? &mLast->next : &mList.mpoHead;
     while (*link)
         link = &(*link)->next;
-    *link = node;
-    ++mlCount;
+    *link = mLast = node;
+    mDeleted = deleted;
+    ++mList.mlCount;
     return 1;
 }
 

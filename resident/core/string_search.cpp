@@ -4,8 +4,8 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <string_view>
 
-#include "resident/core/block_cache.h"
 #include "resident/core/rb_country.h"
 #include "resident/core/rb_string.h"
 #include "resident/runtime/check.h"
@@ -124,36 +124,103 @@ int BaseString::GetWord(RBString& word, unsigned int* start, unsigned int* end,
 
 namespace {
 
+// What each single byte is compared as.
+struct Folding {
+    unsigned char of[256];
+
+    explicit Folding(bool noCase) {
+        for (unsigned int c = 0; c < 256; ++c) {
+            of[c] = static_cast<unsigned char>(c);
+            if (noCase)
+                CharUpperBuffA(reinterpret_cast<char*>(&of[c]), 1);
+        }
+    }
+    static const Folding& For(bool noCase) {
+        static const Folding exact(false), upper(true);
+        return noCase ? upper : exact;
+    }
+    unsigned char operator()(char c) const { return of[static_cast<unsigned char>(c)]; }
+};
+
+// A character of one byte or two; the second is zero where there is one.
+using Character = std::array<char, 2>;
+
+// Tells, for offsets that only grow, which lie inside a double-byte character.
+class CharacterWalk {
+public:
+    explicit CharacterWalk(const char* text) : mpszText(text) {}
+
+    bool Splits(unsigned int offset) {
+        while (mReached < offset && mpszText[mReached])
+            mReached += CharacterSize(mpszText + mReached, true);
+        return mReached > offset;
+    }
+
+private:
+    const char* mpszText;
+    unsigned int mReached = 0;
+};
+
 // One search of FindTextA: the pattern against the places of a text.
 class PatternScan {
 public:
-    PatternScan(const BaseString& text, const char* pattern, enumStringSearch mode)
+    PatternScan(const BaseString& text, std::string_view pattern, enumStringSearch mode)
         : mfNoCase(mode == keSearchNoCase || mode == keSearchNoCaseWord),
           mfWord(mode == keSearchExactWord || mode == keSearchNoCaseWord),
           mfDoubleByte(DoubleByteSystem()), mpszText(text.Text()),
-          mpszLast(text.Text() + text.Length() - 1), mPattern(pattern) {
-        if (mfNoCase)
-            CharUpperBuffA(mPattern.data(), mPattern.size());
+          mpszLast(text.Text() + text.Length() - 1), mFold(Folding::For(mfNoCase)),
+          mPattern(pattern), mBefore(mpszText), mBehind(mpszText) {
+        mUpperFirst = mLowerFirst = FirstCharacter();
+        if (mfNoCase) {
+            CharLowerBuffA(mLowerFirst.data(), mLowerFirst[1] ? 2 : 1);
+            mUpperPattern = pattern;
+            CharUpperBuffA(mUpperPattern.data(), mUpperPattern.size());
+            mPattern = mUpperPattern;
+            mUpperFirst = FirstCharacter();
+        }
     }
 
     // The first match from `first` on that starts at `last` or before; null when there is none.
-    const char* Find(const char* first, const char* last) const {
-        for (const char* place = first; place <= last; place += CharacterSize(place, mfDoubleByte))
-            if (Matches(place) && (!mfWord || IsWord(first, place)))
+    const char* Find(const char* first, const char* last) {
+        return mfDoubleByte ? FindFrom<true>(first, last) : FindFrom<false>(first, last);
+    }
+
+private:
+    template <bool kDoubleByte>
+    const char* FindFrom(const char* first, const char* last) {
+        for (const char* place = first; place <= last; place += CharacterSize(place, kDoubleByte))
+            if (MayStart<kDoubleByte>(place) && Matches<kDoubleByte>(place) &&
+                (!mfWord || IsWord(first, place)))
                 return place;
         return nullptr;
     }
 
-private:
+    static Character At(const char* place, bool doubleByte) {
+        return {place[0], CharacterSize(place, doubleByte) == 2 ? place[1] : '\0'};
+    }
+    Character FirstCharacter() const { return At(mPattern.data(), mfDoubleByte); }
+
+    // A match starts with the pattern's first character as upper or lower case has it. Others may
+    // fold to it, and count only behind the first.
+    template <bool kDoubleByte>
+    bool MayStart(const char* place) const {
+        if (!kDoubleByte)
+            return *place == mUpperFirst[0] || *place == mLowerFirst[0];
+        const Character character = At(place, true);
+        return character == mUpperFirst || character == mLowerFirst;
+    }
+
     // Compares character by character; a double-byte character only equals a whole one.
+    template <bool kDoubleByte>
     bool Matches(const char* place) const {
-        const char* pattern = mPattern.c_str();
+        const char* pattern = mPattern.data();
         const char* const patternEnd = pattern + mPattern.size();
         while (pattern < patternEnd) {
-            const unsigned int size = CharacterSize(place, mfDoubleByte);
-            if (size != CharacterSize(pattern, mfDoubleByte))
+            const unsigned int size = CharacterSize(pattern, kDoubleByte);
+            if (size != CharacterSize(place, kDoubleByte))
                 return false;
-            if (!std::equal(pattern, pattern + size, Folded(place, size).begin()))
+            if (size == 2 ? !EqualsPair(place, pattern)
+                          : mFold(*place) != static_cast<unsigned char>(*pattern))
                 return false;
             place += size;
             pattern += size;
@@ -161,30 +228,27 @@ private:
         return true;
     }
 
-    // The character at `place` as the pattern has it.
-    std::array<char, 2> Folded(const char* place, unsigned int size) const {
-        std::array<char, 2> character = {place[0], size == 2 ? place[1] : '\0'};
+    bool EqualsPair(const char* place, const char* pattern) const {
+        Character pair = {place[0], place[1]};
         if (mfNoCase)
-            CharUpperBuffA(character.data(), size);
-        return character;
+            CharUpperBuffA(pair.data(), pair.size());
+        return std::equal(pair.begin(), pair.end(), pattern);
     }
 
     // A trail byte that looks like a delimiter is half of another character.
-    bool IsDelimiterAt(const char* p) const {
-        const unsigned int offset = p - mpszText;
-        return IsDelimiter(*p) &&
-               !(mfDoubleByte && BaseString::DoubleByteAdjLen(mpszText, offset) != offset);
+    bool IsDelimiterAt(const char* p, CharacterWalk& walk) const {
+        return IsDelimiter(*p) && !(mfDoubleByte && walk.Splits(p - mpszText));
     }
 
     // The whole-word rule. Its three cases are what callers have always had: a match whose next
     // character is the text's last one is judged by the character before it alone, and one at the
     // scan's start, or at the text's end, by the character behind it, where the end of the text
     // counts as a delimiter.
-    bool IsWord(const char* first, const char* match) const {
+    bool IsWord(const char* first, const char* match) {
         const char* const before = match - 1;
         const char* const behind = match + mPattern.size();
-        const bool startsWord = match > mpszText && IsDelimiterAt(before);
-        const bool endsWord = behind > mpszLast || IsDelimiterAt(behind);
+        const bool startsWord = match > mpszText && IsDelimiterAt(before, mBefore);
+        const bool endsWord = behind > mpszLast || IsDelimiterAt(behind, mBehind);
         if (first < before && behind < mpszLast)
             return startsWord && endsWord;
         if (behind == mpszLast)
@@ -197,7 +261,13 @@ private:
     bool mfDoubleByte;
     const char* mpszText;
     const char* mpszLast;
-    std::string mPattern;
+    const Folding& mFold;
+    std::string mUpperPattern;
+    std::string_view mPattern;
+    Character mUpperFirst;
+    Character mLowerFirst;
+    CharacterWalk mBefore;
+    CharacterWalk mBehind;
 };
 
 } // namespace
@@ -210,7 +280,8 @@ int BaseString::FindTextA(const char* pattern, unsigned int* start, unsigned int
         return 0;
     const char* const first = Text() + position - 1;
     const char* const lastPlace = Text() + Length() - patternLength;
-    const char* match = PatternScan(*this, pattern, mode).Find(first, lastPlace);
+    const char* match =
+        PatternScan(*this, std::string_view(pattern, patternLength), mode).Find(first, lastPlace);
     if (!match)
         return 0;
     if (start)
@@ -227,8 +298,6 @@ unsigned int BaseString::Replace(unsigned int from, unsigned int to, const char*
     const std::size_t begin = from == 0 ? 0 : std::min<std::size_t>(from - 1, old.size());
     const std::size_t behind = std::min<std::size_t>(to, old.size());
     const std::string result = old.substr(0, begin) + insertion + old.substr(behind);
-    unsigned char* buffer = static_cast<unsigned char*>(TakeBlock(result.size() + 2));
-    std::memcpy(buffer + 1, result.c_str(), result.size() + 1);
-    Adopt(buffer, result.size());
+    Assign(result.data(), result.size(), result.size());
     return begin + 1 + insertion.size();
 }
