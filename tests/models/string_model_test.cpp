@@ -62,9 +62,12 @@ std::string Found(const std::string& text, std::string pattern, unsigned int pos
     if (!size || !length || !position || length + 1 < position + size)
         return "";
     const std::string folded = mode & 1 ? Cased(text, true) : text;
+    const std::string lower = mode & 1 ? Cased(pattern, false) : pattern;
     pattern = mode & 1 ? Cased(pattern, true) : pattern;
     for (unsigned int at = position - 1; at + size <= length; ++at) {
-        if (folded.compare(at, size, pattern) != 0)
+        // Others that fold to the first character do not start a match.
+        if (folded.compare(at, size, pattern) != 0 ||
+            (text[at] != pattern[0] && text[at] != lower[0]))
             continue;
         const bool before = at > 0 && IsDelimiter(text[at - 1]);
         const bool behind = at + size >= length || IsDelimiter(text[at + size]);

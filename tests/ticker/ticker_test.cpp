@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <random>
+
 #include "resident/core/windows_api.h"
+#include "resident/users/mail_user.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/record_bytes.h"
@@ -54,6 +58,44 @@ TEST_F(Ticker, WalksTheUsedRecordsFromTheFilesStart) {
     Done();
     EXPECT_TRUE(DeleteFileA(mInbox.c_str()));
     EXPECT_TRUE(mBoxes.Shown().empty());
+}
+
+// What a walk gives of a record, field by field; "" when it is not used.
+static std::string Listed(const std::string& record) {
+    const auto byte = [&](unsigned int at) { return static_cast<unsigned char>(record[at]); };
+    const auto text = [&](unsigned int at, unsigned int most) {
+        return std::string(record.substr(at + 1, std::min<unsigned int>(byte(at), most)).c_str());
+    };
+    if (!byte(2) || (byte(5) && byte(5) < 0x20) || record.substr(0, 2) == "\xFF\xFF")
+        return "";
+    RBString sender(text(72, 31).c_str());
+    MailUser::OrderedUserName(sender, sender, 1);
+    const int kind = std::min(byte(310) << 8 | byte(311), 6);
+    return text(4, 27) + "/" + text(38, 33) + "/" + sender.Text() + " " + char('0' + kind) + " " +
+           char('0' + (byte(3) & 1));
+}
+
+TEST_F(Ticker, WalksDamagedFilesAsTheirRecordsAreReadOneByOne) {
+    // Lengths in and out of range, bars and zeros in names, bytes that make a record unused.
+    const std::string alphabet = Bytes("\0\0\1\5\x1B\x1F\x20\x21|||aB\x7F\xFF");
+    std::mt19937 random(1);
+    // Shorter and longer than what is read at once, with and without a cut record at the end.
+    for (const unsigned int size : {316u, 1000u, 100000u, 316u * 414, 316u * 1000 + 315}) {
+        std::string bytes(size, '\0');
+        for (char& c : bytes)
+            c = alphabet[random() % alphabet.size()];
+        Inbox(bytes);
+        std::string walked = First(mInbox);
+        for (unsigned int at = 0; at + 316 <= size; at += 316) {
+            const std::string expected = Listed(bytes.substr(at, 316));
+            if (expected.empty())
+                continue;
+            ASSERT_EQ(walked, expected) << "record at " << at << " of " << size;
+            walked = Next();
+        }
+        EXPECT_EQ(walked, "");
+        Done();
+    }
 }
 
 TEST_F(Ticker, ASenderEndsAtItsFirstZero) {
