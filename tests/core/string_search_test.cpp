@@ -170,7 +170,7 @@ TEST(FindText, EqualsAPlainSearchInEveryModeAndCodePage) {
     for (const char* codePage : {"1252", "932"}) {
         const CodePage kept(codePage);
         unsigned int found = 0;
-        for (int i = 0; i < 40000; ++i) {
+        for (int i = 0; i < 10000; ++i) {
             const std::string text = draw(12), pattern = draw(3);
             const unsigned int position = random() % 4;
             const int mode = i % 4;
@@ -181,7 +181,7 @@ TEST(FindText, EqualsAPlainSearchInEveryModeAndCodePage) {
                 << "\" for \"" << pattern << "\"";
             found += expected != "none";
         }
-        EXPECT_GT(found, 1000u);
+        EXPECT_GT(found, 300u);
     }
 }
 
