@@ -32,8 +32,8 @@ static nlohmann::json Json(const GrowthOutcome& outcome) {
 static bool RunContests(const std::string& folder, const std::string& only, nlohmann::json& json) {
     bool sound = true;
     PrintHeading();
-    for (const auto contests :
-         {ListingContests, StoreContests, StringContests, AccountContests, LoadContests})
+    for (const auto contests : {ListingContests, StoreContests, StringContests, AccountContests,
+                                LoadContests, WindowContests})
         for (const Contest& contest : contests(folder)) {
             if (contest.name.find(only) == std::string::npos)
                 continue;

@@ -14,7 +14,7 @@
 
 static constexpr unsigned int kRecords = 200000;
 
-static std::uint64_t WalkByLibrary(const std::string& path) {
+std::uint64_t WalkByLibrary(const std::string& path) {
     char *topic, *fileName, *sender;
     unsigned short kind, flag;
     std::uint64_t sum = 0;

@@ -61,6 +61,10 @@ std::vector<Contest> StoreContests(const std::string& folder);
 std::vector<Contest> StringContests(const std::string& folder);
 std::vector<Contest> AccountContests(const std::string& folder);
 std::vector<Contest> LoadContests(const std::string& folder);
+std::vector<Contest> WindowContests(const std::string& folder);
+
+// A notifier's walk through a D file; a check sum of what it was handed.
+std::uint64_t WalkByLibrary(const std::string& path);
 
 // Prints what a walk through 1,000 and through 1,000,000 records takes of memory.
 void PrintListingMemory(const std::string& folder);

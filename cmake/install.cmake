@@ -27,9 +27,9 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
 
 # The linker's own import library stays out: the merged one has its members, too.
 install(TARGETS jxticdll_library jxsysres notifier mailfolder mailticker
-    RUNTIME DESTINATION bin
+    RUNTIME DESTINATION bin COMPONENT programs
     ARCHIVE DESTINATION lib EXCLUDE_FROM_ALL)
-install(FILES ${POSTRIDER_RUNTIME_DLLS} DESTINATION bin)
+install(FILES ${POSTRIDER_RUNTIME_DLLS} DESTINATION bin COMPONENT programs)
 install(FILES ${PROJECT_BINARY_DIR}/lib/libjxticdll.dll.a
     ${PROJECT_BINARY_DIR}/lib/postrider_ticker.lib DESTINATION lib)
 
@@ -54,7 +54,7 @@ foreach(dll ${POSTRIDER_RUNTIME_DLLS})
     install(CODE "if(CMAKE_INSTALL_DO_STRIP)
         execute_process(COMMAND ${CMAKE_STRIP}
             \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/${name}\" COMMAND_ERROR_IS_FATAL ANY)
-    endif()")
+    endif()" COMPONENT programs)
 endforeach()
 
 # The zip has the documents and the examples besides.
@@ -66,4 +66,9 @@ set(CPACK_PACKAGE_FILE_NAME postrider-${PROJECT_VERSION}-win32)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_CMAKE_PROJECTS
     "${PROJECT_BINARY_DIR};Postrider;ALL;/;${PROJECT_BINARY_DIR};Postrider;archive;/")
+# The setup program, made by `cpack -G NSIS`: cmake/setup/.
+list(APPEND CMAKE_MODULE_PATH ${PROJECT_SOURCE_DIR}/cmake/setup)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/setup/packages.cmake)
+set(CPACK_POSTRIDER_BUILD ${PROJECT_BINARY_DIR})
+set(CPACK_POSTRIDER_ICON ${PROJECT_SOURCE_DIR}/programs/mailticker/mailticker.ico)
 include(CPack)

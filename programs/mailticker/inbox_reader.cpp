@@ -68,12 +68,10 @@ static InboxState StateOf(unsigned long error, const std::wstring& path) {
 static unsigned long Walk(const std::string& path, Messages& messages) {
     char *topic, *fileName, *sender;
     unsigned short kind, flag;
-    SetLastError(ERROR_SUCCESS);
     int more = GetFirstRecord(path.c_str(), &topic, &fileName, &sender, &kind, &flag);
-    for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag)) {
+    for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag))
         messages.Add(sender, topic, fileName, kind, flag != 0);
-        SetLastError(ERROR_SUCCESS);
-    }
+    // A walk's end is told like a failure.
     const unsigned long error = GetLastError();
     Done();
     return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;

@@ -11,7 +11,7 @@ struct Settings {
     RECT window = {}; // on the desktop, in its own dots; empty before the first time
     bool maximized = false;
     int paneHeight = 190;
-    int columnWidths[kColumns] = {150, 255, 90, 120, 50};
+    int columnWidths[kColumns] = {150, 265, 90, 120, 50};
     Column sortColumn = Column::Slot;
     bool descending = false;
     bool onlyUnprocessed = false;

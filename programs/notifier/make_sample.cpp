@@ -15,6 +15,7 @@ struct SampleMessage {
     int kind;
     bool processed;
     enum { Sound, Deleted, Broken } state;
+    const char* text = "A sample message.\r\n";
 };
 
 constexpr SampleMessage kMessages[] = {
@@ -25,7 +26,11 @@ constexpr SampleMessage kMessages[] = {
     {"M\xFCller|J\xF6rg",
      "Gr\xFC\xDF"
      "e aus K\xF6ln",
-     1, false, SampleMessage::Sound},
+     1, false, SampleMessage::Sound,
+     "Liebe Maja,\r\n\r\nder Dom steht noch, und der Zug war p\xFCnktlich. Am Samstag bin ich\r\n"
+     "zur\xFC"
+     "ck und bringe die Noten f\xFCr den Chor mit.\r\n\r\nViele Gr\xFC\xDF"
+     "e\r\nJ\xF6rg\r\n"},
     {"Choir list", "New songs, new times", 2, true, SampleMessage::Sound},
     {"Dubois|Am\xE9"
      "lie",
@@ -40,7 +45,10 @@ constexpr SampleMessage kMessages[] = {
     {"Print room", "Your job is done", 4, true, SampleMessage::Deleted},
     {"Haraldsson|Bj\xF8rn", "Photos from the fjord", 2, false, SampleMessage::Sound},
     {"Night watch", "", 0, true, SampleMessage::Sound},
-    {"Sato|Yuki", "Re: Minutes of Monday", 1, false, SampleMessage::Sound},
+    {"Sato|Yuki", "Re: Minutes of Monday", 1, false, SampleMessage::Sound,
+     "From: Yuki Sato <sato@post>\r\nTo: Maja Lindqvist <lindqvist@post>\r\n"
+     "Subject: Re: Minutes of Monday\r\n\r\nThank you. One thing is missing: we agreed to meet "
+     "an hour\r\nearlier from now on.\r\n"},
 };
 
 void SetPascal(unsigned char* field, const RBString& text) {
@@ -61,7 +69,7 @@ bool WriteMessageFile(const FileSpec& file, const SampleMessage& message, int nu
     RbFile stream(file);
     if (!stream.Open(keOpenRewrite))
         return false;
-    stream << record << "A sample message.\r\n";
+    stream << record << message.text;
     const bool written = static_cast<bool>(stream.flush());
     stream.close();
     return written;
