@@ -76,7 +76,9 @@ static void HandOver(HWND running, const CommandLine& line) {
     AllowSetForegroundWindow(ASFW_ANY);
     COPYDATASTRUCT data = {TickerWindow::kShowFile,
                            static_cast<DWORD>(path.size() * sizeof(wchar_t)), path.data()};
-    SendMessageW(running, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+    DWORD_PTR result;
+    SendMessageTimeoutW(running, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG,
+                        10000, &result);
 }
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {

@@ -79,9 +79,9 @@ int MessageList::Selected() const {
 }
 
 void MessageList::Select(int row) {
+    ListView_SetItemState(mWindow, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
     if (row < 0 || row >= static_cast<int>(mInbox.Rows().size()))
         return;
-    ListView_SetItemState(mWindow, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
     ListView_SetItemState(mWindow, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
     ListView_EnsureVisible(mWindow, row, FALSE);
 }

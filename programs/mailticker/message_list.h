@@ -22,6 +22,7 @@ public:
     void Update();
     // The selected message, or -1.
     int Selected() const;
+    // Nothing for -1.
     void Select(int row);
     // The selected message's key; empty without one.
     const std::wstring& SelectedKey() const { return mSelectedKey; }

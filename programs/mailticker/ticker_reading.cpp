@@ -67,7 +67,7 @@ void TickerWindow::Take(Reading reading) {
     mHasRead = true;
     GetLocalTime(&mReadAt);
     UpdateAll();
-    if (hasMessages && !mInbox.Arrived().empty() && !mIsActive)
+    if (hasMessages && !mInbox.Arrived().empty() && !mIsLookedAt)
         mTray.Tell(ArrivalNotice(mInbox));
 }
 

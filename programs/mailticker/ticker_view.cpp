@@ -104,9 +104,9 @@ void TickerWindow::UpdateStatus() {
 
 void TickerWindow::UpdateTray() {
     const bool counts = ShowsList() || mReading.state == InboxState::Empty;
-    const IconMood mood = mSchedule.IsPaused()         ? IconMood::Paused
-                          : mInbox.New() && !mIsActive ? IconMood::New
-                                                       : IconMood::Quiet;
+    const IconMood mood = mSchedule.IsPaused()           ? IconMood::Paused
+                          : mInbox.New() && !mIsLookedAt ? IconMood::New
+                                                         : IconMood::Quiet;
     std::wstring tip = counts ? Tooltip(mInbox) : NoticeOf(mReading).heading;
     if (mSchedule.IsPaused())
         tip = PauseText() + L"; " + tip;
@@ -136,7 +136,10 @@ void TickerWindow::UpdateMenu(HMENU menu) const {
 }
 
 void TickerWindow::RunLine() {
-    mLine.Run(mSettings.runningLine && IsWindowVisible(Handle()) && !IsIconic(Handle()));
+    // Some people have told Windows that nothing shall move.
+    BOOL moves = TRUE;
+    SystemParametersInfoW(SPI_GETCLIENTAREAANIMATION, 0, &moves, 0);
+    mLine.Run(moves && mSettings.runningLine && IsWindowVisible(Handle()) && !IsIconic(Handle()));
 }
 
 void TickerWindow::SetLook() {

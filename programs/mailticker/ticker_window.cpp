@@ -104,7 +104,10 @@ LRESULT TickerWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         UpdateMenu(reinterpret_cast<HMENU>(wParam));
         return 0;
     case WM_ACTIVATE:
-        OnActivate(LOWORD(wParam) != WA_INACTIVE);
+        mIsActive = LOWORD(wParam) != WA_INACTIVE;
+        if (!mIsActive && GetFocus())
+            mFocus = GetFocus();
+        UpdateLookedAt();
         return 0;
     case WM_SETFOCUS:
         SetFocus(mFocus);
@@ -116,6 +119,7 @@ LRESULT TickerWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_WINDOWPOSCHANGED:
         DefWindowProcW(Handle(), message, wParam, lParam);
         RunLine();
+        UpdateLookedAt();
         return 0;
     case WM_CLOSE:
         Hide();
@@ -242,16 +246,18 @@ LRESULT TickerWindow::OnNotify(LPARAM lParam) {
     return mList.OnNotify(header.code, lParam);
 }
 
-void TickerWindow::OnActivate(bool active) {
-    if (mIsActive && !active) {
-        // It was looked at.
+// Hidden windows are active too, behind the tray's menu.
+void TickerWindow::UpdateLookedAt() {
+    const bool lookedAt = mIsActive && IsWindowVisible(Handle()) && !IsIconic(Handle());
+    if (lookedAt == mIsLookedAt)
+        return;
+    mIsLookedAt = lookedAt;
+    if (!lookedAt) {
         mInbox.ForgetNew();
         mUserChanged = false;
-        mInactiveSince = GetTickCount64();
-        mFocus = GetFocus() ? GetFocus() : mFocus;
+        mNotLookedAtSince = GetTickCount64();
         InvalidateRect(mList.Handle(), nullptr, FALSE);
     }
-    mIsActive = active;
     UpdateNotice();
     UpdateTray();
 }
@@ -261,7 +267,7 @@ void TickerWindow::OnTray(UINT event) {
     case NIN_SELECT:
     case NIN_KEYSELECT: {
         // The click itself took the focus away.
-        const bool wasInFront = mIsActive || GetTickCount64() - mInactiveSince < kClickTime;
+        const bool wasInFront = mIsLookedAt || GetTickCount64() - mNotLookedAtSince < kClickTime;
         return IsWindowVisible(Handle()) && !IsIconic(Handle()) && wasInFront ? Hide() : Show();
     }
     case WM_CONTEXTMENU:

@@ -41,7 +41,7 @@ private:
     void OnCommand(int command, int code);
     LRESULT OnNotify(LPARAM lParam);
     void OnTray(UINT event);
-    void OnActivate(bool active);
+    void UpdateLookedAt();
     void OnTimer();
     void OnMouse(UINT message, int y);
     bool IsOnSplitter() const;
@@ -104,7 +104,8 @@ private:
     InboxState mDoubted = InboxState::Readable; // as it was seen last, shown or not
     SYSTEMTIME mReadAt = {};
     bool mIsActive = false;
-    unsigned long long mInactiveSince = 0;
+    bool mIsLookedAt = false; // active, and to be seen
+    unsigned long long mNotLookedAtSince = 0;
     bool mShowsKeys = false;
     int mSplitterTop = 0;
     int mSplitterGrip = -1; // how far under the pane's upper side it is held; -1 when it is not

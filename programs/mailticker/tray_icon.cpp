@@ -10,6 +10,7 @@ TrayIcon::TrayIcon(HWND window, UINT message) {
 TrayIcon::~TrayIcon() { Shell_NotifyIconW(NIM_DELETE, &mData); }
 
 void TrayIcon::Add() {
+    mTip.clear();
     mData.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
     mIsThere = Shell_NotifyIconW(NIM_ADD, &mData);
     mData.uVersion = NOTIFYICON_VERSION;
@@ -17,6 +18,11 @@ void TrayIcon::Add() {
 }
 
 void TrayIcon::Show(std::size_t number, IconMood mood, const std::wstring& tip) {
+    if (number == mNumber && mood == mMood && tip == mTip)
+        return;
+    mNumber = number;
+    mMood = mood;
+    mTip = tip;
     Owned<HICON> icon = NumberIcon(number, mood, GetSystemMetrics(SM_CXSMICON));
     mData.hIcon = icon.get();
     lstrcpynW(mData.szTip, tip.c_str(), ARRAYSIZE(mData.szTip));

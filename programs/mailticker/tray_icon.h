@@ -25,5 +25,8 @@ public:
 private:
     NOTIFYICONDATAW mData = {};
     Owned<HICON> mIcon;
+    std::size_t mNumber = 0;
+    IconMood mMood = IconMood::Quiet;
+    std::wstring mTip;
     bool mIsThere = false;
 };
