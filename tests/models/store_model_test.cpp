@@ -458,7 +458,8 @@ private:
         Same("walked", walked, model);
     }
     void Add(Text name, bool open) {
-        if (name.find_first_of("*\\") != name.npos || name.empty() || name == "SUB" || name == "NUL")
+        if (name.find_first_of("*\\") != name.npos || name.empty() || name == "SUB" ||
+            name == "NUL")
             return;
         // A row of slots is the D file's own.
         if (There() && (Bytes().size() % 316 || (Bytes().empty() && mType != keDirMessages)))

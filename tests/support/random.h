@@ -22,7 +22,7 @@ public:
     unsigned int Below(unsigned int limit) { return limit ? Next() % limit : 0; }
     bool OneIn(unsigned int n) { return Below(n) == 0; }
     template <class T>
-    const T& Of(const std::vector<T>& choices) {
+    T Of(const std::vector<T>& choices) {
         return choices[Below(choices.size())];
     }
     // A text of up to `most` of these characters.
