@@ -6,23 +6,6 @@
 
 static constexpr unsigned int kOverlong = 10000;
 
-Random::Random(unsigned int seed, const std::string& format, std::uint64_t index)
-    : mState(0xCBF29CE484222325u) {
-    const auto stir = [this](std::uint64_t value) { mState = (mState ^ value) * 0x100000001B3u; };
-    for (const char c : format)
-        stir(static_cast<unsigned char>(c));
-    stir(seed);
-    stir(index);
-}
-
-std::uint32_t Random::Next() {
-    mState += 0x9E3779B97F4A7C15u;
-    std::uint64_t value = mState;
-    value = (value ^ value >> 30) * 0xBF58476D1CE4E5B9u;
-    value = (value ^ value >> 27) * 0x94D049BB133111EBu;
-    return static_cast<std::uint32_t>((value ^ value >> 31) >> 16);
-}
-
 SampleMaker& SampleMaker::PutStreamed(const std::string& text) {
     return PutField(Streamed(text).substr(0, 4)).Put(text);
 }

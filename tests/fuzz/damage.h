@@ -4,29 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/random.h"
+
 // Sound inputs, and what damages them.
 //
 // An input is a function of seed, format and index alone. The first inputs of a format are its
 // first sample cut at each of its bytes; the others are damaged at random, once or several times
 // over.
-
-// The same numbers for the same seed, whatever the run-time library.
-class Random {
-public:
-    Random(unsigned int seed, const std::string& format, std::uint64_t index);
-
-    std::uint32_t Next();
-    // From 0 to below `limit`; 0 without one.
-    unsigned int Below(unsigned int limit) { return limit ? Next() % limit : 0; }
-    bool OneIn(unsigned int n) { return Below(n) == 0; }
-    template <class T>
-    const T& Of(const std::vector<T>& choices) {
-        return choices[Below(choices.size())];
-    }
-
-private:
-    std::uint64_t mState;
-};
 
 // Bytes whose value decides how others are read: a length, a count, an offset, a mark.
 struct Field {

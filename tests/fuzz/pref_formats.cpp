@@ -6,7 +6,7 @@
 #include "postrider.h"
 #include "resident/core/windows_api.h"
 #include "tests/fuzz/format.h"
-#include "tests/prefs/pref_bytes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/scratch.h"
 
 namespace {
@@ -50,10 +50,6 @@ std::string ScrambleBlocks(std::string bytes) {
     return bytes;
 }
 
-// The texts of the block of mail preferences, by their length bytes.
-const std::vector<unsigned int> kTexts = {168, 174, 180, 212, 246, 280, 346, 380,
-                                          514, 648, 782, 922, 955, 988, 1244};
-
 std::string MailBlock() {
     std::string block = With(std::string(kMailBlock, '\0'), 0, Bytes("\xCB\x34\x3B\0\0\x24\x08"));
     block = With(With(block, 16, "string"), 32, "urgent");
@@ -81,14 +77,14 @@ Sample PrefFile(unsigned int others) {
         blocks += block;
     }
     std::vector<Field> fields = {{0, 1}, {1, 1}, {112, 2}, {148, 2}};
-    for (const unsigned int text : kTexts)
-        fields.push_back({unsigned(blocks.size()) - kMailBlock + text, 1});
+    for (const PrefText& text : kPrefTexts)
+        fields.push_back({unsigned(blocks.size()) - kMailBlock + text.offset, 1});
     return maker.PutRecords(blocks, blocks.size(), fields);
 }
 
 void UsePrefs(JXMailPrefs& prefs, Random& random) {
-    for (const unsigned int text : kTexts)
-        ReadText(prefs.Text(static_cast<enumPrefText>(text)).Text());
+    for (const PrefText& text : kPrefTexts)
+        ReadText(prefs.Text(static_cast<enumPrefText>(text.offset)).Text());
     ReadText(prefs.GetReturnAddress().Text());
     ReadText(prefs.GetDefaultDomain().Text());
     ReadText(prefs.GetPopAccount());

@@ -11,9 +11,12 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+
+#include <shlwapi.h>
+
 #include "tests/support/crash.h"
 #include "tests/support/debug_output.h"
-#include <shlwapi.h>
+#include "tests/support/taken_boxes.h"
 
 static constexpr unsigned long long kLongest = 20000; // milliseconds
 static constexpr unsigned int kHandlesEvery = 300;
@@ -86,43 +89,6 @@ static DWORD WINAPI WatchTime(void*) {
 
 namespace {
 
-// Takes the library's message boxes: a real one costs Wine a thousand times what an input does. The
-// library's import of the function is turned to ours.
-class Boxes {
-public:
-    Boxes() {
-        char* const base = reinterpret_cast<char*>(GetModuleHandleA("JXTICDLL.DLL"));
-        const auto* const dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
-        const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-        const IMAGE_DATA_DIRECTORY& addresses =
-            headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
-        auto* const first = reinterpret_cast<void**>(base + addresses.VirtualAddress);
-        void** const last = first + addresses.Size / sizeof *first;
-        void* const real =
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("user32.dll"), "MessageBoxA"));
-        void** const import = std::find(first, last, real);
-        if (import == last)
-            throw std::runtime_error("the library shows no message boxes");
-        DWORD protection;
-        VirtualProtect(import, sizeof *import, PAGE_READWRITE, &protection);
-        *import = reinterpret_cast<void*>(Take);
-        VirtualProtect(import, sizeof *import, protection, &protection);
-    }
-    std::vector<std::string> TakeTexts() { return std::exchange(texts, {}); }
-
-private:
-    static int WINAPI Take(HWND, const char* text, const char*, UINT style) {
-        // That of the allocation-failure handler.
-        if (style & MB_SYSTEMMODAL)
-            Crash("no memory for what the input claims");
-        texts.push_back(text);
-        return IDOK;
-    }
-
-    static std::vector<std::string> texts;
-};
-std::vector<std::string> Boxes::texts;
-
 bool MatchesAny(const std::vector<std::string>& patterns, const std::string& name) {
     for (const std::string& pattern : patterns)
         if (PathMatchSpecA(name.c_str(), pattern.c_str()))
@@ -173,7 +139,7 @@ struct Watch::State {
     std::string inner = outer.Path("IN");
     std::map<std::string, Entry> outside;
     DebugOutput output;
-    Boxes boxes;
+    TakenBoxes boxes;
     unsigned long(__cdecl* guardedBlocks)() = nullptr;
     unsigned long(__cdecl* unguardedBlocks)() = nullptr;
     unsigned int runs = 0;

@@ -177,8 +177,7 @@ public:
             bytes[32] = random.OneIn(4) ? '\0' : '\xFF';
             bytes[33] = char(random.Below(7)), bytes[34] = char(random.Below(9));
             bytes[35] = char(random.Below(9));
-            std::string rest =
-                (random.OneIn(2) ? std::string("\x01+") : "xy") + random.Bytes(112);
+            std::string rest = (random.OneIn(2) ? std::string("\x01+") : "xy") + random.Bytes(112);
             std::replace(rest.begin(), rest.end(), '\0', 'z');
             const bool given = random.OneIn(2);
             std::string record = bytes, more = rest;

@@ -2,7 +2,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/prefs/pref_bytes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/resource_text.h"

@@ -4,7 +4,7 @@
 #include <random>
 
 #include "resident/core/windows_api.h"
-#include "tests/prefs/pref_bytes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"

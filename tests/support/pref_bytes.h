@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "postrider.h"
 #include "tests/support/record_bytes.h"
 
@@ -35,6 +37,17 @@ inline std::string PrefEntry(const std::string& id, const std::string& version,
                              unsigned int ordinal, unsigned long offset, unsigned int size) {
     return id + version + BigEndian(ordinal, 2) + BigEndian(offset, 4) + BigEndian(size, 2);
 }
+
+// The texts of the block of mail preferences, each with its length byte and closing zero, and
+// whether they are OEM in the file.
+struct PrefText {
+    unsigned short offset, size;
+    bool converted;
+};
+inline const std::vector<PrefText> kPrefTexts = {
+    {168, 6, true},    {174, 6, true},   {180, 32, true},  {212, 34, true},  {246, 34, true},
+    {280, 66, true},   {346, 34, true},  {380, 134, true}, {514, 134, true}, {648, 134, true},
+    {782, 134, false}, {922, 33, false}, {955, 33, false}, {988, 256, true}, {1244, 256, false}};
 
 // One application's block in memory.
 struct PrefApp {
