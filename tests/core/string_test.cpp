@@ -186,8 +186,9 @@ TEST(LStrNCpy, CutsAndSaysSoAndReportsWhatItCannotUse) {
     LStrNCpyAndNullTerminate(to, "abc", 1);
     LStrNCpyAndNullTerminate(to + 2, "abc", 0);
     EXPECT_EQ(std::string(to, 4), std::string("\0yz\0", 4));
-    EXPECT_FALSE(LStrNCpyAndNullTerminate(nullptr, "abc", 4) ||
-                 LStrNCpyAndNullTerminate(to, nullptr, 4));
+    EXPECT_FALSE(LStrNCpyAndNullTerminate(nullptr, "abc", 4));
+    EXPECT_TRUE(LStrNCpyAndNullTerminate(to, nullptr, 4)); // nothing is nothing
+    EXPECT_STREQ(to, "");
     const auto badSize = StartsWith("Assert Failed!\niiBufSize > 1\n47\n");
     const auto null = StartsWith("Assert Failed!\npszCopyTo != NULL && pszCopyFrom != NULL\n48\n");
     EXPECT_THAT(reports.Texts(), ElementsAre(badSize, badSize, null, null));

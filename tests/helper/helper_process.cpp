@@ -7,9 +7,11 @@
 //   allocation-failure BUTTON             runs out of memory with the ticker library loaded, frees
 //                                         some when the box shows and presses BUTTON; 20 when the
 //                                         allocation comes back
-//   report OUTPUTS BUTTON                 reports "a != 0" to OUTPUTS (-1: those it starts with)
-//                                         and answers the dialog with BUTTON; ends with the count,
-//                                         16 for each dialog and 256 for each debugger text
+//   report OUTPUTS BUTTON                 reports "a != 0" to OUTPUTS (-1: those it starts with),
+//   as an
+//                                         error when an "e" stands before them, and answers the
+//                                         dialog with BUTTON; ends with the count, 16 for each
+//                                         dialog and 256 for each debugger text
 //   crash HOW                             crashes
 //   misuse HOW SIZE                       does with a block of SIZE bytes what no program may, with
 //                                         the ticker library loaded; 0 when nothing stops it
@@ -93,13 +95,17 @@ static int Report(char** arguments) {
         return 12;
     MessageBoxes boxes;
     DebugOutput debug;
-    const int outputs = std::atoi(arguments[0]);
+    const bool error = *arguments[0] == 'e';
+    const int outputs = std::atoi(arguments[0] + error);
+    const std::string kind = error ? "RbError" : "RbAssert";
+    const auto find = [&](const char* name) { return kind + name; };
     boxes.AnswerWith(std::atoi(arguments[1]));
     if (outputs >= 0)
-        Export<decltype(&RbAssertSelectOutput)>(library, "RbAssertSelectOutput")(outputs, nullptr);
-    Export<decltype(&RbAssertDispatch)>(library, "RbAssertDispatch")(0, "a != 0", nullptr, 0,
-                                                                     nullptr, 0);
-    const auto count = Export<decltype(&RbAssertGetCount)>(library, "RbAssertGetCount");
+        Export<decltype(&RbAssertSelectOutput)>(library, find("SelectOutput").c_str())(outputs,
+                                                                                       nullptr);
+    Export<decltype(&RbAssertDispatch)>(library, find("Dispatch").c_str())(error, "a != 0", nullptr,
+                                                                           0, nullptr, 0);
+    const auto count = Export<decltype(&RbAssertGetCount)>(library, find("GetCount").c_str());
     return static_cast<int>(count() + 16 * boxes.Shown().size() + 256 * debug.Texts().size());
 }
 

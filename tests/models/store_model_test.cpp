@@ -18,6 +18,7 @@
 namespace {
 
 const std::string kInbox = "INBOX.DAT", kOld = "OLD\\OLD.DAT";
+const std::string kLongest = std::string(29, 'L') + ".EML";
 int idleCalls;
 void CountIdle() { ++idleCalls; }
 
@@ -84,7 +85,7 @@ private:
     void PutSomething(Random& random, Text name) {
         if (random.OneIn(2)) {
             if (name.find('\\') != name.npos || name.find('*') != name.npos || name.size() < 5 ||
-                name == kInbox)
+                name.back() == '.' || name == kInbox)
                 return;
             const std::string bytes =
                 random.OneIn(5) ? std::string(random.Below(400), 'x') : AnyRecord(random) + "text";
@@ -287,10 +288,10 @@ private:
                 fixed, [&](Text stored) { return changed = Free(stored); },
                 Base("isOpen()|" + kAlter + ", file not OPEN"),
                 [&](Text stored) {
-                    const std::string file = FieldText(stored, 38, 34);
+                    const std::string file = FileOf(FieldText(stored, 38, 34));
                     if (file == "SUB" || file == "OLD")
                         return mExpected += kNotRemoved, false;
-                    if (IsPlain(file))
+                    if (!file.empty())
                         mFiles.erase(Upper(file));
                     return true;
                 });
@@ -459,10 +460,7 @@ private:
     }
     void Add(Text name, bool open) {
         if (name.find_first_of("*\\") != name.npos || name.empty() || name == "SUB" ||
-            name == "NUL")
-            return;
-        // A row of slots is the D file's own.
-        if (There() && (Bytes().size() % 316 || (Bytes().empty() && mType != keDirMessages)))
+            name == "NUL" || name.back() == '.')
             return;
         Say("add", name, open);
         RbFile message(mFolder.Path(name).c_str());
@@ -470,10 +468,17 @@ private:
         if (open)
             message.seekg(3);
         const auto file = mFiles.find(Upper(name));
-        const bool added = There() && file != mFiles.end() && file->second.size() >= 316;
-        if (added)
-            mFiles[kInbox] += Fixed(
+        const bool added =
+            There() && file != mFiles.end() && file->second.size() >= 316 && name.size() <= 33;
+        if (added) {
+            // The rest of a write that was broken off gives way; a header comes first.
+            std::string& inbox = mFiles[kInbox];
+            inbox.resize(inbox.size() - inbox.size() % 316);
+            if (inbox.empty())
+                inbox = Head();
+            inbox += Fixed(
                 With(With(Clamped(file->second.substr(0, 316)), 38, Pascal(name)), 2, "\x01"));
+        }
         Same("added", mFile.AddMessage(&message), added);
         Same("message is open", message.isOpen(), open);
         if (open) {
@@ -491,7 +496,7 @@ private:
                 if (name.size() < 4 || name.find('\\') != name.npos ||
                     name.substr(name.size() - 4) != ".EML")
                     continue;
-                result = bytes.size() >= 316;
+                result = bytes.size() >= 316 && name.size() <= 33;
                 if (result)
                     records += Fixed(
                         With(With(Clamped(bytes.substr(0, 316)), 38, Pascal(name)), 2, "\x01"));
@@ -558,14 +563,14 @@ private:
             if (!IsUsed(record) || filed + 0ull + age >= mNow ||
                 (onlyProcessed && !(Byte(record, 3) & 1)))
                 continue;
-            const std::string name = FieldText(record, 38, 34);
+            const std::string name = FileOf(FieldText(record, 38, 34));
             const auto file = mFiles.find(Upper(name));
-            if (!IsPlain(name) || file == mFiles.end() || file->second.size() < 316) {
-                if (IsPlain(name) && name != "SUB" && name != "OLD" && file == mFiles.end())
+            if (name.empty() || file == mFiles.end() || file->second.size() < 316) {
+                if (!name.empty() && name != "SUB" && name != "OLD" && file == mFiles.end())
                     mExpected += kNotRenamed;
                 mExpected += Inbox("0|Error DirectoryFile: DeleteOldMail()");
                 // A file without a record has moved all the same.
-                if (file != mFiles.end() && IsPlain(name))
+                if (file != mFiles.end() && !name.empty())
                     moved.push_back(file->second), mFiles.erase(file);
                 break;
             }
@@ -679,12 +684,18 @@ private:
             c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
         return text;
     }
-    static bool IsPlain(Text name) {
-        return !name.empty() && name.find_first_of("*\\") == name.npos && name != "NUL";
+    // The file of this folder that a record's name is; empty for none.
+    static std::string FileOf(std::string name) {
+        if (name.find_first_of("*\\") != name.npos || name == "NUL")
+            return "";
+        const bool loneDot = name.size() > 1 && name.back() == '.' && name[name.size() - 2] != '.';
+        name.resize(name.size() - loneDot);
+        return loneDot && name == "SUB" ? "" : name;
     }
     static std::string AnyName(Random& random) {
         return random.Of<std::string>({"A.EML", "A.EML", "B.EML", "B.EML", "C.EML", "GONE.EML", "",
-                                       "SUB", "..\\A.EML", "*.EML", "NUL"});
+                                       "SUB", "..\\A.EML", "*.EML", "NUL", "A.EML.", "SUB.",
+                                       kLongest, "M" + kLongest});
     }
     static std::string AnyRecord(Random& random) {
         std::string record =

@@ -259,7 +259,7 @@ public:
                 pair = SystemUserRecord(name, address.substr(0, 110));
             SysMailUser system;
             system.SetName(name.c_str());
-            system.SetAddress(address.substr(0, 110).c_str());
+            system.SetAddress(address.c_str()); // what does not fit is left out
             Written(system);
             Same("buffer", std::string(reinterpret_cast<char*>(SysMailUser::ulrSys), 164),
                  With(zeros, 0, pair));
@@ -293,6 +293,7 @@ public:
         }
         for (unsigned int k = 0; k < 2; ++k)
             Same("user", Shown(mUsers[k]), mModels[k].Shown());
+        Same("logged flags", user.LoggedFlag1() * 10 + user.LoggedFlag2(), 11);
         Same("reports", mReports.Take(), "");
     }
 

@@ -139,4 +139,7 @@ TEST(ReportProcess, StartsWithTheDialogAndTheDefaultLogAndAbortsBeforeIt) {
     EXPECT_FALSE(FileThere("RBERROR.LOG"));
     EXPECT_EQ(HelperProcess("report 4 1").ExitCode(), 2u + 256);
     EXPECT_EQ(ReadFileBytes("RBERROR.LOG"), "Assert Failed!\r\na != 0\r\n");
+    DeleteFileA("RBERROR.LOG"); // the errors' own name is the same
+    EXPECT_EQ(HelperProcess("report e4 1").ExitCode(), 2u + 256);
+    EXPECT_EQ(ReadFileBytes("RBERROR.LOG"), "Assert Failed!\r\na != 0\r\n");
 }
