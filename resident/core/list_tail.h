@@ -13,12 +13,10 @@ extern std::atomic<unsigned int> deletedListNodes;
 // once a node was deleted, of whatever list, it starts from the head again.
 class ListTail {
 public:
-    // The list must outlive the tail.
-    explicit ListTail(S_List& list) : mList(list) {}
-    int Append(void* item);
+    // `list` is the same one each time.
+    int Append(S_List& list, void* item);
 
 private:
-    S_List& mList;
     ListNode* mLast = nullptr;
     unsigned int mDeleted = 0; // deletedListNodes when mLast was a node
 };
@@ -27,13 +25,19 @@ private:
 template <class T>
 class ContainerTail {
 public:
-    explicit ContainerTail(RB_Container<T>& container)
-        : mContainer(container), mTail(*container.mpoList),
-          mfPlain(typeid(container) == typeid(RB_Container<T>)) {}
-    int Add(T& object) { return mfPlain ? mTail.Append(&object) : mContainer.AddObject(object); }
+    // A null container is never added to.
+    explicit ContainerTail(RB_Container<T>* container)
+        : mpoContainer(container),
+          mfPlain(container && typeid(*container) == typeid(RB_Container<T>)) {}
+
+    bool IsPlain() const { return mfPlain; }
+    int Add(T& object) {
+        return mfPlain ? mTail.Append(*mpoContainer->mpoList, &object)
+                       : mpoContainer->AddObject(object);
+    }
 
 private:
-    RB_Container<T>& mContainer;
-    ListTail mTail;
+    RB_Container<T>* mpoContainer;
     bool mfPlain;
+    ListTail mTail;
 };

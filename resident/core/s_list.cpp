@@ -50,19 +50,19 @@ int S_List::InsertBeforeCurrent(void* item) {
     return mpoCurrent ? Insert(item, mpoCurrent->data, 1) : AppendItem(item);
 }
 
-int S_List::AppendItem(void* item) { return ListTail(*this).Append(item); }
+int S_List::AppendItem(void* item) { return ListTail().Append(*this, item); }
 
-int ListTail::Append(void* item) {
+int ListTail::Append(S_List& list, void* item) {
     ListNode* const node = item ? new (std::nothrow) ListNode(item, nullptr) : nullptr;
     if (!node)
         return 0;
     const unsigned int deleted = deletedListNodes.load(std::memory_order_relaxed);
-    ListNode** link = mLast && mDeleted == deleted ? &mLast->next : &mList.mpoHead;
+    ListNode** link = mLast && mDeleted == deleted ? &mLast->next : &list.mpoHead;
     while (*link)
         link = &(*link)->next;
     *link = mLast = node;
     mDeleted = deleted;
-    ++mList.mlCount;
+    ++list.mlCount;
     return 1;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "resident/core/list_tail.h"
 #include "resident/files/disk_driver.h"
 #include "resident/files/file_identity.h"
 #include "resident/files/file_replacement.h"
@@ -203,13 +204,14 @@ int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
         return 0;
     }
     MoveTo(FirstRecord());
+    ContainerTail<JxDownloadItem> items(list);
     RecordReader records(*this);
     while (DiskDirRec* stored = records.Next()) {
         if (!IsUsed(*stored))
             continue;
         const DirectoryRecord record(stored);
         if (record.MessageID().Length())
-            list->AddObject(*new JxDownloadItem(record.MessageID()));
+            items.Add(*new JxDownloadItem(record.MessageID()));
     }
     const int result = AtEnd();
     if (result)

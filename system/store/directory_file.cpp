@@ -2,6 +2,7 @@
 
 #include "resident/core/byte_order.h"
 #include "resident/core/day_time.h"
+#include "resident/core/list_tail.h"
 #include "resident/files/disk_driver.h"
 #include "resident/files/file_identity.h"
 #include "resident/files/temporary_file.h"
@@ -86,13 +87,51 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
     if (idle)
         lock.Release();
 
-    int result = keGetNone;
     CallIdle(idle);
-    long position = kScanStart;
+    ContainerTail<DirectoryRecord> taken(list);
+    const bool alone = !idle && taken.IsPlain();
+    int result = (alone ? TakeByBlocks(taken, option) : TakeOneByOne(taken, idle, option))
+                     ? keGetSome
+                     : keGetNone;
+    if (!AtEnd())
+        result = keScanError;
+    close();
+    if (result == keScanError)
+        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
+    return result;
+}
+
+// With the lock, and nothing called that may change the file: what was read ahead stays true.
+// Returns whether any was taken.
+bool DirectoryFile::TakeByBlocks(ContainerTail<DirectoryRecord>& list, enumGetDDROptions option) {
+    bool some = false;
+    MoveTo(kScanStart);
+    RecordReader records(*this);
+    for (long position = kScanStart; DiskDirRec* stored = records.Next();
+         position += keRecordSize) {
+        if (!IsUsed(*stored))
+            continue;
+        DirectoryRecord record(stored);
+        record.Check_Fixed_Validity();
+        if (!IsSelected(record, option))
+            continue;
+        if (!TakeRecord(record, option, position, nullptr))
+            break;
+        records.StreamMoved();
+        list.Add(*new DirectoryRecord(record));
+        some = true;
+    }
+    return some;
+}
+
+// Record by record: what `idle`, a container and other programs change behind the reader must be
+// seen. Returns whether any was taken.
+bool DirectoryFile::TakeOneByOne(ContainerTail<DirectoryRecord>& list, void (*idle)(),
+                                 enumGetDDROptions option) {
+    bool some = false;
     bool taken = false;
     std::unique_ptr<DirectoryRecord> spare;
-    // Record by record: what `idle` and other programs change behind the reader must be seen.
-    for (; good(); position += keRecordSize) {
+    for (long position = kScanStart; good(); position += keRecordSize) {
         if (!spare)
             spare.reset(new DirectoryRecord);
         // Seek: drops what the stream has read ahead, which another program may have changed.
@@ -103,17 +142,11 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
             continue;
         CallIdle(idle);
         if (IsSelected(*spare, option) && TakeRecord(*spare, option, position, idle)) {
-            list->AddObject(*spare.release());
-            taken = true;
-            result = keGetSome;
+            list.Add(*spare.release());
+            some = taken = true;
         }
     }
-    if (!AtEnd())
-        result = keScanError;
-    close();
-    if (result == keScanError)
-        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
-    return result;
+    return some;
 }
 
 bool DirectoryFile::IsSelected(DirectoryRecord& record, enumGetDDROptions option) {
@@ -124,7 +157,7 @@ bool DirectoryFile::IsSelected(DirectoryRecord& record, enumGetDDROptions option
 // Marks the record just read as taken and writes it back to its place.
 bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
                                void (*idle)()) {
-    seekg(position);
+    MoveTo(position);
     CallIdle(idle);
     FileLock lock;
     // Read without the lock, it may have been taken by another program since.

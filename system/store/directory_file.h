@@ -2,6 +2,9 @@
 
 #include "system/store/base_dir_file.h"
 
+template <class T>
+class ContainerTail;
+
 // What CheckUnprocessedDDRs looks for; the values add up.
 enum enumCheckOptions : int {
     keCheckProcessable = 0,
@@ -64,6 +67,9 @@ public:
     int GetDFile(RbFile& copy);
 
 private:
+    bool TakeByBlocks(ContainerTail<DirectoryRecord>& list, enumGetDDROptions option);
+    bool TakeOneByOne(ContainerTail<DirectoryRecord>& list, void (*idle)(),
+                      enumGetDDROptions option);
     bool IsSelected(DirectoryRecord& record, enumGetDDROptions option);
     bool TakeRecord(DirectoryRecord& record, enumGetDDROptions option, long position,
                     void (*idle)());

@@ -1,20 +1,26 @@
 #include "system/store/record_reader.h"
 
+#include <utility>
+
 // As many as a block of 128 KiB holds.
 static constexpr unsigned int kMostRecords = 0x20000 / sizeof(DiskDirRec);
 
 RecordReader::RecordReader(std::istream& in)
-    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1), mBlockRecords(kMostRecords),
-      mBlock(new DiskDirRec[kMostRecords]), mNext(mBlock.get()), mEnd(mBlock.get()) {}
+    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1), mfMoved(false),
+      mBlockRecords(kMostRecords), mBlock(new DiskDirRec[kMostRecords]), mNext(mBlock.get()),
+      mEnd(mBlock.get()) {}
 
 bool RecordReader::ReadBlock() {
+    if (std::exchange(mfMoved, false))
+        mIn.seekg(mPosition);
     while (mIn.good()) {
         mIn.std::istream::read(reinterpret_cast<char*>(mBlock.get()),
                                mBlockRecords * sizeof(DiskDirRec));
         mNext = mBlock.get();
         mEnd = mNext + mIn.gcount() / sizeof(DiskDirRec);
         if (!mIn.bad() || mBlockRecords == 1) {
-            mPosition += mIn.gcount();
+            // Without a record's beginning at the file's end, which may grow.
+            mPosition += (mEnd - mNext) * sizeof(DiskDirRec);
             return mNext != mEnd;
         }
         // Somewhere in the block is a place that cannot be read: smaller blocks end before it.

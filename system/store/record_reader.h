@@ -21,11 +21,16 @@ public:
         return mNext++;
     }
 
+    // To be called when the stream was moved, or written to: the next block is then read from where
+    // the last one ended.
+    void StreamMoved() { mfMoved = true; }
+
 private:
     bool ReadBlock();
 
     std::istream& mIn;
     std::streamoff mPosition; // of the next block
+    bool mfMoved;
     unsigned int mBlockRecords;
     std::unique_ptr<DiskDirRec[]> mBlock;
     DiskDirRec* mNext;

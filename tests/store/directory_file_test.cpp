@@ -1,4 +1,8 @@
+#include <algorithm>
 #include <ctime>
+#include <memory>
+#include <random>
+#include <vector>
 
 #include "tests/store/mail_folder.h"
 
@@ -11,12 +15,13 @@ protected:
         idleCalls = 0;
         return file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(options), CountIdle);
     }
-    std::string Taken() {
+    static std::string TextOf(RB_Container<DirectoryRecord>& list) {
         std::string records;
-        for (auto* record = mTaken.GetFirstObject(); record; record = mTaken.GetNextObject())
+        for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
             records += Written(*record);
         return records;
     }
+    std::string Taken() { return TextOf(mTaken); }
     // The records taken, or the result when there are none.
     std::string Take(DirectoryFile& file, int option) {
         const auto options = static_cast<enumGetDDROptions>(option);
@@ -92,6 +97,91 @@ TEST_F(DirectoryFileTest, InstallableRecordsAreThoseWithTheRequestAndLoseIt) {
     mFile.GetInstallableDDRs(&mTaken);
     EXPECT_EQ(Taken(), Status(b, 0) + Status(done, 1));
     EXPECT_EQ(Read(), kHeader + installable + Status(b, 0) + Status(done, 1));
+}
+
+// Calls its own AddObject for each record.
+struct CountingContainer : RB_Container<DirectoryRecord> {
+    CountingContainer() : RB_Container(keOwnsObjects) {}
+    int AddObject(DirectoryRecord& record) override {
+        ++added;
+        return RB_Container::AddObject(record);
+    }
+    int added = 0;
+};
+
+TEST_F(DirectoryFileTest, TakesTheSameWithAndWithoutOthersToWaitFor) {
+    const std::string a = Message("A");
+    const std::string kinds[] = {a,
+                                 Free(a),
+                                 Status(a, 1),
+                                 Status(a, 0x40),
+                                 Attributes(a, 0x0400),
+                                 Attributes(a, 0x1000),
+                                 Kind(a, 9),
+                                 Kind(a, 0)};
+    std::mt19937 random(1);
+    std::string bytes(kHeader);
+    // More than are read at once, and one that is cut.
+    for (int record = 0; record < 500; ++record)
+        bytes += kinds[random() % std::size(kinds)];
+    bytes += Cut(a);
+    for (const auto option : {keGetProcessable, keGetInstallable, keGetInstallRequests}) {
+        Write(bytes);
+        const std::string taken = Take(mFile, option), left = Read();
+        RB_Container<DirectoryRecord> plain(RB_Container<DirectoryRecord>::keOwnsObjects);
+        CountingContainer counting;
+        for (RB_Container<DirectoryRecord>* list :
+             {&plain, static_cast<decltype(&plain)>(&counting)}) {
+            Write(bytes);
+            EXPECT_EQ(mFile.GetUnprocessedDDRs(list, nullptr, option), keGetSome);
+            EXPECT_TRUE(TextOf(*list) == taken && Read() == left) << option;
+        }
+        EXPECT_EQ(counting.added * 316u, taken.size());
+    }
+}
+
+// The list as the calls of ChangeList have left it; the library may have appended one since.
+static RB_Container<DirectoryRecord>* changedList;
+static std::vector<DirectoryRecord*> expectedList;
+static std::vector<std::unique_ptr<DirectoryRecord>> takenRecords;
+static std::mt19937 listChanges;
+
+static void ChangeList() {
+    std::vector<DirectoryRecord*> now;
+    for (auto* record = changedList->GetFirstObject(); record;
+         record = changedList->GetNextObject())
+        now.push_back(record);
+    if (now.size() == expectedList.size() + 1) {
+        expectedList.push_back(now.back());
+        takenRecords.emplace_back(now.back());
+    }
+    ASSERT_EQ(now, expectedList);
+    static DirectoryRecord own;
+    const unsigned int change = listChanges() % 8;
+    if (change == 0) {
+        changedList->AddObject(own);
+        expectedList.push_back(&own);
+    } else if (change == 1) {
+        changedList->ClearContainer();
+        expectedList.clear();
+    } else if (change < 4 && !now.empty()) {
+        const auto removed = change == 2 ? expectedList.begin() : expectedList.end() - 1;
+        // The first of several that are the same object.
+        changedList->RemoveObject(**removed);
+        expectedList.erase(std::find(expectedList.begin(), expectedList.end(), *removed));
+    }
+}
+
+TEST_F(DirectoryFileTest, AppendsToAListThatIdleChanges) {
+    std::string bytes(kHeader);
+    for (int record = 0; record < 300; ++record)
+        bytes += Message("A");
+    Write(bytes);
+    RB_Container<DirectoryRecord> list(0);
+    changedList = &list;
+    EXPECT_EQ(mFile.GetUnprocessedDDRs(&list, ChangeList, keGetProcessable), keGetSome);
+    ChangeList();
+    takenRecords.clear();
 }
 
 class OldMail : public MailFolder {
