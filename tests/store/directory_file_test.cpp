@@ -174,7 +174,7 @@ static void ChangeList() {
 
 TEST_F(DirectoryFileTest, AppendsToAListThatIdleChanges) {
     std::string bytes(kHeader);
-    for (int record = 0; record < 300; ++record)
+    for (int record = 0; record < 100; ++record)
         bytes += Message("A");
     Write(bytes);
     RB_Container<DirectoryRecord> list(0);
