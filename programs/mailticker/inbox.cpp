@@ -21,9 +21,9 @@ static std::pair<std::size_t, std::size_t> SameEnds(const Messages& a, const Mes
 
 // The keys of `these` that are none of `others`; only what differs between the ends is looked at
 // twice.
-static std::set<std::wstring_view> KeysWithout(const Messages& these, const Messages& others) {
+static std::set<std::string_view> KeysWithout(const Messages& these, const Messages& others) {
     const auto [first, last] = SameEnds(these, others);
-    std::set<std::wstring_view> keys;
+    std::set<std::string_view> keys;
     for (std::size_t i = first; i < these.Count() - last; ++i)
         keys.insert(these.Key(i));
     for (std::size_t i = 0; i < others.Count() && !keys.empty(); ++i)
@@ -40,7 +40,7 @@ Inbox::Keys Inbox::NewKeys(const Messages& next) const {
 
 void Inbox::RememberVanished(const Messages& next, unsigned long long now) {
     std::erase_if(mVanished, [&](const auto& one) { return now - one.second > kVanishedFor; });
-    for (const std::wstring_view key : KeysWithout(mMessages, next))
+    for (const std::string_view key : KeysWithout(mMessages, next))
         mVanished.emplace_back(key, now);
 }
 
@@ -49,14 +49,14 @@ void Inbox::Take(Messages messages, unsigned long long now) {
     const Keys arrived = mTaken ? NewKeys(messages) : Keys();
     mArrived.clear();
     mUnprocessed = 0;
-    std::set<std::wstring, std::less<>> stillNew;
+    std::set<std::string, std::less<>> stillNew;
     for (std::size_t i = 0; i < messages.Count(); ++i) {
         if (messages.IsProcessed(i))
             continue;
         ++mUnprocessed;
         if (arrived.empty() && mNew.empty())
             continue;
-        const std::wstring_view key = messages.Key(i);
+        const std::string_view key = messages.Key(i);
         if (arrived.contains(key))
             mArrived.push_back(i);
         if (arrived.contains(key) || mNew.contains(key))
@@ -190,7 +190,7 @@ void Inbox::Order() {
                    [](const Place& place) { return place.message; });
 }
 
-int Inbox::RowOf(std::wstring_view key) const {
+int Inbox::RowOf(std::string_view key) const {
     const auto row = std::find_if(mRows.begin(), mRows.end(), [&](std::uint32_t message) {
         return mMessages.Key(message) == key;
     });

@@ -40,12 +40,12 @@ public:
     // The messages shown, in their order.
     const std::vector<std::uint32_t>& Rows() const { return mRows; }
     // The row of the message with this key, or -1.
-    int RowOf(std::wstring_view key) const;
+    int RowOf(std::string_view key) const;
     // The first row from `start` on, round the end, whose sender begins so; -1 for none.
     int RowBeginning(std::wstring_view typed, int start) const;
 
 private:
-    using Keys = std::set<std::wstring_view>;
+    using Keys = std::set<std::string_view>;
     struct Word {
         std::string text;
         unsigned int kinds; // a bit for each kind that has it in its name
@@ -61,9 +61,9 @@ private:
     bool mTaken = false;
     std::size_t mUnprocessed = 0;
     std::vector<std::size_t> mArrived;
-    std::set<std::wstring, std::less<>> mNew;
+    std::set<std::string, std::less<>> mNew;
     // What went lately, and when: a file that is written anew is short for a moment.
-    std::vector<std::pair<std::wstring, unsigned long long>> mVanished;
+    std::vector<std::pair<std::string, unsigned long long>> mVanished;
 
     std::vector<Word> mWords;
     bool mImpossible = false; // words that no inbox can have

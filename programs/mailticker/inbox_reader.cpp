@@ -88,7 +88,7 @@ static std::wstring DamageOf(const Reading& reading) {
         return L"It ends in the middle of a record.";
     std::size_t damaged = 0;
     for (std::size_t i = 0; i < messages.Count(); ++i)
-        damaged += messages.Kind(i) == kDamagedKind || messages.File(i).empty();
+        damaged += messages.Kind(i) == kDamagedKind || !messages.HasFile(i);
     if (damaged == 0)
         return {};
     return damaged == 1 ? L"One of its records is damaged."

@@ -57,7 +57,7 @@ void MessageList::ShowSorting(Column column, bool descending) {
 }
 
 void MessageList::Update() {
-    const std::wstring key = mSelectedKey;
+    const std::string key = mSelectedKey;
     const int rows = static_cast<int>(mInbox.Rows().size());
     ListView_SetItemCountEx(mWindow, rows, LVSICF_NOSCROLL);
     const int row = key.empty() ? -1 : mInbox.RowOf(key);
@@ -88,7 +88,7 @@ void MessageList::Select(int row) {
 
 void MessageList::SelectionChanged() {
     const int message = Selected();
-    mSelectedKey = message < 0 ? std::wstring() : std::wstring(mInbox.All().Key(message));
+    mSelectedKey = message < 0 ? std::string() : std::string(mInbox.All().Key(message));
 }
 
 void MessageList::FillText(LVITEMW& item) const {
@@ -97,10 +97,8 @@ void MessageList::FillText(LVITEMW& item) const {
         return;
     const std::size_t message = mInbox.Rows()[item.iItem];
     const Column column = static_cast<Column>(item.iSubItem);
-    const std::wstring text = column == Column::Slot ? std::to_wstring(message + 1)
-                              : column == Column::Topic
-                                  ? TopicOf(mInbox.All(), message)
-                                  : std::wstring(mInbox.All().Text(message, column));
+    const std::wstring text = column == Column::Topic ? TopicOf(mInbox.All(), message)
+                                                      : mInbox.All().Text(message, column);
     lstrcpynW(item.pszText, text.c_str(), item.cchTextMax);
 }
 

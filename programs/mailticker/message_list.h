@@ -24,8 +24,6 @@ public:
     int Selected() const;
     // Nothing for -1.
     void Select(int row);
-    // The selected message's key; empty without one.
-    const std::wstring& SelectedKey() const { return mSelectedKey; }
     // After the user selected: takes over which.
     void SelectionChanged();
 
@@ -41,6 +39,6 @@ private:
     const Inbox& mInbox;
     const Look* mLook = nullptr;
     Owned<HIMAGELIST> mRowHeight; // empty pictures, as high as a row is
-    std::wstring mSelectedKey;
+    std::string mSelectedKey;
     int mColumnsOf = 96; // dots an inch that the columns have their widths for
 };

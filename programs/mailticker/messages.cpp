@@ -11,48 +11,47 @@ const wchar_t* KindName(unsigned int kind) {
     return names[std::min(kind, kDamagedKind)];
 }
 
-std::uint8_t Messages::Append(const char* text) {
-    const std::size_t length = std::min<std::size_t>(std::strlen(text), 255);
-    for (std::size_t i = 0; i < length; ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        mShown += Shown(c);
-        mFolded += static_cast<char>(Folded(c));
-    }
-    return static_cast<std::uint8_t>(length);
-}
-
 void Messages::Add(const char* from, const char* topic, const char* file, unsigned int kind,
                    bool processed) {
     Entry entry = {};
-    entry.start = static_cast<std::uint32_t>(mShown.size());
+    entry.start = static_cast<std::uint32_t>(mText.size());
     entry.kind = std::min(kind, kDamagedKind);
     entry.processed = processed;
     const char* const texts[] = {from, topic, file};
     for (int i = 0; i < 3; ++i) {
-        entry.lengths[i] = Append(texts[i]);
-        mShown += L'\0';
-        mFolded += '\0';
+        entry.lengths[i] =
+            static_cast<std::uint8_t>(std::min<std::size_t>(std::strlen(texts[i]), 255));
+        mText.append(texts[i], entry.lengths[i]);
+        mText += '\0';
     }
     mEntries.push_back(entry);
 }
 
-std::wstring_view Messages::Text(std::size_t i, Column column) const {
+std::string_view Messages::Part(const std::string& block, const Entry& entry, Column column) {
+    const int which = column == Column::From ? 0 : column == Column::Topic ? 1 : 2;
+    std::size_t start = entry.start;
+    for (int i = 0; i < which; ++i)
+        start += entry.lengths[i] + 1;
+    return {block.data() + start, entry.lengths[which]};
+}
+
+std::wstring Messages::Text(std::size_t i, Column column) const {
     switch (column) {
-    case Column::From:
-        return From(i);
-    case Column::Topic:
-        return Topic(i);
-    case Column::File:
-        return File(i);
     case Column::Kind:
         return KindName(Kind(i));
     case Column::Slot:
-        break;
+        return std::to_wstring(i + 1);
+    default:
+        return Shown(Part(mText, mEntries[i], column));
     }
-    return {};
 }
 
-std::string_view Messages::FoldedText(std::size_t i, Column column) const {
-    const int which = column == Column::From ? 0 : column == Column::Topic ? 1 : 2;
-    return View(mFolded, mEntries[i], which);
+const std::string& Messages::FoldedBlock() const {
+    if (mFolded.size() != mText.size()) {
+        mFolded.resize(mText.size());
+        std::transform(mText.begin(), mText.end(), mFolded.begin(), [](char c) {
+            return static_cast<char>(Folded(static_cast<unsigned char>(c)));
+        });
+    }
+    return mFolded;
 }

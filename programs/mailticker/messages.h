@@ -18,7 +18,8 @@ constexpr unsigned int kDamagedKind = 6;
 const wchar_t* KindName(unsigned int kind);
 
 // The messages that one walk through an inbox found, in the order of their slots. All texts lie in
-// one block, since an inbox may hold some hundred thousand messages.
+// one block as they were read, since an inbox may hold some hundred thousand messages; what is
+// shown of them is made when it is shown.
 class Messages {
 public:
     // Texts are Windows-1252 and end with a zero.
@@ -26,22 +27,25 @@ public:
              bool processed);
 
     std::size_t Count() const { return mEntries.size(); }
-    std::wstring_view From(std::size_t i) const { return View(mShown, mEntries[i], 0); }
-    std::wstring_view Topic(std::size_t i) const { return View(mShown, mEntries[i], 1); }
-    std::wstring_view File(std::size_t i) const { return View(mShown, mEntries[i], 2); }
+    std::wstring From(std::size_t i) const { return Text(i, Column::From); }
+    std::wstring Topic(std::size_t i) const { return Text(i, Column::Topic); }
+    std::wstring File(std::size_t i) const { return Text(i, Column::File); }
     unsigned int Kind(std::size_t i) const { return mEntries[i].kind; }
     bool IsProcessed(std::size_t i) const { return mEntries[i].processed; }
+    bool HasFile(std::size_t i) const { return mEntries[i].lengths[2] > 0; }
 
-    // What a column shows. Valid as long as the messages are.
-    std::wstring_view Text(std::size_t i, Column column) const;
+    // What a column shows.
+    std::wstring Text(std::size_t i, Column column) const;
 
-    // What tells a message from others, in this walk and the next: sender, topic and file.
-    std::wstring_view Key(std::size_t i) const { return Whole(mShown, mEntries[i]); }
+    // What tells a message from others, in this walk and the next: sender, topic and file with
+    // zeros between. Valid as long as the messages are.
+    std::string_view Key(std::size_t i) const { return Whole(mText, mEntries[i]); }
 
-    // One column's text folded, for sorting (kFrom, kTopic and kFile alone).
-    std::string_view FoldedText(std::size_t i, Column column) const;
-    // The three texts folded, with zeros between.
-    std::string_view FoldedKey(std::size_t i) const { return Whole(mFolded, mEntries[i]); }
+    // Without case and accents, for searching the three and for sorting by one of them.
+    std::string_view FoldedKey(std::size_t i) const { return Whole(FoldedBlock(), mEntries[i]); }
+    std::string_view FoldedText(std::size_t i, Column column) const {
+        return Part(FoldedBlock(), mEntries[i], column);
+    }
 
 private:
     struct Entry {
@@ -51,23 +55,14 @@ private:
         std::uint8_t processed : 1;
     };
 
-    template <class Character>
-    static std::basic_string_view<Character> View(const std::basic_string<Character>& block,
-                                                  const Entry& entry, int which) {
-        std::size_t start = entry.start;
-        for (int i = 0; i < which; ++i)
-            start += entry.lengths[i] + 1;
-        return {block.data() + start, entry.lengths[which]};
-    }
-    template <class Character>
-    static std::basic_string_view<Character> Whole(const std::basic_string<Character>& block,
-                                                   const Entry& entry) {
+    static std::string_view Part(const std::string& block, const Entry& entry, Column column);
+    static std::string_view Whole(const std::string& block, const Entry& entry) {
         return {block.data() + entry.start,
                 std::size_t(entry.lengths[0] + entry.lengths[1] + entry.lengths[2] + 2)};
     }
-    std::uint8_t Append(const char* text);
+    const std::string& FoldedBlock() const;
 
     std::vector<Entry> mEntries;
-    std::wstring mShown;
-    std::string mFolded; // at the same places
+    std::string mText;
+    mutable std::string mFolded; // at the same places; made when it is first asked for
 };

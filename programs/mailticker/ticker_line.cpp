@@ -9,7 +9,7 @@ static constexpr double kDotsASecond = 45; // at 96 dots an inch
 // Some ten screens: what is longer is cut.
 static constexpr int kWidestStrip = 30000;
 
-TickerLine::TickerLine(HWND parent, std::function<void(const std::wstring& key)> onPick)
+TickerLine::TickerLine(HWND parent, std::function<void(const std::string& key)> onPick)
     : OwnWindow(L"PostriderTickerLine", L"", WS_CHILD | WS_VISIBLE, 0, parent, IDC_HAND),
       mOnPick(std::move(onPick)) {
     Listen();

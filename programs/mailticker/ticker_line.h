@@ -13,10 +13,10 @@ class TickerLine : public OwnWindow {
 public:
     struct Item {
         std::wstring text;
-        std::wstring key; // handed to `onPick`
+        std::string key; // handed to `onPick`
     };
 
-    TickerLine(HWND parent, std::function<void(const std::wstring& key)> onPick);
+    TickerLine(HWND parent, std::function<void(const std::string& key)> onPick);
 
     void SetLook(const Look& look);
     // Runs on from where it is when the items are the same.
@@ -34,7 +34,7 @@ private:
     void Pick(int x);
     bool Fits(int width) const { return mStripWidth <= width; }
 
-    std::function<void(const std::wstring&)> mOnPick;
+    std::function<void(const std::string&)> mOnPick;
     const Look* mLook = nullptr;
     std::vector<Item> mItems;
     std::vector<int> mEnds; // of the items on the strip

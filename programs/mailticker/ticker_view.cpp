@@ -45,7 +45,7 @@ void TickerWindow::UpdateLine() {
     if (ShowsList())
         for (const std::size_t message : mInbox.Newest(kRunningMessages))
             items.push_back(
-                {OneLine(mInbox.All(), message), std::wstring(mInbox.All().Key(message))});
+                {OneLine(mInbox.All(), message), std::string(mInbox.All().Key(message))});
     mLine.SetItems(std::move(items));
 }
 
@@ -58,12 +58,12 @@ void TickerWindow::UpdatePane() {
     if (message < 0)
         return mPane.Show(L"", L"Select a message to read it.", L"");
     const Messages& messages = mInbox.All();
-    const std::wstring file(messages.File(message));
+    const std::wstring file = messages.File(message);
     std::wstring why;
     const auto text = ReadMessageText(FolderOf(mPath), file, why);
     const wchar_t* const dot = L"  \u00B7  ";
-    const std::wstring line = std::wstring(messages.From(message)) + dot +
-                              KindName(messages.Kind(message)) + dot + file + dot +
+    const std::wstring line = messages.From(message) + dot + KindName(messages.Kind(message)) +
+                              dot + file + dot +
                               (messages.IsProcessed(message) ? L"processed" : L"unprocessed");
     std::wstring shown = text ? text->fields : why;
     if (text && !text->fields.empty())
@@ -178,7 +178,9 @@ void TickerWindow::Layout() {
         top = row;
     }
     const int box = width - mLook.Scaled(150);
-    Place(mFilter, margin, top + margin, box, top + margin + row);
+    const int filter = mLook.LineHeight() + mLook.Scaled(6);
+    Place(mFilter, margin, top + margin + (row - filter) / 2, box,
+          top + margin + (row + filter) / 2);
     Place(mOnlyUnprocessed, box + 2 * margin, top + margin, width - margin, top + margin + row);
     top += row + 2 * margin;
 

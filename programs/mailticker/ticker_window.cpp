@@ -28,7 +28,7 @@ TickerWindow::TickerWindow(const std::wstring& path, bool inTray)
       mTaskbarCreated(RegisterWindowMessageW(L"TaskbarCreated")), mFolder(Handle(), kFolderChanged),
       mUsers(Handle(), kUsersChanged), mTray(Handle(), kTrayEvent),
       mLine(Handle(),
-            [this](const std::wstring& key) {
+            [this](const std::string& key) {
                 mList.Select(mInbox.RowOf(key));
                 SetFocus(mList.Handle());
             }),
@@ -252,7 +252,9 @@ void TickerWindow::UpdateLookedAt() {
     if (lookedAt == mIsLookedAt)
         return;
     mIsLookedAt = lookedAt;
-    if (!lookedAt) {
+    if (lookedAt) {
+        mTray.Tell({});
+    } else {
         mInbox.ForgetNew();
         mUserChanged = false;
         mNotLookedAtSince = GetTickCount64();
@@ -368,8 +370,7 @@ void TickerWindow::OpenSelected() {
     if (message < 0)
         return;
     std::wstring why;
-    const std::wstring copy =
-        mCopies.Make(FolderOf(mPath), std::wstring(mInbox.All().File(message)), why);
+    const std::wstring copy = mCopies.Make(FolderOf(mPath), mInbox.All().File(message), why);
     const auto open = [&](const wchar_t* verb) {
         return reinterpret_cast<INT_PTR>(ShellExecuteW(Handle(), verb, copy.c_str(), nullptr,
                                                        nullptr, SW_SHOWNORMAL)) > 32;

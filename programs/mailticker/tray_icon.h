@@ -19,7 +19,7 @@ public:
     // False where there is no tray.
     bool IsThere() const { return mIsThere; }
     void Show(std::size_t number, IconMood mood, const std::wstring& tip);
-    // A balloon beside it.
+    // A balloon beside it; none any more for an empty notice.
     void Tell(const Notice& notice);
 
 private:

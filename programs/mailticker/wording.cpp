@@ -72,12 +72,12 @@ std::wstring Tooltip(const Inbox& inbox) {
 }
 
 std::wstring TopicOf(const Messages& messages, std::size_t message) {
-    const std::wstring_view topic = messages.Topic(message);
-    return topic.empty() ? L"(no topic)" : std::wstring(topic);
+    const std::wstring topic = messages.Topic(message);
+    return topic.empty() ? L"(no topic)" : topic;
 }
 
 std::wstring OneLine(const Messages& messages, std::size_t message) {
-    return std::wstring(messages.From(message)) + kDash + TopicOf(messages, message);
+    return messages.From(message) + kDash + TopicOf(messages, message);
 }
 
 Notice ArrivalNotice(const Inbox& inbox) {
@@ -86,7 +86,7 @@ Notice ArrivalNotice(const Inbox& inbox) {
     if (arrived.empty())
         return {};
     if (arrived.size() == 1)
-        return {std::wstring(messages.From(arrived[0])), TopicOf(messages, arrived[0])};
+        return {messages.From(arrived[0]), TopicOf(messages, arrived[0])};
     // What a balloon has room for.
     constexpr std::size_t kLines = 4;
     Notice notice = {Counted(arrived.size(), L"new message", L"new messages"), L""};

@@ -108,6 +108,10 @@ TEST_F(MailTicker, TellsOfMailThatArrivesWhileNobodyLooks) {
                    L"3 unprocessed, 1 new, newest: Yuki Sato \u2013 Re: Minutes") !=
                std::wstring::npos;
     })) << testing::PrintToString(mTicker->TrayTexts());
+    // The balloon.
+    EXPECT_TRUE(Comes([&] {
+        return mTicker->TrayTexts().find(L"\nRe: Minutes\n") != std::wstring::npos;
+    })) << testing::PrintToString(mTicker->TrayTexts());
     // A free slot that is used again, a mark that is taken back: arrived is what was not there.
     Overwrite(mPath, 2 * 316 + 2, "\1");
     Overwrite(mPath, 3 * 316 + 3, Bytes("\0"));

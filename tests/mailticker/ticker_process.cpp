@@ -143,7 +143,7 @@ void TickerProcess::SelectRow(int row) {
 
 // The tray's tooltips belong to the shell.
 std::wstring TickerProcess::TrayTexts() const {
-    std::wstring texts;
+    std::wstring texts = L"\n";
     HWND tip = nullptr;
     while ((tip = FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr)) != nullptr) {
         if (ProcessOf(tip) == ProcessOf(mWindow) || ProcessOf(tip) == GetCurrentProcessId())
