@@ -26,12 +26,13 @@ public:
     void StreamMoved() { mfMoved = true; }
 
 private:
+    void MakeBlock(unsigned int records);
     bool ReadBlock();
 
     std::istream& mIn;
     std::streamoff mPosition; // of the next block
     bool mfMoved;
-    unsigned int mBlockRecords;
+    unsigned int mBlockRecords; // read at once
     std::unique_ptr<DiskDirRec[]> mBlock;
     DiskDirRec* mNext;
     DiskDirRec* mEnd;
