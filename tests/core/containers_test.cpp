@@ -19,36 +19,6 @@ static std::string Contents(const S_List& list) {
     return names + " " + Name(list.mpoCurrent);
 }
 
-TEST(SList, InsertsBesideTheFirstNodeOfAnItemOrAppends) {
-    S_List list;
-    EXPECT_EQ(list.InsertBefore(Item('b'), Item('h')), 1); // not in the list
-    EXPECT_EQ(list.InsertBefore(Item('a'), Item('b')), 1);
-    EXPECT_EQ(list.InsertAfter(Item('c'), Item('b')), 1);
-    EXPECT_EQ(list.InsertAfter(Item('a'), nullptr), 1);
-    EXPECT_EQ(list.InsertBefore(nullptr, Item('a')) + list.AppendItem(nullptr), 0);
-    list.mpoCurrent = list[3];
-    EXPECT_EQ(list.InsertAfterCurrent(Item('d')), 1);
-    EXPECT_EQ(list.InsertBeforeCurrent(Item('e')), 1);
-    EXPECT_EQ(Contents(list), "eadbca a");
-}
-
-TEST(SList, RemovesTheFirstNodeAndMovesTheCursorOffIt) {
-    S_List list;
-    for (char name : {'a', 'b', 'a', 'c'})
-        list.AppendItem(Item(name));
-    list.Next();
-    EXPECT_EQ(list.RemoveItem(Item('a')), 1);
-    EXPECT_EQ(Contents(list), "bac b");
-    EXPECT_EQ(list.RemoveItem(Item('a')), 1);
-    EXPECT_EQ(list.RemoveItem(Item('a')) + list.RemoveItem(nullptr), 0);
-    list.Next();
-    EXPECT_EQ(list.RemoveItem(Item('c')), 1);
-    list.AppendItem(Item('d')); // behind the new last node
-    EXPECT_EQ(Contents(list), "bd -");
-    for (char name : {'b', 'd', '-', 'b'})
-        EXPECT_EQ(Name(list.Next()), name);
-}
-
 TEST(SList, NodesAreReusedAndHoldTheirOwnItems) {
     static char items[1000];
     for (int round = 0; round < 2; ++round) {

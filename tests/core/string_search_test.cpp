@@ -21,14 +21,6 @@ static std::vector<std::string> Fields(const std::string& text, char delimiter) 
     return fields;
 }
 
-TEST(Fields, LieBetweenSingleDelimiters) {
-    EXPECT_THAT(Fields("a::b", ':'), ElementsAre("a", "", "b"));
-    EXPECT_THAT(Fields(":x", ':'), ElementsAre("", "x"));
-    EXPECT_THAT(Fields("::x:", ':'), ElementsAre("", "", "x", ""));
-    EXPECT_THAT(Fields("", ':'), ElementsAre(""));
-    EXPECT_THAT(Fields("x\xE5y", '\xE5'), ElementsAre("x", "y"));
-}
-
 TEST(Fields, ReportBadQuestionsAndGoOn) {
     Reports reports;
     RBString text("a:b"), word("kept");
@@ -73,30 +65,6 @@ static std::string Find(const std::string& text, const char* pattern, int mode,
     const int found =
         RBString(text.c_str()).FindTextA(pattern, &start, &end, position, enumStringSearch(mode));
     return found ? std::to_string(start) + "-" + std::to_string(end) : "none";
-}
-
-TEST(FindText, ComparesAsTheModeSaysAndCountsFromThePosition) {
-    EXPECT_EQ(Find("Then the end", "the", 1), "1-3");
-    EXPECT_EQ(Find("Then the end", "the", 3), "6-8");
-    EXPECT_EQ(Find("Then THE end", "tHe", 2), "none");
-    EXPECT_EQ(Find("ein \xC4pfel", "\xE4PFEL", 1), "5-9");
-    EXPECT_EQ(Find("aaab", "ab", 0), "3-4");
-    EXPECT_EQ(Find("Then the end", "the", 0, 5), "2-4");
-    EXPECT_EQ(Find("Then the end", "the", 3, 6), "1-3");
-    EXPECT_EQ(Find("ab", "b", 0, 2), "1-1");
-    for (unsigned int position : {0u, 3u, 0xFFFFFFFEu, 0xFFFFFFFFu})
-        EXPECT_EQ(Find("ab", "b", 0, position), "none") << position;
-    EXPECT_EQ(Find("a", "", 0) + Find("", "a", 1) + Find("a", nullptr, 1), "nonenonenone");
-}
-
-TEST(FindText, JudgesAWordByItsNeighbours) {
-    EXPECT_EQ(Find("a scat cat sat", "cat", 2), "8-10"); // goes on after a failed word
-    // At the start of the scan and one behind it the character after the match decides.
-    EXPECT_EQ(Find("cats at", "cat", 2), "none");
-    EXPECT_EQ(Find("xcat sat", "cat", 2), "2-4");
-    // Where the text's last character follows, the one before the match decides.
-    EXPECT_EQ(Find("a cats", "cat", 2), "3-5");
-    EXPECT_EQ(Find("a cats", "cat", 3, 3), "1-3");
 }
 
 namespace {

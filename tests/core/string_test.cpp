@@ -19,10 +19,6 @@ static std::string Image(int lengthByte, const std::string& text) {
     return static_cast<char>(lengthByte) + text + '\0';
 }
 
-static const unsigned char* Pascal(const std::string& image) {
-    return reinterpret_cast<const unsigned char*>(image.data());
-}
-
 static std::string Many(unsigned int n, char c = 'x') { return std::string(n, c); }
 
 TEST(StringValue, HasOneEmptyFormFromWhichItGrows) {
@@ -38,33 +34,6 @@ TEST(StringValue, HasOneEmptyFormFromWhichItGrows) {
         text.concat(noText).concat("tex").concat('t').concat('\0').concat(noPascalText);
         EXPECT_EQ(Stored(text), Image(4, "text"));
     }
-}
-
-TEST(StringValue, LengthByteStopsAt253) {
-    for (int length : {1, 253, 254, 300, 10000}) {
-        const std::string text = Many(length), allButOne = text.substr(1);
-        RBString put, grown(allButOne.c_str()), cut((text + "yz").c_str()), sized;
-        put.puts(cut.Text(), length);
-        grown.concat('x');
-        cut.Truncate(length);
-        std::strcpy(sized.AdjustSize(20000), text.c_str());
-        sized.AdjustSize(0);
-        for (const RBString& string :
-             {put, grown, cut, sized, RBString(2, allButOne.c_str(), "x", "y"),
-              RBString(9, allButOne.c_str(), "x", nullptr, "y")})
-            EXPECT_EQ(Stored(string), Image(std::min(length, 253), text));
-    }
-}
-
-TEST(StringValue, KeepsAPascalLengthByteUntilItRecounts) {
-    RBString text("before"), built(Pascal(Image(255, Many(255))));
-    text.puts(Pascal(Image(255, Many(255))));
-    EXPECT_EQ(Stored(text), Image(255, Many(255)));
-    text.AdjustSize(300);
-    EXPECT_EQ(Stored(text), Image(253, Many(255)));
-    EXPECT_TRUE(text == Pascal(Image(253, Many(253)))); // compares as far as it claims
-    built.concat(Pascal("\x02yz")).puts(built).concat(built);
-    EXPECT_EQ(Stored(built), Image(253, Many(255) + "yz" + Many(255) + "yz"));
 }
 
 TEST(StringSharing, ReplacingDetachesAndChangingCaseDoesNot) {
@@ -132,17 +101,6 @@ TEST(StringErrors, AreShownAndLeaveTheValue) {
     text.SetCharUpper(0);
     *text.charAt(3) = 'z';
     EXPECT_EQ(Stored(text), Image(3, "abz"));
-}
-
-TEST(StringText, ComparesInTheLocalesOrderAndStripsItsEnds) {
-    const RBString a("a"), b("B"), upper("A");
-    EXPECT_TRUE(a < b && b > a && !(a > b) && !(a < a) && a != upper && a == "a" && a != "ab");
-    EXPECT_TRUE(a.StrICmp(b) < 0 && b.StrICmp(a) > 0 && a.StrICmp(upper) == 0);
-    const char* const ends[] = {"  ab  ", "ab  ", "  ab", "ab"};
-    for (unsigned int where : {0u, 1u, 2u, 3u}) {
-        EXPECT_STREQ(RBString("  ab  ").StripChars(' ', where).Text(), ends[where]);
-        EXPECT_STREQ(RBString("  ").StripChars(' ', where).Text(), where ? "" : "  ");
-    }
 }
 
 TEST(StringFormat, EstimatesItsRoomAndGoesBeyondTheEstimate) {

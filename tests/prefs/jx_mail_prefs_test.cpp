@@ -2,9 +2,9 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/support/pref_bytes.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/resource_text.h"
 #include "tests/support/scratch.h"
 
@@ -64,49 +64,6 @@ TEST_F(MailPrefs, NewFileHoldsTheDefaults) {
     EXPECT_TRUE(mBoxes.Shown().empty());
 }
 
-// An a with two dots is 0xE4 in memory and 0x84 in the file, where it is converted.
-TEST_F(MailPrefs, TextsAreOemInTheFile) {
-    std::string ansi = With(DefaultRecord(), 8, "kept"), oem = ansi;
-    const auto put = [&](std::vector<unsigned int> offsets, std::string inMemory,
-                         std::string inFile) {
-        for (unsigned int offset : offsets) {
-            ansi = With(ansi, offset, inMemory);
-            oem = With(oem, offset, inFile);
-        }
-    };
-    put({168, 174, 180, 212, 246, 346, 380, 514, 648, 988}, "\x01\xE4", "\x01\x84");
-    put({16, 32, 48, 64, 80, 96}, "\xE4", "\x84");
-    put({782, 922, 955, 1244}, "\x01\xE4", "\x01\xE4");
-    put({280}, "\x02\\\xE4", "\x02\\\x84");
-    EXPECT_TRUE(Read(oem) == 1 && RecordOf(mPrefs) == ansi);
-    EXPECT_STREQ(mPrefs.MailDirectory().Text(), "C:\\\xE4\\");
-    SetMailDirectory("\\\xE4");
-    EXPECT_TRUE(mPrefs.WriteJXPrefs() == 1 && RecordOf(mPrefs) == ansi);
-    EXPECT_EQ(ReadFileBytes(mPath), File(oem));
-}
-
-TEST_F(MailPrefs, ReadingSplitsAddressesAndFindsTheFolders) {
-    const std::string hosts = With(DefaultRecord(), 782, Pascal("smtp7:2525"));
-    const std::string record = With(hosts, 380, Pascal("anna@pop7:1110"));
-    WriteFileBytes(mPath, File(With(record, 280, Pascal("\\MAIL"))));
-    JXMailPrefs prefs(mUser, 0);
-    EXPECT_TRUE(prefs.IsValid() == 1 && prefs.GetPopPort() == 1110 && prefs.GetSmtpPort() == 2525);
-    EXPECT_EQ(prefs.GetPopAccount() + std::string("/") + prefs.GetSmtpHost(), "anna@pop7/smtp7");
-    RBString folder;
-    prefs.GetBackgndWorkDir(&folder);
-    EXPECT_STREQ(folder.Text(), "C:\\MAIL\\BckgWork\\");
-    // Built without permission to write, it does not, and says that all is well.
-    const std::string file = ReadFileBytes(mPath);
-    prefs.SetReturnAddress("other");
-    EXPECT_TRUE(prefs.WriteJXPrefs() == 1 && ReadFileBytes(mPath) == file);
-    // Without ports, the next read goes back to the usual ones.
-    ASSERT_EQ(Read(With(record, 380,
-                        Bytes("\x04"
-                              "anna\0"))),
-              1);
-    EXPECT_TRUE(mPrefs.GetPopPort() == 110 && mPrefs.GetSmtpPort() == 2525);
-}
-
 TEST_F(MailPrefs, TextsStayInTheirFields) {
     const std::string x(10000, 'x'), path = "C:\\" + std::string(70, 'm');
     mPrefs.SetReturnAddress(x.c_str());
@@ -139,40 +96,6 @@ TEST_F(MailPrefs, TextsStayInTheirFields) {
     EXPECT_EQ(mPrefs.GetReturnAddress().Length(), 132u);
     for (unsigned int seed = 1; seed <= 50; ++seed)
         EXPECT_TRUE(Read(RandomBytes(seed, 1500)) == 1 && mPrefs.WriteJXPrefs() == 1);
-}
-
-TEST_F(MailPrefs, EachTextIsReadFromItsField) {
-    std::string record = With(With(DefaultRecord(), 380, "\x03pop"), 514, "\x06return");
-    record = With(With(record, 648,
-                       "\x06"
-                       "domain"),
-                  782, "\x04smtp");
-    for (char level = 0; level < 5; ++level)
-        record = With(record, 32 + level * 16, "level " + std::string(1, '0' + level));
-    ASSERT_EQ(Read(record), 1);
-    EXPECT_STREQ(mPrefs.GetReturnAddress().Text(), "return");
-    EXPECT_STREQ(mPrefs.GetDefaultDomain().Text(), "domain");
-    for (unsigned int level = 0; level < 5; ++level)
-        EXPECT_EQ(mPrefs.GetPriority(level).Text(), "level " + std::to_string(level));
-}
-
-TEST_F(MailPrefs, CopyReadsAndWritesItsOwnRecord) {
-    const std::string pop = With(DefaultRecord(), 380, Pascal("anna@pop7:1110"));
-    const std::string record = With(With(pop, 782, Pascal("smtp7:2525")), 280, Pascal("C:\\MAIL"));
-    ASSERT_EQ(Read(record), 1);
-    JXMailPrefs copy(0);
-    copy = mPrefs;
-    EXPECT_EQ(RecordOf(copy), record);
-    EXPECT_TRUE(copy.IsValid() == 1 && copy.GetPopPort() == 1110 && copy.GetSmtpPort() == 2525);
-    EXPECT_STREQ(copy.MailDirectory().Text(), "C:\\MAIL\\");
-    mPrefs.SetReturnAddress("mine");
-    copy.SetReturnAddress("copy");
-    EXPECT_EQ(copy.WriteJXPrefs(), 1);
-    EXPECT_EQ(ReadFileBytes(mPath), File(With(record, 514, Pascal("copy"))));
-    copy.SetReturnAddress("lost");
-    EXPECT_EQ(copy.ReadJXPrefs(), 1);
-    EXPECT_EQ(RecordOf(copy), With(record, 514, Pascal("copy")));
-    EXPECT_EQ(RecordOf(mPrefs), With(record, 514, Pascal("mine")));
 }
 
 TEST_F(MailPrefs, OtherApplicationsBlockIsReadIntoItsTag) {

@@ -79,22 +79,6 @@ TEST_F(SystemPrefs, WalksASectionByItsKeyNames) {
     EXPECT_TRUE(names == 319 || names == 320) << names;
 }
 
-TEST_F(SystemPrefs, ReadsASectionsLinesFromTheOpenedFile) {
-    Lines("k=outside\n[mailbox]\nk=wrong\n  [MAIL] ; comment\n\n no setting\n"
-          "  name = value \t\n;=\na=b=c\n\tempty = \n[next]\nk=next\n");
-    Open();
-    for (const char* line : {"name :value:5", ";::0", "a:b=c:3", "empty ::0", "empty ::-1",
-                             "k:next:4", "k::-2", "k::-2"})
-        EXPECT_EQ(Line("mail"), line);
-}
-
-// Text mode takes the carriage return away before the reader sees it.
-TEST_F(SystemPrefs, CarriageReturnIsPartOfALine) {
-    Lines("[s]\r\nk=v\r\n");
-    Open();
-    EXPECT_EQ(Line("s"), "k:v\r:2");
-}
-
 TEST_F(SystemPrefs, LinesAreCutToTheirBuffers) {
     const std::string key(798, 'k'), value(801, 'v'), line = key + "=" + value; // 1,600 characters
     Lines("[s]\nname=value\n" + line + "\n" + std::string(10000, 'k') + "=\na=b\n");

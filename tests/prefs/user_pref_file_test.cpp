@@ -2,9 +2,9 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/support/pref_bytes.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/resource_text.h"
 #include "tests/support/scratch.h"
 #include "tests/support/unrenamed_file.h"
@@ -54,14 +54,6 @@ protected:
     const std::string mText = std::string(kSize, 'f'), mOther = mSecond.bytes;
 };
 
-TEST_F(PrefFile, NewFileHoldsTheBlockAsItStandsInMemory) {
-    ASSERT_EQ(mFile.CreatePrefsFile(mPath.c_str()), 1);
-    // What follows the creation is not read; the next is.
-    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == mText);
-    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == ScrambledBlock(mText));
-    EXPECT_EQ(Closed(), Header(1) + Entry(1, 1, 58) + mText);
-}
-
 TEST_F(PrefFile, CopyGoesOnWhereItsOriginalStands) {
     ASSERT_EQ(mFile.CreatePrefsFile(mPath.c_str()), 1);
     const std::string file = Closed();
@@ -81,41 +73,6 @@ TEST_F(PrefFile, CopyGoesOnWhereItsOriginalStands) {
     EXPECT_EQ(copy.CreatePrefsFile(mPath.c_str()), 1);
     copy.ClosePrefFile();
     EXPECT_EQ(ReadFileBytes(mPath), file); // the tag is its original's
-}
-
-TEST_F(PrefFile, BlocksAreScrambledInTheFileAlone) {
-    const std::string text = RandomBytes(1, kSize);
-    Open(OneBlock(text));
-    EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 0) == 1 && mApp.bytes == text);
-    mApp.bytes.replace(0, kSize, mText);
-    EXPECT_TRUE(mFile.WriteAppPrefs(mApp.tag) == 1 && mApp.bytes == mText);
-    // A block of another size is not written.
-    for (unsigned int size : {0u, kSize - 1, kSize + 1, 65535u}) {
-        PrefApp other(0x0701, std::string(size, 'o'));
-        EXPECT_EQ(mFile.WriteAppPrefs(other.tag), 1);
-    }
-    EXPECT_EQ(Closed(), OneBlock(mText));
-    EXPECT_FALSE(FileThere(mBackup));
-}
-
-TEST_F(PrefFile, FurtherBlockRebuildsTheFileAndKeepsTheOldOne) {
-    for (const char* name : {"RB.BAK", "RB.TMP"})
-        WriteFileBytes(mFolder.Path(name), std::string(500, 'x'));
-    Open(OneBlock(mText));
-    EXPECT_TRUE(mFile.WriteAppPrefs(mSecond.tag) == 1 && mSecond.bytes == mOther);
-    EXPECT_EQ(ReadFileBytes(mBackup), OneBlock(mText));
-    // One that is not found stays scrambled in memory; added by reading, it is so in the file.
-    PrefApp third(0x0703, mText);
-    EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 0) == 0 && third.bytes == ScrambledBlock(mText));
-    EXPECT_TRUE(mFile.ReadAppPrefs(third.tag, 1) == 1 && third.bytes == ScrambledBlock(mText));
-    const unsigned int size = mOther.size();
-    const std::string blocks = ScrambledBlock(mText) + ScrambledBlock(mOther);
-    EXPECT_EQ(Closed(), Header(3) + Entry(1, 1, 82) + Entry(2, 2, 82 + kSize, size) +
-                            Entry(3, 3, 82 + kSize + size) + blocks + ScrambledBlock(mText));
-    EXPECT_EQ(ReadFileBytes(mBackup),
-              Header(2) + Entry(1, 1, 70) + Entry(2, 2, 70 + kSize, size) + blocks);
-    EXPECT_FALSE(FileThere(mFolder.Path("RB.TMP")));
-    EXPECT_TRUE(mBoxes.Shown().empty());
 }
 
 TEST_F(PrefFile, DamagedFileIsReportedAndLeftAsItWas) {

@@ -4,8 +4,6 @@
 
 static const std::string kAlter = "Error BaseDirFile: AlterDirectoryBlock()";
 static const std::string kFileError = Base("0|Error BaseDirFile: DeleteOldMail(), File error");
-static const std::string kNotCreated = Base("0|Error BaseDirFile: CreateDFile()");
-static const std::string kNoRecord = Base("0|Error BaseDirFile: CreateDFile(), writing record");
 
 class BaseDirFileTest : public MailFolder {};
 
@@ -25,17 +23,6 @@ TEST(JXDatHeader, KeepsThirtyTwoCharactersAndTheWholeLength) {
     EXPECT_TRUE(!(cut >> header) && header.number == 0x0506);
 }
 
-TEST_F(BaseDirFileTest, CreatesAHeaderOrNothing) {
-    Write(std::string(5000, 'x'));
-    EXPECT_EQ(Left(mFile.CreateDFile()), "1" + kHeader);
-    EXPECT_EQ(Left(mMessages.CreateDFile()), "1");
-    Write("kept");
-    EXPECT_EQ(Left(mForeign.CreateDFile()), "0kept");
-    CreateDirectoryA("FOLDER", nullptr);
-    EXPECT_EQ(DFile(keDirFolder, "FOLDER").CreateDFile(), 1);
-    EXPECT_EQ(Names(), "FOLDER INBOX.DAT ");
-}
-
 TEST_F(BaseDirFileTest, IsBuiltFromTheFoldersMessageFiles) {
     const std::string own = With(Message("A", "LONG NAME OF BEFORE.EML"), 70, "zz");
     WriteFileBytes("A.EML", Free(own) + "text of the message");
@@ -50,16 +37,6 @@ TEST_F(BaseDirFileTest, IsBuiltFromTheFoldersMessageFiles) {
     SetCurrentDirectoryA("..");
     EXPECT_EQ(Read(), With(own, 38, Pascal("A.EML")) +
                           With(Message("", "B.EML"), 0, Bytes("\0\0\x01\0\0 ")));
-}
-
-TEST_F(BaseDirFileTest, ReportsEachMessageFileThatHasNoRecordAndOnceMore) {
-    WriteFileBytes("A.EML", Cut(Message("A")));
-    WriteFileBytes("B.EML", Message("B", "B.EML"));
-    EXPECT_EQ(Left(mMessages.CreateDFile()), "1" + Message("B", "B.EML")); // as the last one went
-    EXPECT_EQ(Reports(), kNoRecord + kNotCreated);
-    WriteFileBytes("C.EML", "");
-    EXPECT_EQ(Left(mMessages.CreateDFile()), "0" + Message("B", "B.EML"));
-    EXPECT_EQ(Reports(), kNoRecord + kNoRecord + kNotCreated);
 }
 
 TEST_F(BaseDirFileTest, DamagedMessageFilesStayInTheirFieldsAndLongNamesAreRefused) {
@@ -77,60 +54,6 @@ TEST_F(BaseDirFileTest, DamagedMessageFilesStayInTheirFieldsAndLongNamesAreRefus
         EXPECT_EQ(mFile.AddMessage(&message), taken) << file;
     }
     EXPECT_EQ(Read().substr(316), Message("long", name + ".EML"));
-}
-
-TEST_F(BaseDirFileTest, AppendsAtTheVeryEndOfAFileThatIsThere) {
-    const std::string added = Message("A", "A.EML");
-    WriteFileBytes("A.EML", added + "text");
-    WriteFileBytes("SHORT.EML", Cut(added));
-    RbFile message(mFolder.Path("A.EML").c_str()), cut(mFolder.Path("SHORT.EML").c_str());
-    // The rest of a write that was broken off gives way, and a header is there before the first
-    // record.
-    for (const std::string& rest : {std::string(), std::string("odd"), std::string(315, 'o')}) {
-        Write(rest);
-        EXPECT_EQ(Left(mFile.AddMessage(&cut)), "0" + rest);
-        EXPECT_EQ(Left(mFile.AddMessage(&message)), "1" + kHeader + added);
-        Write(kHeader + added + rest);
-        EXPECT_EQ(Left(mFile.AddMessage(&message)), "1" + kHeader + added + added);
-        Write(rest);
-        EXPECT_EQ(Left(mMessages.AddMessage(&message)), "1" + added);
-        EXPECT_EQ(Left(mMessages.AddMessage(&cut)), "0" + added);
-    }
-    EXPECT_TRUE(mMissing.AddMessage(&message) == 0 && !message.isOpen());
-    // An open one is read from its start, and stays where it was.
-    DirectoryRecord record;
-    for (RbFile* open : {&message, &cut}) {
-        ASSERT_TRUE(open->Open(keOpenRead));
-        open->seekg(7L);
-        EXPECT_EQ(mFile.ReadDDR(*open, record), open == &message);
-        EXPECT_TRUE(open->isOpen() && open->tellg() == 7);
-        open->close();
-    }
-}
-
-TEST_F(BaseDirFileTest, FindsTheFirstWholeUsedRecordThatIsTheSameMessage) {
-    DirectoryRecord a = Record(Message("A")), cut = Record(Message("c"));
-    DirectoryRecord broken = Record(Broken(Message("\x01")));
-    for (DFile* file : {&mFile, &mForeign, &mMessages}) {
-        const std::string header = file == &mMessages ? "" : Message("A");
-        const long found = static_cast<long>(header.size()) + 632;
-        Write(header + Free(Message("A")) + Message("\x01") + Status(Message("A"), 0x81) +
-              Message("A") + Message(" ") + Cut(Message("c")));
-        EXPECT_EQ(file->FindRecord(a, keFindPosition), found);
-        EXPECT_EQ(file->FindRecord(a, keFindExisting), -3);
-        EXPECT_EQ(file->FindRecord(cut, keFindPosition), -2);
-        EXPECT_EQ(file->FindRecord(cut, keFindExisting), -2);
-        // The probe is repaired, stored records are not.
-        EXPECT_EQ(file->FindRecord(broken, keFindPosition), found + 632);
-        ASSERT_TRUE(!file->isOpen() && file->Open(keOpenRead));
-        EXPECT_EQ(file->FindRecord(a, keFindPosition), found);
-        EXPECT_EQ(file->tellg(), found);
-        file->setstate(std::ios::badbit);
-        EXPECT_EQ(file->FindRecord(a, keFindPosition), -1);
-        file->close();
-    }
-    EXPECT_EQ(Written(broken), With(Message(" "), 0, Bytes("\0\0")));
-    EXPECT_EQ(mMissing.FindRecord(a, keFindPosition), -1);
 }
 
 TEST_F(BaseDirFileTest, AltersByPositionAndProbeInAnOpenFileAlone) {
@@ -182,30 +105,4 @@ TEST_F(BaseDirFileTest, AltersBySlotAndLeavesTheFileAsItWas) {
     EXPECT_EQ(Read(), Message("header") + Message("A") + Message("B"));
     EXPECT_EQ(mMissing.AlterDirectoryBlock(record, 0u, 1), -1);
     EXPECT_EQ(Reports(), Base("0|" + kAlter + ", can't OPEN file"));
-}
-
-TEST_F(BaseDirFileTest, CountsUsedRecordsAnewEachTime) {
-    const std::string late = Date(Message("C"), 0x99223344), last = Date(late, 0xFFFFFFFF);
-    const auto told = [](BaseDirFile& file) {
-        return std::to_string(file.UsedCount()) + " " + std::to_string(file.UnprocessedCount()) +
-               " " + std::to_string(file.NewestDate()) + " " +
-               std::to_string(file.HasUnprocessedKind1());
-    };
-    const auto counts = [&](BaseDirFile& file, int result) {
-        EXPECT_EQ(file.GetInfo(keInfoAll), result);
-        return told(file);
-    };
-    EXPECT_TRUE(told(mFile) == "0 0 0 0" && mFile.IsGood());
-    Write(last + Status(late, 1) + Kind(Message("D"), 2) + Free(last) + Broken(last) +
-          With(last, 5, "\x1F") + Cut(last));
-    EXPECT_EQ(counts(mFile, 1), "2 1 2569155396 0");
-    EXPECT_EQ(counts(mMessages, 1), "3 2 4294967295 1");
-    ASSERT_TRUE(mFile.CheckDateStamp() && mFile.Open(keOpenRead));
-    mFile.seekg(9L);
-    EXPECT_EQ(mFile.GetInfo(static_cast<enumGetInfoOptions>(1)), 1);
-    EXPECT_TRUE(mFile.isOpen() && mFile.tellg() == 9);
-    mFile.close();
-    DeleteFileA("INBOX.DAT");
-    EXPECT_EQ(counts(mFile, 0), "0 0 0 0");
-    EXPECT_EQ(mFile.CheckDateStamp(), 0);
 }

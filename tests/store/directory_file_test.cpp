@@ -6,15 +6,10 @@
 
 #include "tests/store/mail_folder.h"
 
-static int idleCalls;
-static void CountIdle() { idleCalls++; }
+static void Idle() {}
 
 class DirectoryFileTest : public MailFolder {
 protected:
-    int Check(DirectoryFile& file, int options) {
-        idleCalls = 0;
-        return file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(options), CountIdle);
-    }
     static std::string TextOf(RB_Container<DirectoryRecord>& list) {
         std::string records;
         for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
@@ -25,79 +20,13 @@ protected:
     // The records taken, or the result when there are none.
     std::string Take(DirectoryFile& file, int option) {
         const auto options = static_cast<enumGetDDROptions>(option);
-        idleCalls = 0;
         mTaken.ClearContainer();
-        const int result = file.GetUnprocessedDDRs(&mTaken, CountIdle, options);
+        const int result = file.GetUnprocessedDDRs(&mTaken, Idle, options);
         const std::string taken = Taken();
         EXPECT_EQ(result == 2, !taken.empty());
         return taken.empty() ? std::to_string(result) : taken;
     }
 };
-
-TEST_F(DirectoryFileTest, ProcessableIsUsedUnprocessedOfAKindAndNotTaken) {
-    const auto ok = [&](const std::string& bytes) {
-        DirectoryRecord record = Record(bytes);
-        const int installable = mFile.OkToProcess(&record, keCheckInstallable);
-        EXPECT_EQ(mFile.OkToProcess(&record, keGetInstallable), installable);
-        EXPECT_EQ(mFile.OkToProcess(&record), mFile.OkToProcess(&record, keGetInstallRequests));
-        return mFile.OkToProcess(&record, keCheckAlways) * 10 + installable;
-    };
-    const std::string a = Message("A");
-    EXPECT_EQ(ok(Attributes(Status(a, 0xFE), 0xC0FF)), 10);
-    EXPECT_EQ(ok(Attributes(a, 0x1000)), 11);
-    EXPECT_EQ(ok(Kind(Attributes(a, 0x2000), 9)), 11);
-    for (int taken : {0x3100, 0x3200, 0x3400, 0x3800})
-        EXPECT_EQ(ok(Attributes(a, taken)), 0) << taken;
-    for (const std::string& no : {Kind(a, 0), Status(a, 1), Free(a), Broken(a)})
-        EXPECT_EQ(ok(Attributes(no, 0x3000)), 0);
-}
-
-TEST_F(DirectoryFileTest, ChecksForTheFirstRecordToProcess) {
-    const std::string a = Message("A"), done = Status(a, 1);
-    EXPECT_TRUE(Check(mMissing, 0) == 2 && Check(mMissing, 1) == 1 && idleCalls == 0);
-    Write(a + done + Free(a) + Cut(a));
-    EXPECT_EQ(Check(mFile, 0), 2);
-    EXPECT_EQ(idleCalls, 1 + 2 + 2 + 1);
-    // Behind a header, whether there is one or not.
-    EXPECT_EQ(Check(mMessages, 0), 2);
-    Write(kHeader + done + a + Attributes(a, 0x2000));
-    EXPECT_EQ(Check(mFile, keCheckAlways), 3);
-    EXPECT_EQ(idleCalls, 1 + 2 + 2);
-    EXPECT_EQ(Check(mFile, keCheckInstallable), 3);
-    EXPECT_EQ(idleCalls, 1 + 2 + 2 + 2);
-    Write("");
-    EXPECT_EQ(Check(mFile, 0), 2);
-}
-
-TEST_F(DirectoryFileTest, TakesRecordsOnceAndMarksThemInTheFileFirst) {
-    const std::string a = Status(Message("A"), 0x40), b = Attributes(Message("B"), 0x1002);
-    const std::string c = Kind(Message("C"), 9), taken = Attributes(Kind(c, 6), 0x0400);
-    const std::string done = Status(Message("D"), 0x41), tail = done + Broken(b) + Cut(b);
-    const std::string aTaken = Attributes(a, 0x0400), bTaken = Attributes(b, 0x1402);
-    Write(kHeader + c + b + Free(a) + a + tail);
-    EXPECT_EQ(Take(mFile, keGetInstallable), bTaken);
-    EXPECT_EQ(Read(), kHeader + c + bTaken + Free(a) + a + tail);
-    EXPECT_EQ(Take(mFile, 3), taken + aTaken);
-    EXPECT_EQ(idleCalls, 1 + 3 + 1 + 0 + 3 + 1);
-    EXPECT_EQ(Take(mFile, keGetProcessable), "1");
-    // Requests are taken whatever else holds, and their attributes stay.
-    EXPECT_EQ(Take(mFile, keGetInstallRequests), Status(aTaken, 0) + Status(done, 1));
-    EXPECT_EQ(Read(), kHeader + taken + bTaken + Free(a) + Status(aTaken, 0) + Status(done, 1) +
-                          Broken(b) + Cut(b));
-    EXPECT_EQ(Take(mFile, keGetInstallRequests), "1");
-    EXPECT_EQ(Take(mMissing, keGetProcessable), "1");
-    EXPECT_EQ(Take(mMissing, keGetInstallRequests), "1");
-    EXPECT_EQ(Reports(), Inbox("fGood"));
-}
-
-TEST_F(DirectoryFileTest, InstallableRecordsAreThoseWithTheRequestAndLoseIt) {
-    const std::string installable = Attributes(Message("A"), 0x1000);
-    const std::string b = Status(Message("B"), 0x40), done = Status(Message("C"), 0x41);
-    Write(kHeader + installable + b + done);
-    mFile.GetInstallableDDRs(&mTaken);
-    EXPECT_EQ(Taken(), Status(b, 0) + Status(done, 1));
-    EXPECT_EQ(Read(), kHeader + installable + Status(b, 0) + Status(done, 1));
-}
 
 // Calls its own AddObject for each record.
 struct CountingContainer : RB_Container<DirectoryRecord> {
@@ -276,27 +205,6 @@ TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
         CloseHandle(held);
         EXPECT_EQ(Read(), bytes);
     }
-}
-
-TEST_F(DirectoryFileTest, TrimsFreeSlotsAtTheEndOrEverywhere) {
-    const std::string a = With(Kind(Message("A"), 9), 4, "\xFF"), free = Free(a);
-    const auto trimmed = [&](DirectoryFile& file, const std::string& content) {
-        Write(content);
-        file.UpdateDFile();
-        return Read();
-    };
-    for (DFile* file : {&mFile, &mForeign}) {
-        EXPECT_EQ(trimmed(*file, kHeader + free + Broken(a) + free + free + free),
-                  kHeader + free + Broken(a));
-        EXPECT_EQ(trimmed(*file, kHeader + free + free), kHeader);
-        EXPECT_EQ(trimmed(*file, kHeader), kHeader);
-        EXPECT_EQ(trimmed(*file, kHeader + Cut(kHeader)).substr(0, 316), kHeader);
-    }
-    EXPECT_EQ(trimmed(mMessages, free + a + free + Broken(a) + Cut(a)), a + Broken(a));
-    EXPECT_EQ(trimmed(mMessages, free + free), "");
-    EXPECT_EQ(trimmed(mMessages, ""), "");
-    mMissing.UpdateDFile();
-    EXPECT_FALSE(DiskDriver::FileExists((WindowsDirectory() + "\\JPW*").c_str(), 0));
 }
 
 TEST_F(DirectoryFileTest, CopiesUsedRecordsNumberedByTheirSlots) {

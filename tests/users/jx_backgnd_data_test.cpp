@@ -45,28 +45,6 @@ TEST(BackgndData, ReadsAndWritesEveryField) {
     EXPECT_EQ(Written(data), ScrambledUserData(UserData(Texts())));
 }
 
-TEST(BackgndData, CutRecordFillsTheFieldsBeforeTheCut) {
-    const std::string plain = UserData(Texts());
-    unsigned int whole = 0, end = 12; // strings before the cut, and where the last one ends
-    for (unsigned int size = 1; size < plain.size(); ++size) {
-        JxBackgndData data = Old();
-        ASSERT_TRUE(Read(data, plain.substr(0, size)));
-        if (size == end + 4 + Texts()[whole].size())
-            end += 4 + Texts()[whole++].size();
-        Strings expected = Texts();
-        std::fill(expected.begin() + whole, expected.end(), "old");
-        if (size >= 12)
-            expected[whole] = ""; // the string that is cut
-        ASSERT_EQ(ScrambledUserData(Written(data)), UserData(expected)) << size;
-        // The account is taken apart at the very end.
-        EXPECT_EQ(Servers(data), whole > kSmtpHost ? "old 110 1 smtp7 2525" : "old 110 1 old 25");
-    }
-    JxBackgndData data = Old();
-    EXPECT_FALSE(Read(data, ""));
-    for (const char* length : {"\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFD", "\x7F\xFF\xFF\xFF"})
-        EXPECT_TRUE(Read(data, plain.substr(0, 12) + length + RandomBytes(1, 9000)));
-}
-
 TEST(BackgndData, RecordOfMoreThan8192BytesIsNotWritten) {
     JxBackgndData data, read = Old();
     const std::string largest(8192 - 116, 'x'); // numbers and empty strings are 116 bytes
@@ -75,23 +53,6 @@ TEST(BackgndData, RecordOfMoreThan8192BytesIsNotWritten) {
     EXPECT_TRUE(read.mstrSettings[15].Text() == largest && read.mstr16 == "");
     data.mstr16.puts("x");
     EXPECT_EQ(Written(data), "");
-}
-
-TEST(BackgndData, AddressIsCutAtItsColons) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"mail7:1110", "mail7 1110 1 1"}, {"host:n:995", "host 995 0 1"},
-        {"h:995:n:25x", "h 25 0 1"},      {"host:x7:N:n5: 9:-1", "host 110 1 1"},
-        {"h::25:", "h 25 1 1"},           {":7", " 7 1 1"},
-        {"h:65537", "h 1 1 1"},           {"", "before 110 1 0"}};
-    for (const auto& [text, expected] : cases) {
-        RBString host("before");
-        unsigned short port = 7;
-        int flag = 7;
-        const int found = JxBackgndData::ParseIP(text.c_str(), 110, &host, &port, &flag);
-        EXPECT_EQ(host.Text() + (" " + std::to_string(port)) + " " + std::to_string(flag) + " " +
-                      std::to_string(found),
-                  expected);
-    }
 }
 
 TEST(BackgndData, EmptyAddressesAreReportedAndTaken) {

@@ -24,15 +24,6 @@ protected:
                " " + std::to_string(user.Platform());
     }
     std::string Line(const std::string& line) { return Read(line + "\r\n"), Next(); }
-    std::string Exported(const char* name, int platform, int format, int encoding) {
-        MailUser user(name, "box7", static_cast<enumMessageFormat>(format),
-                      static_cast<enumEnclosureEncode>(encoding));
-        user.SetPlatform(static_cast<enumUserPlatformType>(platform));
-        Open(0x92);
-        EXPECT_EQ(user.Export(mFile), 0);
-        Open(0);
-        return ReadFileBytes(mPath);
-    }
 
     ScratchFolder mFolder;
     const std::string mPath = mFolder.Path("users.txt");
@@ -45,16 +36,6 @@ static std::string Fields(unsigned int platform, unsigned int format, unsigned i
     return "\t" + word(platform) + "\t" + word(format) + "\t" + word(encoding);
 }
 
-TEST_F(UserList, ExportsSettingsAsWords) {
-    const unsigned int cases[][6] = {{1, 1, 1, 720, 713, 718}, {2, 2, 2, 721, 715, 719},
-                                     {3, 3, 7, 722, 716, 725}, {4, 4, 3, 723, 714, 0},
-                                     {5, 5, 7, 724, 0, 725},   {6, 0, 0, 726, 0, 0}};
-    for (const auto& [platform, format, encoding, first, second, third] : cases)
-        EXPECT_EQ(Exported("Smith|Anna", platform, format, encoding),
-                  "Smith\tAnna\tbox7" + Fields(first, second, third) + "\r\n");
-    EXPECT_EQ(Exported("100%s", 0, 0, 0), "\t100%s\tbox7\t\t\t\r\n");
-}
-
 TEST_F(UserList, ExportToAFileThatCannotBeWrittenFails) {
     MailUser anna("Anna", std::string(10000, 'a').c_str(), keUserOrdinary), nobody;
     EXPECT_TRUE(anna.Export(mFile) == 2 && nobody.Export(mFile) == 1);
@@ -65,23 +46,6 @@ TEST_F(UserList, ExportToAFileThatCannotBeWrittenFails) {
     EXPECT_EQ(anna.Export(mFile), 2);
     Open(0);
     EXPECT_EQ(ReadFileBytes(mPath), "kept");
-}
-
-TEST_F(UserList, ImportsNamesAndAddressUpToTheirLimits) {
-    const std::string f15(15, 'f'), g16(16, 'g'), a111(111, 'a');
-    const std::pair<std::string, std::string> cases[] = {
-        {" Smith  \t Anna \tbox7   ", "0  Smith| Anna/box7"},
-        {"a\tb\tc\t\t\t\tmore\tfields", "0 a|b/c"},
-        {"Smith", "3 old/old"},
-        {"Smith\tAnna", "3 Smith|Anna/old"},
-        {"Smith\t  \tbox7", "6 Smith|/old"},
-        {f15 + "\t" + g16 + "\tbox7", "0 " + f15 + "|" + g16 + "/box7"},
-        {f15 + "f\t" + g16 + "\tbox7", "4 " + f15 + "f|" + g16 + "/old"},
-        {"a\tb\t" + a111, "0 a|b/" + a111},
-        {"a\tb\t" + a111 + "a" + Fields(0, 713, 718), "4 a|b/old"},
-        {std::string(10000, 'x'), "3 old/old"}};
-    for (const auto& [line, expected] : cases)
-        EXPECT_EQ(Line(line), expected + " 2 7 2") << line;
 }
 
 TEST_F(UserList, ImportedSettingsDecideThePlatform) {

@@ -1,0 +1,152 @@
+// The lock of a change and the replacement of a file, as other programs see them.
+
+#include <gtest/gtest.h>
+
+#include "postrider.h"
+#include "resident/core/windows_api.h"
+#include "resident/files/file_identity.h"
+#include "tests/support/reports.h"
+#include "tests/support/scratch.h"
+#include "tests/support/unrenamed_file.h"
+
+// Another program's handle on the byte at 1 TB.
+class OtherLock {
+public:
+    explicit OtherLock(const char* path)
+        : mFile(CreateFileA(path, GENERIC_READ,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            OPEN_EXISTING, 0, nullptr)) {}
+    ~OtherLock() { CloseHandle(mFile); }
+    bool Take() {
+        OVERLAPPED place = {};
+        place.OffsetHigh = 0x100;
+        return LockFileEx(mFile, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                          &place);
+    }
+    void Release() {
+        OVERLAPPED place = {};
+        place.OffsetHigh = 0x100;
+        UnlockFileEx(mFile, 0, 1, 0, &place);
+    }
+
+private:
+    const HANDLE mFile;
+};
+
+TEST(FileLock, KeepsOtherProgramsAwayUntilItsLastHolderReleasesIt) {
+    const ScratchFolder folder;
+    WriteFileBytes("A.DAT", "a");
+    WriteFileBytes("B.DAT", "b");
+    const FileSpec a(folder.Path("A.DAT").c_str()), b(folder.Path("B.DAT").c_str());
+    OtherLock other("A.DAT"), otherB("B.DAT");
+    {
+        FileLock first, second;
+        EXPECT_TRUE(first.Take(a, 0) == keLockTaken && first.IsHeld());
+        EXPECT_EQ(second.Take(a, 0), keLockTaken); // this process has it
+        EXPECT_FALSE(other.Take());
+        first.Release();
+        first.Release();
+        EXPECT_FALSE(first.IsHeld() || other.Take());
+        EXPECT_TRUE(otherB.Take());
+        EXPECT_EQ(second.Take(b, 0), keLockTimedOut); // gives up the first one all the same
+        EXPECT_TRUE(!second.IsHeld() && other.Take());
+        otherB.Release();
+        EXPECT_EQ(second.Take(b, 0), keLockTaken);
+    }
+    EXPECT_TRUE(otherB.Take()); // a holder that is destroyed releases
+    FileLock late;
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(late.Take(a, 120), keLockTimedOut);
+    EXPECT_GE(GetTickCount() - start, 100u);
+    EXPECT_EQ(late.Take(FileSpec(folder.Path("NONE.DAT").c_str()), 1000), keLockNoFile);
+    EXPECT_EQ(late.Take(static_cast<const wchar_t*>(nullptr)), keLockNoFile);
+}
+
+static DWORD WINAPI Appear(void* path) {
+    Sleep(50);
+    WriteFileBytes(*static_cast<const std::string*>(path), "new");
+    return 0;
+}
+
+TEST(FileLock, WaitsForAFileThatARewriteIsGivingItsName) {
+    const ScratchFolder folder;
+    const FileSpec spec(folder.Path("D.DAT").c_str());
+    const std::string name = folder.Path("D.DAT");
+    WriteFileBytes("D.BAK", "old");
+    const HANDLE rewrite =
+        CreateThread(nullptr, 0, Appear, const_cast<std::string*>(&name), 0, nullptr);
+    FileLock lock;
+    EXPECT_EQ(lock.Take(spec), keLockTaken);
+    WaitForSingleObject(rewrite, INFINITE);
+    CloseHandle(rewrite);
+}
+
+// What is left of "D.DAT", "D.BAK" and "NEW".
+static std::string Left() {
+    std::string left;
+    for (const char* name : {"D.DAT", "D.BAK", "NEW"})
+        left += (FileThere(name) ? ReadFileBytes(name) : "-") + " ";
+    return left;
+}
+
+TEST(FileReplacement, LeavesOneOfTheTwoFilesWholeUnderAKnownName) {
+    const ScratchFolder folder;
+    Reports reports;
+    const FileSpec target(folder.Path("D.DAT").c_str()), backup(folder.Path("D.BAK").c_str()),
+        fresh(folder.Path("NEW").c_str());
+    const struct {
+        const char* held; // that cannot be renamed, nor removed
+        int options, result;
+        const char* left;
+    } cases[] = {{"", keReplacePlain, 1, "new old - "},
+                 {"", keReplaceDropBackup | keReplaceFlush, 1, "new - - "},
+                 {"D.DAT", keReplacePlain, 0, "old - - "},
+                 {"D.DAT", keReplaceKeepNew, 0, "old - new "},
+                 {"D.BAK", keReplacePlain, 0, "old older - "},
+                 {"NEW", keReplaceKeepNew, 0, "old - new "},
+                 {"NEW", keReplaceNoWayBack, 0, "- old new "}};
+    for (const auto& [held, options, result, left] : cases) {
+        WriteFileBytes("D.DAT", "old");
+        WriteFileBytes("D.BAK", "older");
+        WriteFileBytes("NEW", "new");
+        {
+            const UnrenamedFile kept(*held ? held : "nothing");
+            EXPECT_EQ(ReplaceFileBy(fresh, target, backup, options), result) << held << options;
+        }
+        EXPECT_EQ(Left(), left) << held << options;
+        EXPECT_EQ(reports.Take().empty(), result == 1);
+    }
+}
+
+TEST(FileReplacement, NewFilesTakeNobodysPlace) {
+    const ScratchFolder folder;
+    WriteFileBytes("A.TMP", "kept");
+    EXPECT_FALSE(MakeNewFile(L"A.TMP"));
+    EXPECT_TRUE(MakeNewFile(L"B.TMP"));
+    EXPECT_EQ(ReadFileBytes("A.TMP") + ReadFileBytes("B.TMP"), "kept");
+    FileSpec where(folder.Path("D.DAT").c_str());
+    RbFile unique, again, anew(folder.Path("A.TMP").c_str());
+    EXPECT_TRUE(MakeUniqueFile(&unique, where, ".TMP") && unique.Exists());
+    EXPECT_TRUE(MakeUniqueFile(&again, where, ".TMP") && again != unique);
+    EXPECT_TRUE(OpenAnew(anew));
+    anew.close();
+    EXPECT_EQ(ReadFileBytes("A.TMP"), "");
+    FileSpec nowhere(folder.Path("NONE\\D.DAT").c_str());
+    EXPECT_FALSE(MakeUniqueFile(&unique, nowhere, ".TMP"));
+}
+
+TEST(FileIdentity, IsTheFilesAndNotItsNames) {
+    const ScratchFolder folder;
+    WriteFileBytes("A.DAT", "a");
+    WriteFileBytes("B.DAT", "a");
+    FileIdentity a, b, lower;
+    EXPECT_TRUE(GetFileIdentity(L"A.DAT", a) && GetFileIdentity(L"B.DAT", b) &&
+                GetFileIdentity(L".\\a.dat", lower));
+    EXPECT_TRUE(a == lower && !(a == b));
+    EXPECT_FALSE(GetFileIdentity(L"NONE", a));
+    EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE") || IsDanglingLink(L"A.DAT") ||
+                 IsDanglingLink(L"NONE"));
+    EXPECT_TRUE(WideName(FileSpec("C:\\A\\B.C")) == L"C:\\A\\B.C");
+    EXPECT_TRUE(OpenedName(FileSpec("C:\\A\\B.C")) == L"C:\\A\\B.C");
+    EXPECT_TRUE(WideName(FileSpec((std::string("C:\\") + std::string(258, 'x')).c_str())).empty());
+}
