@@ -1,26 +1,12 @@
 #pragma once
 
-#include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "postrider.h"
+#include "programs/mailfolder/failure.h"
 
-// What every command of the tool shares. Commands return an exit code, or throw a Failure.
-
-enum ExitCode { keFine = 0, keCouldNot = 1, keWrongUse = 2, keDamage = 3 };
-
-// What ends the command: its words go to standard error.
-struct Failure {
-    std::string text; // UTF-8
-    ExitCode code = keCouldNot;
-};
-
-template <class... Args>
-[[noreturn]] void Fail(fmt::format_string<Args...> format, Args&&... args) {
-    throw Failure{fmt::format(format, std::forward<Args>(args)...)};
-}
+// What every command of the tool shares.
 
 // Keys stay in the order in which they are put in.
 using Json = nlohmann::ordered_json;

@@ -1,0 +1,375 @@
+// Takes the messages out of mail folders, in a form that other mail programs read.
+
+#include <algorithm>
+#include <set>
+
+#include "programs/console/text.h"
+#include "programs/mailfolder/command.h"
+#include "programs/mailfolder/extract/csv.h"
+#include "programs/mailfolder/extract/selection.h"
+#include "programs/mailfolder/extract/target.h"
+#include "programs/mailfolder/progress.h"
+#include "programs/mailfolder/tool.h"
+
+namespace extract {
+
+namespace {
+
+struct Options {
+    std::string folder;
+    std::string target;
+    TargetOptions how;
+    mime::Charset charset = mime::Charset::Windows1252;
+    bool recursive = false;
+    bool orphans = true;
+    bool deleted = false;
+    std::string manifest;
+    Selection selection;
+};
+
+struct Counts {
+    unsigned long taken = 0;
+    unsigned long alreadyThere = 0;
+    unsigned long withoutFile = 0;
+    unsigned long damaged = 0;
+    unsigned long notSelected = 0;
+
+    Counts& operator+=(const Counts& other) {
+        taken += other.taken;
+        alreadyThere += other.alreadyThere;
+        withoutFile += other.withoutFile;
+        damaged += other.damaged;
+        notSelected += other.notSelected;
+        return *this;
+    }
+    std::string Text() const {
+        std::string text = fmt::format("{} taken, {} already there, {} without file, {} damaged",
+                                       taken, alreadyThere, withoutFile, damaged);
+        if (notSelected)
+            text += fmt::format(", {} not selected", notSelected);
+        return text;
+    }
+};
+
+// A line for every message, with what became of it.
+class Manifest {
+public:
+    explicit Manifest(const std::wstring& path);
+    void Add(const std::wstring& folder, const InternetMessage& message,
+             const std::wstring& target);
+    void AddMissing(const std::wstring& folder, const SourceMessage& message,
+                    mime::Charset charset);
+    void Complete();
+
+private:
+    void AddLine(const std::wstring& folder, const SourceMessage& message, const DiskDirRec& record,
+                 const RecordText& texts, const std::wstring& target, const std::string& digest);
+
+    std::wstring mPath;
+    NewFile mFile;
+};
+
+Manifest::Manifest(const std::wstring& path) : mPath(path), mFile(path) {
+    if (Exists(path))
+        Fail("{} is there already: name another file for the manifest.",
+             Shown(WithoutPrefix(path)));
+    mFile.Write(CsvLine({"folder", "slot", "file", "from", "subject", "date", "kind", "marks",
+                         "target", "sha256"}));
+}
+
+void Manifest::AddLine(const std::wstring& folder, const SourceMessage& message,
+                       const DiskDirRec& record, const RecordText& texts,
+                       const std::wstring& target, const std::string& digest) {
+    std::string from = mime::Utf8(texts.sender);
+    if (!texts.senderAddress.empty())
+        from += (from.empty() ? "<" : " <") +
+                mime::Utf8(mime::Decoded(texts.senderAddress, mime::Charset::Windows1252)) + ">";
+    mFile.Write(CsvLine(
+        {mime::Utf8(WithoutPrefix(folder)), message.slot ? std::to_string(*message.slot) : "",
+         mime::Utf8(message.file), from, mime::Utf8(texts.topic), DateText(FlipLong(record.date)),
+         std::to_string(static_cast<unsigned short>(record.kind)), MarksOf(record),
+         mime::Utf8(WithoutPrefix(target)), digest}));
+}
+
+void Manifest::Add(const std::wstring& folder, const InternetMessage& message,
+                   const std::wstring& target) {
+    AddLine(folder, message.Source(), message.Record(), message.Texts(), target,
+            message.TextDigest());
+}
+
+void Manifest::AddMissing(const std::wstring& folder, const SourceMessage& message,
+                          mime::Charset charset) {
+    AddLine(folder, message, message.record, RecordText(message.record, charset), {}, {});
+}
+
+void Manifest::Complete() {
+    if (!mFile.PutInPlace())
+        Fail("Cannot write {}: there is a file of that name now.", Shown(WithoutPrefix(mPath)));
+}
+
+// One folder on its way out.
+class Extraction {
+public:
+    Extraction(const Options& options, SourceFolder& source, Target& target, Manifest* manifest)
+        : mOptions(options), mSource(source), mTarget(target), mManifest(manifest),
+          mFile(source.Path()) {}
+
+    Counts Run();
+
+private:
+    void Take(const SourceMessage& found);
+    bool IsWanted(SourceMessage& message) const;
+    void PutOut(const SourceMessage& message);
+    void Tell(const SourceMessage& message, const std::string& what) const;
+
+    const Options& mOptions;
+    SourceFolder& mSource;
+    Target& mTarget;
+    Manifest* mManifest;
+    MessageFile mFile;
+    Counts mCounts;
+};
+
+Counts Extraction::Run() {
+    Progress progress("Taking out " + Shown(WithoutPrefix(mSource.Name())));
+    mSource.ForEach([&](const SourceMessage& message) {
+        Take(message);
+        progress.Show(message.slot.value_or(mSource.Slots()), mSource.Slots());
+    });
+    mTarget.Complete();
+    return mCounts;
+}
+
+void Extraction::Tell(const SourceMessage& message, const std::string& what) const {
+    const std::string slot = message.slot ? fmt::format(", slot {}", *message.slot) : "";
+    fmt::print(stderr, "{}{}: {}\n",
+               message.file.empty() ? Shown(WithoutPrefix(mSource.Name()))
+                                    : Shown(WithoutPrefix(Joined(mSource.Path(), message.file))),
+               slot, what);
+}
+
+// A free slot whose file came to hold another message is none of that message's.
+bool Extraction::IsWanted(SourceMessage& message) const {
+    if (message.origin == Origin::Deleted && !SameMessage(message.record, mFile.Record())) {
+        message.origin = Origin::Orphan;
+        message.slot.reset();
+        message.record = {};
+    }
+    return message.origin == Origin::Deleted  ? mOptions.deleted
+           : message.origin == Origin::Orphan ? mOptions.orphans
+                                              : true;
+}
+
+void Extraction::Take(const SourceMessage& found) {
+    SourceMessage message = found;
+    try {
+        if (message.file.empty())
+            throw Unreadable{"the record names no file", true};
+        if (mSource.IsDFile(message.file))
+            throw Unreadable{"the record names the D file itself", true};
+        mFile.Open(message.file);
+        if (IsWanted(message))
+            PutOut(message);
+    } catch (const Unreadable& problem) {
+        if (message.origin == Origin::Deleted && problem.isMissing)
+            return;
+        ++(problem.isMissing ? mCounts.withoutFile : mCounts.damaged);
+        Tell(message, problem.reason);
+        if (mManifest)
+            mManifest->AddMissing(mSource.Path(), message, mOptions.charset);
+    }
+}
+
+void Extraction::PutOut(const SourceMessage& message) {
+    const InternetMessage mail(message, mFile, mOptions.charset, mManifest != nullptr);
+    if (!mOptions.selection.Takes(mail.Record(), mail.Texts())) {
+        ++mCounts.notSelected;
+        return;
+    }
+    std::wstring place;
+    if (mTarget.Has(mail.Id())) {
+        ++mCounts.alreadyThere;
+    } else {
+        place = mTarget.Put(mail);
+        ++mCounts.taken;
+        if (mail.Meaningless())
+            Tell(message, fmt::format("{} no meaning in {}, and {} kept",
+                                      Count(mail.Meaningless(), "byte has", "bytes have"),
+                                      mime::NameOf(mOptions.charset),
+                                      mail.Meaningless() == 1 ? "is" : "are"));
+    }
+    if (mManifest)
+        mManifest->Add(mSource.Path(), mail, place);
+}
+
+// Where the messages of each folder go, below one target.
+class Places {
+public:
+    Places(const Options& options, const std::wstring& source)
+        : mOptions(options), mSource(source),
+          mTop(LongPath(mime::Decoded(options.target, mime::Charset::Utf8))) {
+        const std::wstring final = FinalPathOf(mTop);
+        if (IsWithin(final, mSource))
+            throw Failure{fmt::format("{} lies in the folder that is read: name another target.",
+                                      Shown(WithoutPrefix(mTop))),
+                          keWrongUse};
+        if (options.recursive) {
+            MakeFolders(mTop);
+        } else if (options.how.format == TargetFormat::Mbox) {
+            MakeFolders(ParentOf(mTop));
+        }
+    }
+
+    // For a folder at or below the source. Makes the folders that it needs.
+    std::wstring Of(const std::wstring& folder) {
+        std::wstring place = mTop;
+        const bool isMbox = mOptions.how.format == TargetFormat::Mbox;
+        if (folder == mSource) {
+            if (isMbox && IsFolder(mTop))
+                place = Joined(mTop, MboxName(folder));
+        } else {
+            std::wstring rest = folder.substr(mSource.size() + (mSource.back() == L'\\' ? 0 : 1));
+            for (std::size_t end; (end = rest.find(L'\\')) != rest.npos; rest.erase(0, end + 1))
+                place = Joined(place, SafeName(rest.substr(0, end)));
+            place = Joined(place, isMbox ? MboxName(rest) : SafeName(rest));
+        }
+        const std::wstring unique = NotTaken(place, isMbox ? L".mbox" : L"");
+        CheckFolder(isMbox ? ParentOf(unique) : unique);
+        return unique;
+    }
+
+private:
+    static std::wstring MboxName(const std::wstring& folder) {
+        const std::wstring name = LastName(folder);
+        return SafeName(name.empty() || name.back() == L':' ? L"Mail" : name) + L".mbox";
+    }
+
+    // Two folders of the source do not share one place.
+    std::wstring NotTaken(const std::wstring& place, std::wstring_view extension) {
+        std::wstring unique = place;
+        const std::wstring stem =
+            place.ends_with(extension) ? place.substr(0, place.size() - extension.size()) : place;
+        for (int number = 2; !mTaken.insert(Upper(unique)).second; ++number)
+            unique = stem + L" (" + std::to_wstring(number) + L")" + std::wstring(extension);
+        return unique;
+    }
+
+    // Nothing is written outside the target by way of a link, nor among messages of a mail folder.
+    void CheckFolder(const std::wstring& folder) const {
+        MakeFolders(folder);
+        const std::wstring final = FinalPathOf(folder);
+        const std::wstring top = FinalPathOf(mOptions.recursive || folder == mTop ? mTop : folder);
+        if (IsWithin(final, mSource) || !IsWithin(final, top))
+            Fail("{} leads out of the target, to {}.", Shown(WithoutPrefix(folder)),
+                 Shown(WithoutPrefix(final)));
+        for (const wchar_t* name : {L"DFile", L"MFile"})
+            if (Exists(Joined(folder, name)))
+                Fail("{} is a mail folder itself: name another target.",
+                     Shown(WithoutPrefix(folder)));
+    }
+
+    const Options& mOptions;
+    std::wstring mSource;
+    std::wstring mTop;
+    std::set<std::wstring> mTaken;
+};
+
+} // namespace
+
+static int Extract(const Options& options) {
+    SourceFolder top(mime::Decoded(options.folder, mime::Charset::Utf8));
+    if (!options.recursive && !top.HasMail())
+        Fail("{} has neither a D file nor message files; --recursive looks into the folders in it.",
+             Shown(WithoutPrefix(top.Path())));
+    Places places(options, top.Path());
+    std::optional<Manifest> manifest;
+    if (!options.manifest.empty()) {
+        const std::wstring path = LongPath(mime::Decoded(options.manifest, mime::Charset::Utf8));
+        if (IsWithin(FinalPathOf(path), top.Path()))
+            Fail("{} lies in the folder that is read: name another manifest.",
+                 Shown(WithoutPrefix(path)));
+        manifest.emplace(path);
+    }
+
+    Counts all;
+    bool damaged = false;
+    bool failed = false;
+    const auto take = [&](SourceFolder& source) {
+        const std::wstring place = places.Of(source.Path());
+        const std::unique_ptr<Target> target = OpenTarget(place, options.how);
+        const Counts counts =
+            Extraction(options, source, *target, manifest ? &*manifest : nullptr).Run();
+        if (!source.Problem().empty())
+            fmt::print(stderr, "{}: {}; its messages come from their files alone.\n",
+                       Shown(WithoutPrefix(source.Name())), source.Problem());
+        damaged |= !source.Problem().empty() || counts.withoutFile || counts.damaged;
+        all += counts;
+        if (options.recursive)
+            fmt::print("{}: {}\n", Shown(WithoutPrefix(place)), counts.Text());
+    };
+    if (options.recursive) {
+        for (const std::wstring& folder : MailFoldersBelow(top.Path())) {
+            try {
+                SourceFolder source(folder);
+                take(source);
+            } catch (const Failure& failure) {
+                fmt::print(stderr, "{}\n", failure.text);
+                failed = true;
+            }
+        }
+    } else {
+        take(top);
+    }
+    if (manifest)
+        manifest->Complete();
+    fmt::print("{}\n", all.Text());
+    return failed ? keCouldNot : damaged ? keDamage : keFine;
+}
+
+static Command::Run SetUp(CLI::App& app) {
+    const auto given = std::make_shared<Options>();
+    app.add_option("folder", given->folder,
+                   "A D file, or a folder with one or with message files; it is only read")
+        ->required();
+    app.add_option("target", given->target,
+                   "The mbox to make, or the folder for a Maildir or for .eml files")
+        ->required();
+    app.add_option_function<std::string>(
+           "--format",
+           [given](const std::string& format) {
+               given->how.format = format == "mbox"      ? TargetFormat::Mbox
+                                   : format == "maildir" ? TargetFormat::Maildir
+                                                         : TargetFormat::Eml;
+           },
+           "One file for all messages, a Maildir, or a file for each")
+        ->check(CLI::IsMember({"mbox", "maildir", "eml"}))
+        ->default_str("mbox");
+    app.add_flag("--recursive", given->recursive,
+                 "Every mail folder below as well; TARGET is a folder that gets the same tree");
+    app.add_flag("--append", given->how.append, "Add to an mbox that is there what is not in it");
+    AddCharset(app, given->charset);
+    app.add_flag("--orphans,!--no-orphans", given->orphans,
+                 "Message files that no record names; they come out unless --no-orphans is said");
+    app.add_flag("--deleted", given->deleted, "Deleted messages, too, whose files are still there");
+    app.add_option_function<std::string>(
+           "--flag-separator",
+           [given](const std::string& text) { given->how.flagSeparator = text[0]; },
+           "What stands before the marks in Maildir names, where \"!\" does not fit")
+        ->check(CLI::IsMember({"!", ";", "-", "+", "="}))
+        ->default_str("!");
+    app.add_option("--manifest", given->manifest,
+                   "A new CSV file with a line for every message and the SHA-256 of its text");
+    given->selection.AddTo(app);
+    return [given] { return Extract(*given); };
+}
+
+static const Command
+    kExtract("extract", "Take the messages out, for other mail programs",
+             "  mailfolder extract C:\\Mail\\InBox inbox.mbox\n"
+             "  mailfolder extract C:\\Mail D:\\Out --recursive --manifest D:\\all.csv\n"
+             "  mailfolder extract C:\\Mail\\InBox D:\\Maildir --format maildir\n"
+             "  mailfolder extract E:\\Old\\InBox D:\\Letters --format eml --charset macintosh\n"
+             "  mailfolder extract C:\\Mail\\InBox inbox.mbox --append --since 1998-01-01",
+             SetUp);
+
+} // namespace extract

@@ -1,0 +1,249 @@
+#include "programs/mailfolder/extract/source_folder.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "programs/mailfolder/extract/message_file.h"
+#include "programs/mailfolder/failure.h"
+#include "resident/core/windows_api.h"
+
+namespace extract {
+
+static constexpr unsigned long kSlot = sizeof(DiskDirRec);
+static constexpr const wchar_t* kDFileNames[] = {L"DFile", L"MFile"};
+
+// Names in records are ANSI. A byte that has no meaning there leads to no file.
+static std::wstring FileNameOf(const DiskDirRec& record) {
+    const std::size_t length =
+        std::min<std::size_t>(record.fileName[0], DiskDirRec::keFileNameSize - 1);
+    std::wstring name(length, L'\0');
+    name.resize(MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char*>(record.fileName) + 1,
+                                    static_cast<int>(length), name.data(),
+                                    static_cast<int>(length)));
+    return name;
+}
+
+// A lone dot at the end is no part of a name on the disk.
+static std::wstring NameOnDisk(std::wstring name) {
+    if (name.size() > 1 && name.back() == L'.')
+        name.pop_back();
+    return name;
+}
+
+// FNV-1a, 64 bits.
+static unsigned long long KeyOf(std::wstring_view name) {
+    unsigned long long key = 0xCBF29CE484222325ull;
+    for (const wchar_t c : name)
+        key = (key ^ c) * 0x100000001B3ull;
+    return key;
+}
+
+static bool IsEmpty(const DiskDirRec& record) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&record);
+    return std::all_of(bytes, bytes + sizeof record, [](unsigned char byte) { return byte == 0; });
+}
+
+// What stands in slot 0 is a record when it names a file; a header has no name there.
+static bool IsHeader(const DiskDirRec& first) {
+    return first.fileName[0] == 0 || first.fileName[0] >= DiskDirRec::keFileNameSize;
+}
+
+bool SameMessage(const DiskDirRec& left, const DiskDirRec& right) {
+    DirectoryRecord records[] = {DirectoryRecord(&left), DirectoryRecord(&right)};
+    for (DirectoryRecord& record : records) {
+        record.Check_Fixed_Validity();
+        record.FixTopicAndIndex();
+        record.Record().used = 1;
+        record.Record().fileName[0] = 0;
+    }
+    return records[0] == records[1];
+}
+
+SourceFolder::SourceFolder(const std::wstring& argument) {
+    const std::wstring path = LongPath(argument);
+    if (!Exists(path))
+        Fail("Cannot read {}: there is no such file.", Shown(WithoutPrefix(path)));
+    const bool isFolder = IsFolder(path);
+    const std::wstring folder = isFolder ? path : ParentOf(path);
+    const FileHandle opened = OpenShared(folder);
+    mPath = opened ? FinalPath(opened) : std::wstring();
+    if (mPath.empty())
+        Fail("Cannot read {}: {}.", Shown(WithoutPrefix(folder)), LastErrorText());
+    if (!isFolder && IsMessageFileName(path))
+        Fail("{} is a message file: name its folder, or see \"mailfolder show\".",
+             Shown(WithoutPrefix(path)));
+    if (!isFolder)
+        mDFileName = LastName(path);
+    else
+        for (const wchar_t* name : kDFileNames)
+            if (mDFileName.empty() && Exists(Joined(mPath, name)))
+                mDFileName = name;
+    OpenDFile();
+}
+
+void SourceFolder::OpenDFile() {
+    if (mDFileName.empty()) {
+        mProblem = "there is no D file";
+        return;
+    }
+    mDFile = OpenShared(Joined(mPath, mDFileName));
+    LARGE_INTEGER size = {};
+    if (!mDFile)
+        mProblem = LastErrorText();
+    else if (!SameName(ParentOf(FinalPath(mDFile)), mPath))
+        mProblem = "it is a link out of the folder";
+    else if (!GetFileSizeEx(mDFile.get(), &size))
+        mProblem = "it cannot be read";
+    // A slot is numbered in 32 bits, and placed in more.
+    mSlots = static_cast<unsigned long>(
+        mProblem.empty() ? std::min<long long>(size.QuadPart / kSlot, 0x7FFFFFFF) : 0);
+}
+
+void SourceFolder::ForEachMessageFile(const std::function<void(const Entry&)>& visit) const {
+    ForEachEntry(mPath, [&](const Entry& entry) {
+        if (!entry.isFolder && IsMessageFileName(entry.name) && !SameName(entry.name, mDFileName))
+            visit(entry);
+    });
+}
+
+bool SourceFolder::HasMail() const {
+    bool found = !mDFileName.empty();
+    ForEachMessageFile([&](const Entry&) { found = true; });
+    return found;
+}
+
+void SourceFolder::ForEachRecord(const std::function<void(const SourceMessage&)>& visit) const {
+    constexpr unsigned long kBlockSlots = 800;
+    std::string block(kBlockSlots * kSlot, '\0');
+    for (unsigned long first = 0; first < mSlots; first += kBlockSlots) {
+        const std::size_t size = ReadAt(mDFile, 1ull * first * kSlot, block.data(), block.size());
+        for (unsigned long i = 0; i < size / kSlot; ++i) {
+            SourceMessage message;
+            std::memcpy(&message.record, block.data() + i * kSlot, kSlot);
+            const DiskDirRec& record = message.record;
+            if (IsEmpty(record) || (first + i == 0 && IsHeader(record)))
+                continue;
+            message.slot = first + i;
+            message.file = FileNameOf(record);
+            message.origin = record.used == 0 ? Origin::Deleted
+                             : IsUsed(record) ? Origin::Listed
+                                              : Origin::Broken;
+            visit(message);
+        }
+        if (size < block.size())
+            return;
+    }
+}
+
+SourceMessage SourceFolder::MessageOf(unsigned long slot) const {
+    SourceMessage message;
+    message.slot = slot;
+    ReadAt(mDFile, 1ull * slot * kSlot, reinterpret_cast<char*>(&message.record), kSlot);
+    message.file = FileNameOf(message.record);
+    return message;
+}
+
+// In the order of their keys; of those that name one file, used records come first.
+std::vector<SourceFolder::NamedFile> SourceFolder::FilesNamed() const {
+    std::vector<NamedFile> named;
+    ForEachRecord([&](const SourceMessage& message) {
+        const std::wstring name = NameOnDisk(message.file);
+        named.push_back({KeyOf(Upper(name)), KeyOf(name), *message.slot, message.origin});
+    });
+    std::sort(named.begin(), named.end(), [](const NamedFile& a, const NamedFile& b) {
+        return a.key != b.key         ? a.key < b.key
+               : a.origin != b.origin ? a.origin < b.origin
+                                      : a.slot < b.slot;
+    });
+    return named;
+}
+
+// The records that name one file.
+static auto NamedSo(const auto& named, unsigned long long key) {
+    const auto first = std::lower_bound(named.begin(), named.end(), key,
+                                        [](const auto& n, auto wanted) { return n.key < wanted; });
+    return std::pair(first,
+                     std::find_if(first, named.end(), [&](auto& n) { return n.key != key; }));
+}
+
+// Whether this is the record with which its message file is taken.
+bool SourceFolder::IsChosen(const std::vector<NamedFile>& named,
+                            const SourceMessage& message) const {
+    const auto [first, last] = NamedSo(named, KeyOf(Upper(NameOnDisk(message.file))));
+    if (last - first < 2)
+        return true;
+    unsigned long chosen = first->slot;
+    try {
+        MessageFile file(mPath);
+        file.Open(message.file);
+        const Origin best = first->origin;
+        const auto own = std::find_if(first, last, [&](const NamedFile& candidate) {
+            return candidate.origin == best &&
+                   SameMessage(MessageOf(candidate.slot).record, file.Record());
+        });
+        if (own != last)
+            chosen = own->slot;
+    } catch (const Unreadable&) {
+        // Nothing can be taken out of it, with whichever record.
+    }
+    return chosen == *message.slot;
+}
+
+void SourceFolder::ForEachOrphan(const std::vector<NamedFile>& named,
+                                 const std::function<void(const SourceMessage&)>& visit) const {
+    std::vector<unsigned long long> keys;
+    ForEachMessageFile([&](const Entry& entry) { keys.push_back(KeyOf(Upper(entry.name))); });
+    std::sort(keys.begin(), keys.end());
+    ForEachMessageFile([&](const Entry& entry) {
+        const unsigned long long key = KeyOf(Upper(entry.name));
+        const auto [first, last] = NamedSo(named, key);
+        const auto [sameFirst, sameLast] = std::equal_range(keys.begin(), keys.end(), key);
+        // On disks where two names differ in nothing but case, a record may mean the other one.
+        const bool isNamed =
+            sameLast - sameFirst > 1
+                ? std::any_of(first, last, [&](auto& n) { return n.exact == KeyOf(entry.name); })
+                : first != last;
+        if (!isNamed) {
+            SourceMessage message;
+            message.origin = Origin::Orphan;
+            message.file = entry.name;
+            visit(message);
+        }
+    });
+}
+
+void SourceFolder::ForEach(const std::function<void(const SourceMessage&)>& visit) {
+    std::vector<NamedFile> named;
+    try {
+        named = FilesNamed();
+        ForEachRecord([&](const SourceMessage& message) {
+            if (IsChosen(named, message))
+                visit(message);
+        });
+    } catch (const Unreadable& problem) {
+        mProblem = problem.reason;
+    }
+    ForEachOrphan(named, visit);
+}
+
+static void AddFoldersBelow(const std::wstring& folder, std::vector<std::wstring>& folders) {
+    for (const Entry& entry : EntriesOf(folder)) {
+        if (!entry.isFolder || entry.isLink)
+            continue;
+        const std::wstring path = Joined(folder, entry.name);
+        if (SourceFolder(path).HasMail())
+            folders.push_back(path);
+        AddFoldersBelow(path, folders);
+    }
+}
+
+std::vector<std::wstring> MailFoldersBelow(const std::wstring& folder) {
+    std::vector<std::wstring> folders;
+    const SourceFolder top(folder);
+    if (top.HasMail())
+        folders.push_back(top.Path());
+    AddFoldersBelow(top.Path(), folders);
+    return folders;
+}
+
+} // namespace extract

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "postrider.h"
+#include "programs/mailfolder/extract/files.h"
+
+namespace extract {
+
+// How a message of a folder was found.
+enum class Origin {
+    Listed,  // by a used record of the D file
+    Broken,  // by a record that no program reads
+    Deleted, // by a freed slot whose message file is still there
+    Orphan   // by its message file alone
+};
+
+struct SourceMessage {
+    Origin origin = Origin::Listed;
+    std::optional<unsigned long> slot; // of the D file, by its position
+    std::wstring file;                 // may be empty, or no name at all
+    DiskDirRec record = {};            // as the D file has it; zero for an orphan
+};
+
+// A mail folder that is only read: everything that is open in it is open to everybody else.
+class SourceFolder {
+public:
+    // The argument is a D file or its folder. Fails when it is neither.
+    explicit SourceFolder(const std::wstring& argument);
+
+    // The folder's final path.
+    const std::wstring& Path() const { return mPath; }
+    // The D file's, or the folder's when there is none.
+    std::wstring Name() const { return mDFileName.empty() ? mPath : Joined(mPath, mDFileName); }
+    // Why the D file tells nothing; empty when it does.
+    const std::string& Problem() const { return mProblem; }
+    bool IsDFile(const std::wstring& name) const { return SameName(name, mDFileName); }
+    // It has a D file or message files.
+    bool HasMail() const;
+    unsigned long Slots() const { return mSlots; }
+
+    // Every slot that holds or held a message, in their order, then the message files that no
+    // record names. A message file comes once: when several records name it, with the one that it
+    // begins with itself, else with the first.
+    // A D file that cannot be read to its end becomes a Problem.
+    void ForEach(const std::function<void(const SourceMessage&)>& visit);
+
+private:
+    // What a record names, in few bytes.
+    struct NamedFile {
+        unsigned long long key;   // of the name in any case
+        unsigned long long exact; // of the name as it is
+        unsigned long slot;
+        Origin origin;
+    };
+
+    void OpenDFile();
+    void ForEachMessageFile(const std::function<void(const Entry&)>& visit) const;
+    void ForEachRecord(const std::function<void(const SourceMessage&)>& visit) const;
+    std::vector<NamedFile> FilesNamed() const;
+    SourceMessage MessageOf(unsigned long slot) const;
+    bool IsChosen(const std::vector<NamedFile>& named, const SourceMessage& message) const;
+    void ForEachOrphan(const std::vector<NamedFile>& named,
+                       const std::function<void(const SourceMessage&)>& visit) const;
+
+    std::wstring mPath;
+    std::wstring mDFileName;
+    FileHandle mDFile;
+    std::string mProblem;
+    unsigned long mSlots = 0;
+};
+
+// Whether two records are of the same message, whatever became of either's slot and file name.
+bool SameMessage(const DiskDirRec& left, const DiskDirRec& right);
+
+// The folders below that hold mail, and the folder itself, each before those in it. Links are not
+// entered.
+std::vector<std::wstring> MailFoldersBelow(const std::wstring& folder);
+
+} // namespace extract

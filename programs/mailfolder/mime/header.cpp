@@ -1,0 +1,251 @@
+#include "programs/mailfolder/mime/header.h"
+
+#include <algorithm>
+
+#include "programs/mailfolder/mime/charset.h"
+#include "programs/mailfolder/mime/encodings.h"
+
+namespace mime {
+
+namespace {
+
+constexpr std::size_t kLine = 78;        // RFC 5322, 2.1.1
+constexpr std::size_t kEncodedWord = 75; // RFC 2047, 2
+
+// RFC 5322, 3.6, and RFC 2045, 3.
+constexpr std::string_view kKnownFields[] = {
+    "Return-Path",  "Received", "Date", "From",       "Sender",
+    "Reply-To",     "To",       "Cc",   "Message-ID", "In-Reply-To",
+    "MIME-Version", "Subject",  "Bcc",  "References", "Content-Type"};
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsLetterOrDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+// RFC 5322, 3.2.3.
+bool IsAtom(char c) {
+    return IsLetterOrDigit(c) ||
+           std::string_view("!#$%&'*+-/=?^_`{|}~").find(c) != std::string::npos;
+}
+bool IsPrintable(char c) { return c >= 0x20 && c < 0x7F; }
+
+bool SameName(std::string_view left, std::string_view right) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+// Takes the first line off a text; its end goes with it.
+std::string_view TakeLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    const std::string_view line = text.substr(0, end);
+    const bool crLf = text.substr(end, 2) == "\r\n";
+    text.remove_prefix(std::min(text.size(), end + (crLf ? 2 : 1)));
+    return line;
+}
+
+// RFC 5322, 2.2: printable characters but blanks and the colon.
+std::size_t FieldNameSize(std::string_view line) {
+    std::size_t size = 0;
+    while (size < line.size() && line[size] > 0x20 && line[size] < 0x7F && line[size] != ':')
+        ++size;
+    return size < line.size() && line[size] == ':' ? size : 0;
+}
+
+bool IsDotAtom(std::string_view text) {
+    return !text.empty() && text.front() != '.' && text.back() != '.' &&
+           text.find("..") == text.npos &&
+           std::all_of(text.begin(), text.end(), [](char c) { return IsAtom(c) || c == '.'; });
+}
+
+// RFC 5322, 3.4.1: a dot-atom, or what stands between brackets.
+bool IsDomain(std::string_view text) {
+    if (text.size() > 2 && text.front() == '[' && text.back() == ']')
+        return std::all_of(text.begin() + 1, text.end() - 1, [](char c) {
+            return c > 0x20 && c < 0x7F && c != '[' && c != ']' && c != '\\';
+        });
+    return IsDotAtom(text);
+}
+
+// RFC 5322, 3.2.4.
+std::string Quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\')
+            quoted += '\\';
+        quoted += c;
+    }
+    return quoted + '"';
+}
+
+std::wstring OneLine(std::wstring_view text) {
+    std::wstring line(text);
+    for (wchar_t& c : line)
+        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029)
+            c = ' ';
+    return line;
+}
+
+// Whether readers get a text back that stands there unencoded: they take blanks around it for
+// folding and runs of them for one, and what looks like an encoded word for one.
+bool SurvivesPlain(std::wstring_view text) {
+    return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x7F; }) &&
+           text.find(L"=?") == text.npos && text.find(L"  ") == text.npos &&
+           (text.empty() || (text.front() != ' ' && text.back() != ' '));
+}
+
+// RFC 2047, 4.2, with the characters that 5 (3) lets stand in a display name.
+std::string QEncoded(std::string_view bytes) {
+    std::string text;
+    for (const char c : bytes) {
+        if (c == ' ')
+            text += '_';
+        else if (IsLetterOrDigit(c) || c == '!' || c == '*' || c == '+' || c == '-' || c == '/')
+            text += c;
+        else
+            text += HexEscape(static_cast<unsigned char>(c));
+    }
+    return text;
+}
+
+// The shorter of both encodings.
+std::string EncodedWord(const char* charset, std::string_view bytes) {
+    const std::string q = QEncoded(bytes);
+    const std::string b = Base64Of(bytes);
+    return std::string("=?") + charset + (b.size() < q.size() ? "?B?" + b : "?Q?" + q) + "?=";
+}
+
+// Encoded words with a blank between them, each of whole characters (RFC 2047, 5). In windows-1252
+// where that has the characters, else in UTF-8.
+std::string EncodedWords(std::wstring_view text) {
+    const bool narrow = Windows1252(text).has_value();
+    const auto encoded = [&](std::wstring_view part) {
+        return narrow ? EncodedWord("windows-1252", *Windows1252(part))
+                      : EncodedWord("utf-8", Utf8(part));
+    };
+    std::string words;
+    while (!text.empty()) {
+        std::size_t length = std::min<std::size_t>(text.size(), kEncodedWord);
+        while (length > 1 && encoded(text.substr(0, length)).size() > kEncodedWord)
+            --length;
+        if (length < text.size() && length > 1 && (text[length] & 0xFC00) == 0xDC00)
+            --length;
+        words += (words.empty() ? "" : " ") + encoded(text.substr(0, length));
+        text.remove_prefix(length);
+    }
+    return words;
+}
+
+// The display name of an address: a phrase (RFC 5322, 3.2.5).
+std::string Phrase(std::wstring_view text) {
+    if (!SurvivesPlain(text))
+        return EncodedWords(text);
+    const std::string plain(text.begin(), text.end());
+    return std::all_of(plain.begin(), plain.end(), [](char c) { return IsAtom(c) || c == ' '; })
+               ? plain
+               : Quoted(plain);
+}
+
+// Breaks lines at blanks. A word that is too long for one has it for itself.
+std::string Folded(std::string_view name, std::string_view value) {
+    std::string lines = std::string(name) + ":";
+    std::size_t column = lines.size();
+    while (!value.empty()) {
+        const std::size_t size = std::min(value.find(' '), value.size());
+        if (column + 1 + size > kLine && column > name.size() + 1) {
+            lines += '\n';
+            column = 0;
+        }
+        lines += ' ';
+        lines += value.substr(0, size);
+        column += 1 + size;
+        value.remove_prefix(std::min(value.size(), size + 1));
+    }
+    return lines + '\n';
+}
+
+} // namespace
+
+const Field* Header::Find(std::string_view name) const {
+    const auto found = std::find_if(fields.begin(), fields.end(),
+                                    [&](const Field& field) { return SameName(field.name, name); });
+    return found == fields.end() ? nullptr : &*found;
+}
+
+std::optional<Header> HeaderOf(std::string_view text) {
+    Header header;
+    std::string_view rest = text;
+    bool ended = false;
+    while (!rest.empty() && !ended) {
+        const std::string_view line = TakeLine(rest);
+        const std::size_t nameSize = FieldNameSize(line);
+        if (line.empty()) {
+            ended = true;
+        } else if (IsBlank(line.front()) && !header.fields.empty()) {
+            std::string_view& body = header.fields.back().body;
+            body = {body.data(), static_cast<std::size_t>(line.end() - body.data())};
+        } else if (nameSize > 0) {
+            header.fields.push_back({line.substr(0, nameSize), line.substr(nameSize + 1)});
+        } else {
+            return {};
+        }
+    }
+    const bool known = std::any_of(std::begin(kKnownFields), std::end(kKnownFields),
+                                   [&](std::string_view name) { return header.Has(name); });
+    if (!known || (!ended && header.fields.size() < 2))
+        return {};
+    header.size = text.size() - rest.size();
+    return header;
+}
+
+std::string Unfolded(std::string_view body) {
+    std::string line;
+    for (const char c : body)
+        if (c != '\r' && c != '\n')
+            line += c;
+    while (!line.empty() && IsBlank(line.back()))
+        line.pop_back();
+    line.erase(0, std::min(line.find_first_not_of(" \t"), line.size()));
+    return line;
+}
+
+std::optional<std::string> AddrSpec(std::string_view address) {
+    if (address.empty() || !std::all_of(address.begin(), address.end(), IsPrintable))
+        return {};
+    const std::size_t at = address.rfind('@');
+    const bool hasDomain = at != address.npos && at > 0 && IsDomain(address.substr(at + 1));
+    const std::string_view local = hasDomain ? address.substr(0, at) : address;
+    const std::string_view domain = hasDomain ? address.substr(at + 1) : "invalid";
+    return (IsDotAtom(local) ? std::string(local) : Quoted(local)) + "@" + std::string(domain);
+}
+
+std::optional<std::string> MessageId(std::string_view identifier) {
+    if (identifier.size() > 2 && identifier.front() == '<' && identifier.back() == '>')
+        identifier = identifier.substr(1, identifier.size() - 2);
+    const std::size_t at = identifier.find('@');
+    if (at == identifier.npos || !IsDotAtom(identifier.substr(0, at)) ||
+        !IsDomain(identifier.substr(at + 1)))
+        return {};
+    return "<" + std::string(identifier) + ">";
+}
+
+void HeaderText::AddText(std::string_view name, std::wstring_view text) {
+    const std::wstring line = OneLine(text);
+    AddPlain(name,
+             SurvivesPlain(line) ? std::string(line.begin(), line.end()) : EncodedWords(line));
+}
+
+void HeaderText::AddMailbox(std::string_view name, std::wstring_view display,
+                            std::string_view addrSpec) {
+    std::wstring line = OneLine(display);
+    line.erase(0, std::min(line.find_first_not_of(L' '), line.size()));
+    line.erase(line.find_last_not_of(L' ') + 1);
+    AddPlain(name, line.empty() ? "<" + std::string(addrSpec) + ">"
+                                : Phrase(line) + " <" + std::string(addrSpec) + ">");
+}
+
+void HeaderText::AddPlain(std::string_view name, std::string_view value) {
+    mLines += Folded(name, value);
+}
+
+} // namespace mime

@@ -1,0 +1,39 @@
+#include "programs/mailfolder/mime/lines.h"
+
+namespace mime {
+
+void LineSplitter::Add(std::string_view piece) {
+    while (!piece.empty()) {
+        if (mAfterCr) {
+            mAfterCr = false;
+            if (piece.front() == '\n') {
+                piece.remove_prefix(1);
+                continue;
+            }
+        }
+        std::size_t end = 0;
+        while (end < piece.size() && piece[end] != '\n' && piece[end] != '\r')
+            ++end;
+        if (end > 0)
+            mSink.Text(piece.substr(0, end));
+        if (end == piece.size())
+            return;
+        mAfterCr = piece[end] == '\r';
+        mSink.EndLine();
+        piece.remove_prefix(end + 1);
+    }
+}
+
+void TextShape::Text(std::string_view piece) {
+    for (const char c : piece) {
+        const auto byte = static_cast<unsigned char>(c);
+        mEightBit += byte >= 0x80;
+        mZeros += byte == 0;
+        mControls += (byte < 0x20 && byte != '\t' && byte != 0) || byte == 0x7F;
+    }
+    mSize += piece.size();
+    mColumn += piece.size();
+    mTooLong |= mColumn > keLongestLine;
+}
+
+} // namespace mime
