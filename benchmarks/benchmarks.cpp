@@ -33,7 +33,7 @@ static bool RunContests(const std::string& folder, const std::string& only, nloh
     bool sound = true;
     PrintHeading();
     for (const auto contests : {ListingContests, StoreContests, StringContests, AccountContests,
-                                LoadContests, WindowContests})
+                                LoadContests, WindowContests, ExtractionContests})
         for (const Contest& contest : contests(folder)) {
             if (contest.name.find(only) == std::string::npos)
                 continue;

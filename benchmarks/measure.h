@@ -58,6 +58,7 @@ Quartiles QuartilesOf(std::vector<double> times);
 // The contests of each source.
 std::vector<Contest> ListingContests(const std::string& folder);
 std::vector<Contest> StoreContests(const std::string& folder);
+std::vector<Contest> ExtractionContests(const std::string& folder);
 std::vector<Contest> StringContests(const std::string& folder);
 std::vector<Contest> AccountContests(const std::string& folder);
 std::vector<Contest> LoadContests(const std::string& folder);

@@ -57,6 +57,11 @@ foreach(dll ${POSTRIDER_RUNTIME_DLLS})
     endif()" COMPONENT programs)
 endforeach()
 
+install(FILES docs/mailfolder.1 DESTINATION share/man/man1)
+install(FILES completions/mailfolder.bash DESTINATION share/bash-completion/completions
+    RENAME mailfolder)
+install(FILES completions/mailfolder.ps1 DESTINATION share/powershell)
+
 # The zip has the documents and the examples besides.
 install(FILES README.md DESTINATION . COMPONENT archive EXCLUDE_FROM_ALL)
 install(DIRECTORY docs examples DESTINATION . COMPONENT archive EXCLUDE_FROM_ALL)

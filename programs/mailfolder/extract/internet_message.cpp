@@ -203,7 +203,7 @@ void InternetMessage::AddOwnFields(mime::HeaderText& header) const {
     if (mTexts.isChanged) {
         std::string record = mime::Base64Of(AsBytes(mRecord));
         for (std::size_t at = 60; at < record.size(); at += 61)
-            record.insert(at, " ");
+            record.insert(at, 1, ' ');
         header.AddPlain("X-Postrider-Record", record);
     }
 }

@@ -37,7 +37,7 @@ std::wstring SafeName(const std::wstring& name) {
         stem.size() == 4 && (stem.starts_with(L"COM") || stem.starts_with(L"LPT"));
     if (safe.empty() || stem == L"CON" || stem == L"PRN" || stem == L"AUX" || stem == L"NUL" ||
         hasNumber)
-        safe.insert(0, L"_");
+        safe.insert(0, 1, L'_');
     return safe;
 }
 

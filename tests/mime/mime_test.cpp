@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include "programs/mailfolder/mime/charset.h"
+#include "programs/mailfolder/mime/date.h"
+#include "programs/mailfolder/mime/encodings.h"
+#include "programs/mailfolder/mime/header.h"
+#include "programs/mailfolder/mime/maildir.h"
+#include "programs/mailfolder/mime/mbox.h"
+
+namespace {
+
+using namespace mime;
+
+// Lines as a text, each ended by a "|".
+struct Collected : LineSink {
+    void Text(std::string_view piece) override { text += piece; }
+    void EndLine() override { text += '|'; }
+    std::string text;
+};
+
+// A text through an encoder, in pieces of that size.
+template <class Encoder>
+std::string Through(const std::string& text, std::size_t size) {
+    Collected collected;
+    Encoder encoder(collected);
+    LineSplitter lines(encoder);
+    for (std::size_t at = 0; at < text.size(); at += size)
+        lines.Add(std::string_view(text).substr(at, size));
+    lines.Finish();
+    return collected.text;
+}
+
+struct Same : LineSink {
+    explicit Same(LineSink& to) : sink(to) {}
+    void Text(std::string_view piece) override { sink.Text(piece); }
+    void EndLine() override { sink.EndLine(); }
+    LineSink& sink;
+};
+
+TEST(Mime, TextsComeOutAlikeInWhateverPieces) {
+    const std::string text = "a\rb\r\nc\n\n\r>From me\n>>From \nFrom\r\n From x\n\xE4 = \t\r\n" +
+                             std::string(80, 'y') + " \nFrom you, last";
+    for (const auto encode :
+         {Through<Same>, Through<MboxQuoting>, Through<QuotedPrintable>, Through<Base64>})
+        for (std::size_t size = 1; size < text.size(); ++size)
+            EXPECT_EQ(encode(text, size), encode(text, text.size())) << size;
+    EXPECT_EQ(Through<Same>("a\rb\r\nc\n\n\rd", 99), "a|b|c|||d");
+    EXPECT_EQ(Through<MboxQuoting>("From a\n>From b\n> From\nFro", 2),
+              ">From a|>>From b|> From|Fro||");
+    EXPECT_EQ(Through<MboxQuoting>("", 1), "|");
+    EXPECT_EQ(Through<QuotedPrintable>("\xE4=\t \nx ", 1), "=E4=3D\t=20|x=20");
+    EXPECT_EQ(Through<QuotedPrintable>(std::string(77, 'z'), 7), std::string(75, 'z') + "=|zz");
+    EXPECT_EQ(Through<Base64>("ab\rc", 1), "YWINCmM=|");
+}
+
+TEST(Mime, AHeaderIsNothingButFieldsWithAKnownOneAmongThem) {
+    const auto size = [](std::string_view text) {
+        const auto header = HeaderOf(text);
+        return header ? static_cast<int>(header->size) : -1;
+    };
+    EXPECT_EQ(size("Subject: a\r\n b\r\n\r\ntext"), 18);
+    EXPECT_EQ(size("X-A: 1\rfrom:b\r\rtext"), 15);
+    EXPECT_EQ(size("To: a\nX: b"), 10);
+    for (const char* text :
+         {"", "\nSubject: a\n\n", "To: a", "Note: a\n\n", " Subject: a\n\n", "Subject : a\n\n",
+          "Subject: a\ntext\n\n", "From me\nTo: a\n\n", "Subject\xE4: a\n\n", ": a\n\n"})
+        EXPECT_EQ(size(text), -1) << text;
+    const std::string text = "Subject: a\r\n\tb \r\nTO: c\r\n\r\n";
+    const auto header = HeaderOf(text);
+    EXPECT_EQ(Unfolded(header->Find("SUBJECT")->body), "a\tb");
+    EXPECT_TRUE(header->Has("to"));
+    EXPECT_FALSE(header->Has("t"));
+}
+
+TEST(Mime, FieldsAreFoldedAndEncoded) {
+    const auto text = [](std::wstring_view value) {
+        HeaderText header;
+        header.AddText("Subject", value);
+        return header.Lines();
+    };
+    EXPECT_EQ(text(L"plain"), "Subject: plain\n");
+    EXPECT_EQ(text(L"Gr\u00FC\u00DFe a"), "Subject: =?windows-1252?Q?Gr=FC=DFe_a?=\n");
+    EXPECT_EQ(text(L"\u65E5\u672C"), "Subject: =?utf-8?B?5pel5pys?=\n");
+    EXPECT_EQ(text(L"a\r\nBcc: b"), "Subject: =?windows-1252?Q?a__Bcc=3A_b?=\n");
+    EXPECT_EQ(text(L"=?x"), "Subject: =?windows-1252?Q?=3D=3Fx?=\n");
+    // No line is too long, no word of the lines holds a part of a character.
+    std::wstring many;
+    for (int i = 0; i < 60; ++i)
+        many += L"\u65E5\xD83D\xDE00 words ";
+    const std::string folded = text(many);
+    for (std::size_t at = 0, end; (end = folded.find('\n', at)) != folded.npos; at = end + 1)
+        EXPECT_LE(end - at, 78u);
+    EXPECT_EQ(folded.find("=EF=BF=BD"), folded.npos);
+
+    const auto mailbox = [](std::wstring_view name) {
+        HeaderText header;
+        header.AddMailbox("From", name, "a@b");
+        return header.Lines();
+    };
+    EXPECT_EQ(mailbox(L""), "From: <a@b>\n");
+    EXPECT_EQ(mailbox(L" Anna Smith "), "From: Anna Smith <a@b>\n");
+    EXPECT_EQ(mailbox(L"O\"Neil, J."), "From: \"O\\\"Neil, J.\" <a@b>\n");
+}
+
+TEST(Mime, AddressesAndIdentifiersAreWhatFieldsCanHold) {
+    EXPECT_EQ(AddrSpec("a.b@c.d"), "a.b@c.d");
+    EXPECT_EQ(AddrSpec("box7"), "box7@invalid");
+    EXPECT_EQ(AddrSpec("a b\"@c"), "\"a b\\\"\"@c");
+    EXPECT_EQ(AddrSpec("a@b@[1.2.3.4]"), "\"a@b\"@[1.2.3.4]");
+    EXPECT_EQ(AddrSpec("a@b c"), "\"a@b c\"@invalid");
+    EXPECT_FALSE(AddrSpec("") || AddrSpec("a\r\n@b") || AddrSpec("\xE4@b"));
+    EXPECT_EQ(MessageId("<a@b>"), "<a@b>");
+    EXPECT_EQ(MessageId("a@b"), "<a@b>");
+    EXPECT_FALSE(MessageId("") || MessageId("a") || MessageId("a@b c") || MessageId("<a@b"));
+}
+
+TEST(Mime, BytesWithoutAMeaningAreCounted) {
+    const auto count = [](Charset charset, const std::string& text) {
+        MeaninglessBytes whole(charset);
+        whole.Add(text);
+        MeaninglessBytes pieces(charset);
+        for (const char c : text)
+            pieces.Add({&c, 1});
+        EXPECT_EQ(pieces.Count(), whole.Count());
+        return whole.Count();
+    };
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte)
+        all += static_cast<char>(byte);
+    EXPECT_EQ(count(Charset::Windows1252, all), 5u);
+    EXPECT_EQ(count(Charset::Macintosh, all), 0u);
+    EXPECT_EQ(count(Charset::Utf8, all), 128u);
+    EXPECT_EQ(count(Charset::Utf8, "\xE6\x97\xA5\xF0\x9F\x98\x80\xC3\xA4"), 0u);
+    EXPECT_EQ(count(Charset::Utf8, "\xC0\x80\xED\xA0\x80\xF4\x90\x80\x80\xE6\x97"), 11u);
+    EXPECT_EQ(WholeCharacters("a\xE6\x97"), 1u);
+    EXPECT_EQ(Utf8(Decoded("\x80\x81", Charset::Windows1252)), "\u20AC\uFFFD");
+    EXPECT_EQ(Utf8(Decoded("\x8A", Charset::Macintosh)), "\u00E4");
+}
+
+TEST(Mime, DatesAndNames) {
+    using namespace std::chrono;
+    const sys_seconds time = sys_days(year(2001) / 2 / 3) + 4h + 5min + 6s;
+    EXPECT_EQ(AscTime(time), "Sat Feb  3 04:05:06 2001");
+    EXPECT_EQ(SeparatorLine("a@b", time), "From a@b Sat Feb  3 04:05:06 2001");
+    const local_seconds local(time.time_since_epoch());
+    EXPECT_EQ(DateTime(local, -210min), "Sat, 03 Feb 2001 04:05:06 -0330");
+    const std::string unique = MaildirName(981173106, "00ff");
+    EXPECT_EQ(MaildirPlace(unique, true, ';'), "cur\\981173106.00ff.postrider;2,S");
+    EXPECT_EQ(MaildirPlace(unique, false, ';'), "new\\981173106.00ff.postrider");
+    EXPECT_EQ(MaildirIdentity("981173106.00ff.postrider,S=12:2,RS"), "00ff");
+    EXPECT_EQ(MaildirIdentity("981173106.M1.host"), "");
+}
+
+} // namespace
