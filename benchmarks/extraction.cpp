@@ -61,17 +61,24 @@ static std::uint64_t CopyByTool(const std::string& folder, const std::string& ta
     char path[MAX_PATH];
     GetModuleFileNameA(nullptr, path, sizeof path);
     const std::string own = path;
-    std::string command = "\"" + own.substr(0, own.rfind('\\') + 1) +
-                          "mailfolder.exe\" -q extract " + folder + " " + target;
+    std::string command = "\"" + own.substr(0, own.rfind('\\') + 1) + "mailfolder.exe\" extract " +
+                          folder + " " + target;
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    const HANDLE nowhere = CreateFileA("NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                       &inherited, OPEN_EXISTING, 0, nullptr);
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = nowhere;
+    startup.hStdError = nowhere;
     PROCESS_INFORMATION process;
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                         &startup, &process))
         return 0;
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 1;
     GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(nowhere);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     return code == 0 ? kMessages : 0;

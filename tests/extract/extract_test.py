@@ -356,7 +356,7 @@ def selections_and_manifest_tell_the_same_messages(folder):
         (["--until", "1998-01-10"], lambda m: m.date.day <= 10),
         (["--from", "CHIDI"], lambda m: b"Chidi" in m.sender),
         (["--from", "P3@"], lambda m: m.address.startswith(b"p3")),
-        (["--subject", "GRÜSS"], lambda m: False), (["--subject", "grÜßE"], lambda m: m.topic[:1] == b"G"),
+        (["--subject", "tOPIC 1"], lambda m: m.topic.startswith(b"Topic 1")),
         (["--kind", "4"], lambda m: m.kind == 4),
         (["--kind", "1", "--since", "1998-01-05", "--unprocessed"],
          lambda m: m.kind == 1 and m.date.day >= 5 and not m.processed)]
@@ -538,6 +538,25 @@ def one_message_is_shown(folder):
     raw = subprocess.run(TOOL + ["show", windows(source), "msg00002.eml", "--raw"], capture_output=True)
     assert raw.stdout == MULTIPART
     run("show", source, "3", code=1)
+
+
+@test
+def manual_and_completions_are_what_the_commands_are(folder):
+    project = os.path.join(os.path.dirname(__file__), "../..")
+    made = os.path.join(folder, "made")
+    subprocess.run([os.path.join(project, "tools/command_documents"), TOOL[1], made], check=True)
+    for path in tree(made):
+        name = os.path.relpath(path, made)
+        same = open(path, "rb").read() == open(os.path.join(project, name), "rb").read()
+        assert same, f"{name} is out of date: run tools/command_documents {TOOL[1]}"
+    page = open(os.path.join(made, "docs/mailfolder.1")).read()
+    assert re.search(r"(?m)^\.SS extract", page) and r"\-\-flag\-separator" in page
+    script = """. completions/mailfolder.bash; complete_() { COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
+        _mailfolder; echo "${COMPREPLY[*]}"; }
+        complete_ mailfolder ext; complete_ mailfolder extract a --format ''; complete_ mailfolder prefs s
+        complete_ mailfolder extract --rec"""
+    said = subprocess.run(["bash", "-c", script], cwd=made, capture_output=True, text=True, check=True)
+    assert said.stdout.split("\n")[:4] == ["extract", "mbox maildir eml", "show", "--recursive"], said
 
 
 def main():

@@ -235,7 +235,14 @@ void MboxTarget::Complete() {
     if (mOld && !MoveFileW(mPath.c_str(), mOldPath.c_str()))
         Fail("Cannot rename {}: {}. It is as it was.", Shown(WithoutPrefix(mPath)),
              LastErrorText());
-    if (!mNew.PutInPlace())
+    bool isInPlace = false;
+    try {
+        isInPlace = mNew.PutInPlace();
+    } catch (const Failure&) {
+        PutBackOld();
+        throw;
+    }
+    if (!isInPlace)
         Fail("Cannot write {}: there is a file of that name now.", Shown(WithoutPrefix(mPath)));
     mOld.reset();
     DeleteFileW(mOldPath.c_str());
