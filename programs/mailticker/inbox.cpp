@@ -19,34 +19,33 @@ static std::pair<std::size_t, std::size_t> SameEnds(const Messages& a, const Mes
     return {first, last};
 }
 
-// The keys of `these` that are none of `others`; only what differs between the ends is looked at
-// twice.
-static std::set<std::string_view> KeysWithout(const Messages& these, const Messages& others) {
-    const auto [first, last] = SameEnds(these, others);
+// The keys of `these` that are none of `others`; only what differs between the same ends is looked
+// at twice.
+static std::set<std::string_view> KeysWithout(const Messages& these, const Messages& others,
+                                              std::pair<std::size_t, std::size_t> ends) {
     std::set<std::string_view> keys;
-    for (std::size_t i = first; i < these.Count() - last; ++i)
+    for (std::size_t i = ends.first; i < these.Count() - ends.second; ++i)
         keys.insert(these.Key(i));
     for (std::size_t i = 0; i < others.Count() && !keys.empty(); ++i)
         keys.erase(others.Key(i));
     return keys;
 }
 
-Inbox::Keys Inbox::NewKeys(const Messages& next) const {
-    Keys keys = KeysWithout(next, mMessages);
+Inbox::Keys Inbox::Arrivals(const Messages& next, unsigned long long now) {
+    const auto ends = SameEnds(mMessages, next);
+    std::erase_if(mVanished, [&](const auto& one) { return now - one.second > kVanishedFor; });
+    for (const std::string_view key : KeysWithout(mMessages, next, ends))
+        mVanished.emplace_back(key, now);
+    if (!mTaken)
+        return {};
+    Keys keys = KeysWithout(next, mMessages, ends);
     for (const auto& vanished : mVanished)
         keys.erase(vanished.first);
     return keys;
 }
 
-void Inbox::RememberVanished(const Messages& next, unsigned long long now) {
-    std::erase_if(mVanished, [&](const auto& one) { return now - one.second > kVanishedFor; });
-    for (const std::string_view key : KeysWithout(mMessages, next))
-        mVanished.emplace_back(key, now);
-}
-
 void Inbox::Take(Messages messages, unsigned long long now) {
-    RememberVanished(messages, now);
-    const Keys arrived = mTaken ? NewKeys(messages) : Keys();
+    const Keys arrived = Arrivals(messages, now);
     mArrived.clear();
     mUnprocessed = 0;
     std::set<std::string, std::less<>> stillNew;

@@ -51,8 +51,8 @@ private:
         unsigned int kinds; // a bit for each kind that has it in its name
     };
 
-    Keys NewKeys(const Messages& next) const;
-    void RememberVanished(const Messages& next, unsigned long long now);
+    // The keys of the next reading that were in none of the last seconds; remembers what vanished.
+    Keys Arrivals(const Messages& next, unsigned long long now);
     void Show();
     bool Passes(std::size_t message) const;
     void Order();

@@ -9,6 +9,9 @@
 // A record of the D file.
 static constexpr unsigned int kRecordSize = 316;
 
+// What room is made for, whatever a file's size says.
+static constexpr std::size_t kMostExpected = 1000000;
+
 // What the library takes of a path, with room to spare.
 static constexpr std::size_t kLongestPath = 240;
 
@@ -107,11 +110,13 @@ InboxReader::InboxReader(const std::wstring& path) {
 static InboxState Walked(Reading& reading) {
     if (reading.path.empty())
         return InboxState::NoUser;
-    if (GetFileAttributesW(reading.path.c_str()) == INVALID_FILE_ATTRIBUTES)
+    WIN32_FILE_ATTRIBUTE_DATA file;
+    if (!GetFileAttributesExW(reading.path.c_str(), GetFileExInfoStandard, &file))
         return StateOf(reading.error = GetLastError(), reading.path);
     const std::string name = PassablePath(reading.path);
     if (name.empty())
         return InboxState::Unspeakable;
+    reading.messages.Expect(std::min<std::size_t>(file.nFileSizeLow / kRecordSize, kMostExpected));
     reading.error = Walk(name, reading.messages);
     if (reading.error == ERROR_SHARING_VIOLATION || reading.error == ERROR_LOCK_VIOLATION)
         return InboxState::Held;

@@ -1,7 +1,6 @@
 #include "programs/mailticker/messages.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "programs/mailticker/text.h"
 
@@ -11,19 +10,31 @@ const wchar_t* KindName(unsigned int kind) {
     return names[std::min(kind, kDamagedKind)];
 }
 
+void Messages::Expect(std::size_t count) {
+    constexpr std::size_t kUsualLength = 48;
+    mEntries.reserve(count);
+    mText.reserve(kUsualLength * count);
+}
+
 void Messages::Add(const char* from, const char* topic, const char* file, unsigned int kind,
                    bool processed) {
     Entry entry = {};
     entry.start = static_cast<std::uint32_t>(mText.size());
     entry.kind = std::min(kind, kDamagedKind);
     entry.processed = processed;
-    const char* const texts[] = {from, topic, file};
-    for (int i = 0; i < 3; ++i) {
-        entry.lengths[i] =
-            static_cast<std::uint8_t>(std::min<std::size_t>(std::strlen(texts[i]), 255));
-        mText.append(texts[i], entry.lengths[i]);
-        mText += '\0';
+    // Gathered before they are appended: short texts cost less than calls.
+    constexpr int kLongest = 255;
+    char texts[3 * (kLongest + 1)];
+    char* end = texts;
+    int which = 0;
+    for (const char* text : {from, topic, file}) {
+        const char* const start = end;
+        while (*text && end - start < kLongest)
+            *end++ = *text++;
+        entry.lengths[which++] = static_cast<std::uint8_t>(end - start);
+        *end++ = '\0';
     }
+    mText.append(texts, end);
     mEntries.push_back(entry);
 }
 

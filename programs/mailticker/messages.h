@@ -22,6 +22,8 @@ const wchar_t* KindName(unsigned int kind);
 // shown of them is made when it is shown.
 class Messages {
 public:
+    // Makes room for so many at once.
+    void Expect(std::size_t count);
     // Texts are Windows-1252 and end with a zero.
     void Add(const char* from, const char* topic, const char* file, unsigned int kind,
              bool processed);
