@@ -36,8 +36,10 @@ HelperProcess::HelperProcess(const std::string& program, const std::string& argu
     mProcess = process.hProcess;
 }
 
+void HelperProcess::End() { TerminateProcess(mProcess, 99); }
+
 HelperProcess::~HelperProcess() {
-    TerminateProcess(mProcess, 99);
+    End();
     WaitForSingleObject(mProcess, INFINITE);
     CloseHandle(mProcess);
 }

@@ -14,6 +14,8 @@ public:
     HelperProcess& operator=(const HelperProcess&) = delete;
     ~HelperProcess();
 
+    // Ends it at once.
+    void End();
     // Waits for it to end; the whole 32-bit exit code.
     unsigned long ExitCode();
 

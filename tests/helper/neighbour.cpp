@@ -1,0 +1,141 @@
+// One of several programs at work on the same mail folder at the same moment.
+//
+//   neighbour FOLDER NUMBER KINDS ROUNDS START LOG
+//
+// When START is said, each round does each of KINDS once, and what a call told is a line of LOG at
+// once, so that it is known even when the program is ended:
+//
+//   a  adds the message A<number>-<round>.EML         added NAME
+//   m  marks M<round>.EML as processed                marked NAME
+//   c  takes what can be processed                    taken NAME
+//   d  deletes D<round>.EML                           deleted NAME
+//   o  moves old mail to the folder OLD
+//   z  compresses, s strips identifiers, u cuts free slots at the end
+//   U  drops all free slots of MSGS<number>.DAT
+//   p  adds a block to RB.DAT                         block ID
+//   w  walks as a notifier does                       torn NAME, for texts that do not belong
+//   together
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "postrider.h"
+#include "programs/mailfolder/quiet.h"
+#include "resident/core/windows_api.h"
+#include "tests/hostile/neighbours.h"
+#include "tests/store/mail_folder.h"
+#include "tests/support/crash.h"
+#include "tests/support/helper_process.h"
+
+namespace {
+
+class Neighbour {
+public:
+    Neighbour(const std::string& folder, const std::string& number, const char* log)
+        : mFolder(folder), mNumber(number),
+          mLog(CreateFileA(log, FILE_APPEND_DATA, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
+                           FILE_ATTRIBUTE_NORMAL, nullptr)) {
+        mFile.Parse((folder + "\\DFile").c_str(), 1);
+        mOld.Parse((folder + "\\OLD\\DFile").c_str(), 1);
+        mMessages.Parse((folder + "\\MSGS" + number + ".DAT").c_str(), 1);
+    }
+
+    void Do(char kind, int round) {
+        switch (kind) {
+        case 'a':
+            return Add("A" + mNumber + "-" + std::to_string(round) + ".EML");
+        case 'm':
+            return Mark("M" + std::to_string(round) + ".EML");
+        case 'c':
+            return Collect();
+        case 'd':
+            return Delete("D" + std::to_string(round) + ".EML");
+        case 'o':
+            return mFile.DeleteOldMail(0, 1, &mOld);
+        case 'z':
+            mFile.CompressDFile();
+            return;
+        case 's':
+            mFile.RemoveAllMessageIDs(BaseDirFile::keRemoveAll);
+            return;
+        case 'u':
+            return mFile.UpdateDFile();
+        case 'U':
+            return mMessages.UpdateDFile();
+        case 'p':
+            return AddBlock(std::atoi(mNumber.c_str()) * 1000 + round);
+        case 'w':
+            return Walk();
+        }
+    }
+
+private:
+    void Tell(const std::string& line) {
+        DWORD written;
+        WriteFile(mLog, (line + "\n").data(), line.size() + 1, &written, nullptr);
+    }
+    void Add(const std::string& name) {
+        WriteFileBytes(mFolder + "\\" + name, Neighbours::Mail(name) + "text");
+        RbFile message((mFolder + "\\" + name).c_str());
+        if (mFile.AddMessage(&message) == 1)
+            Tell("added " + name);
+    }
+    void Mark(const std::string& name) {
+        DirectoryRecord probe = Record(Neighbours::Mail(name));
+        if (mFile.MarkRecord(probe, keMarkProcessed) == 1)
+            Tell("marked " + name);
+    }
+    void Delete(const std::string& name) {
+        DirectoryRecord probe = Record(Neighbours::Mail(name));
+        if (mFile.DeleteMail(probe) == 1)
+            Tell("deleted " + name);
+    }
+    void Collect() {
+        RB_Container<DirectoryRecord> list(RB_Container<DirectoryRecord>::keOwnsObjects);
+        mFile.GetUnprocessedDDRs(&list, nullptr, keGetProcessable);
+        for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
+            Tell(std::string("taken ") + record->FileName().Text());
+    }
+    void AddBlock(int id) {
+        std::string bytes = Neighbours::Block(id);
+        UserPrefFile file;
+        file.Parse((mFolder + "\\RB.DAT").c_str(), 1);
+        AppPrefTag tag{static_cast<unsigned short>(id), 400,
+                       static_cast<unsigned short>(bytes.size()), bytes.data()};
+        if (file.OpenPrefFile() && file.WriteAppPrefs(tag))
+            Tell("block " + std::to_string(id));
+        file.ClosePrefFile();
+    }
+    void Walk() {
+        char *topic, *fileName, *sender;
+        unsigned short kind, flag;
+        int more =
+            GetFirstRecord((mFolder + "\\DFile").c_str(), &topic, &fileName, &sender, &kind, &flag);
+        for (; more; more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag))
+            if (std::string(fileName) != std::string(topic) + ".EML")
+                Tell(std::string("torn ") + fileName);
+        Done();
+    }
+
+    const std::string mFolder, mNumber;
+    const HANDLE mLog;
+    DirectoryFile mFile{keDirFolder}, mOld{keDirFolder}, mMessages{keDirMessages};
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    EndOnCrash();
+    if (argc != 7)
+        return 2;
+    RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
+    const Quiet quiet;
+    JxTimer timer(GetModuleHandleA(nullptr), JxTimer::keClient);
+    Neighbour neighbour(argv[1], argv[2], argv[6]);
+    Signal(argv[5]).Wait(60000);
+    for (int round = 0; round < std::atoi(argv[4]); ++round)
+        for (const char* kind = argv[3]; *kind; ++kind)
+            neighbour.Do(*kind, round);
+    return 0;
+}

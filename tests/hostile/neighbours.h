@@ -1,0 +1,16 @@
+#pragma once
+
+#include "tests/support/mail_bytes.h"
+
+// What the programs of the neighbour tests write, and what the test looks for.
+namespace Neighbours {
+
+// The record of a message whose texts belong together. D and M messages are not to be processed.
+inline std::string Mail(const std::string& name) {
+    const std::string record = Date(Message(name.substr(0, name.size() - 4), name), 3029529600u);
+    return name[0] == 'D' || name[0] == 'M' ? Attributes(record, 0x0100) : record;
+}
+
+inline std::string Block(int id) { return std::string(40, static_cast<char>('A' + id % 26)); }
+
+} // namespace Neighbours

@@ -1,0 +1,196 @@
+// Several programs at one mail folder or preference file at the same moment: of what any call told,
+// nothing is lost, given twice or mixed.
+
+#include <map>
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "resident/core/windows_api.h"
+#include "tests/hostile/neighbours.h"
+#include "tests/store/mail_folder.h"
+#include "tests/support/helper_process.h"
+
+// How many rounds; POSTRIDER_ROUNDS makes it more.
+static int Rounds(int usual) {
+    const char* const rounds = std::getenv("POSTRIDER_ROUNDS");
+    return rounds ? std::atoi(rounds) : usual;
+}
+
+class NeighbourFolder : public MailFolder {
+protected:
+    static constexpr int kMessages = 60;
+
+    NeighbourFolder() {
+        std::string bytes = kHeader;
+        for (const char* kind : {"C", "D", "M"}) {
+            for (int i = 0; i < kMessages; ++i) {
+                const std::string name = kind + std::to_string(i) + ".EML";
+                WriteFileBytes(name, Neighbours::Mail(name) + "text");
+                bytes += Neighbours::Mail(name);
+            }
+        }
+        CreateDirectoryA("OLD", nullptr);
+        WriteFileBytes("OLD\\DFile", kHeader);
+        WriteFileBytes("DFile", bytes + Free(Neighbours::Mail("F.EML")));
+        for (int number = 0; number < 8; ++number)
+            WriteFileBytes(Messages(number), OwnMessages(number, true));
+    }
+
+    static std::string Messages(int number) { return "MSGS" + std::to_string(number) + ".DAT"; }
+    static std::string OwnMessages(int number, bool withFree) {
+        std::string bytes;
+        for (int i = 0; i < 50; ++i) {
+            const std::string name = "X" + std::to_string(number * 100 + i) + ".EML";
+            bytes += Neighbours::Mail(name) + (withFree ? Free(Neighbours::Mail(name)) : "");
+        }
+        return bytes;
+    }
+
+    // Runs one program for each of `kinds` at once; with `kill` ends them all after a while.
+    void Run(const std::vector<std::string>& kinds, int rounds, DWORD killAfter = 0) {
+        Signal start;
+        std::vector<std::unique_ptr<HelperProcess>> programs;
+        for (unsigned int i = 0; i < kinds.size(); ++i)
+            programs.emplace_back(new HelperProcess(
+                "neighbour.exe", "\"" + mFolder.Path() + "\" " + std::to_string(mNumber++) + " " +
+                                     kinds[i] + " " + std::to_string(rounds) + " " + start.Name() +
+                                     " \"" + mFolder.Path("LOG" + std::to_string(mNumber)) + "\""));
+        start.Set();
+        if (killAfter) {
+            Sleep(killAfter);
+            for (auto& program : programs)
+                program->End();
+        }
+        for (auto& program : programs) {
+            const unsigned long code = program->ExitCode();
+            EXPECT_TRUE(killAfter || code == 0) << code;
+        }
+    }
+
+    // The told names by what was told; fails for one that was told twice where it may not be.
+    std::map<std::string, std::multiset<std::string>> Told() {
+        std::map<std::string, std::multiset<std::string>> told;
+        for (int i = 1; i <= mNumber; ++i) {
+            std::istringstream in(ReadFileBytes("LOG" + std::to_string(i)));
+            for (std::string what, name; in >> what >> name;)
+                told[what].insert(name);
+        }
+        return told;
+    }
+
+    static std::map<std::string, std::vector<std::string>> Listed(Text path) {
+        const std::string bytes = ReadFileBytes(path);
+        EXPECT_EQ(bytes.size() % 316, 0u) << path;
+        EXPECT_EQ(bytes.substr(0, 316), kHeader) << path;
+        std::map<std::string, std::vector<std::string>> records;
+        for (std::size_t at = 316; at + 316 <= bytes.size(); at += 316)
+            if (bytes[at + 2])
+                records[bytes.substr(at + 39, bytes[at + 38])].push_back(bytes.substr(at, 316));
+        return records;
+    }
+
+    // With `ended`, programs were ended: what was under way may have been done and not told.
+    void Compare(bool ended) {
+        auto told = Told();
+        auto listed = Listed("DFile"), old = Listed("OLD\\DFile");
+        EXPECT_TRUE(told["torn"].empty());
+        for (const auto& [name, records] : listed) {
+            EXPECT_EQ(records.size(), 1u) << name << " is listed twice";
+            // But for marks every byte is the message's own.
+            const std::string& record = records[0];
+            EXPECT_EQ(With(With(record, 3, {'\0'}), 36, Bytes("\1\0")),
+                      With(With(Neighbours::Mail(name), 3, {'\0'}), 36, Bytes("\1\0")))
+                << name;
+            const bool processed = record[3] & 1, taken = record[36] & 4;
+            EXPECT_TRUE(ended || processed == (told["marked"].count(name) > 0)) << name;
+            EXPECT_TRUE(!told["marked"].count(name) || processed) << name;
+            EXPECT_TRUE(ended || taken == (told["taken"].count(name) > 0)) << name;
+            EXPECT_TRUE(!told["taken"].count(name) || taken) << name;
+            EXPECT_LE(told["taken"].count(name), 1u) << name << " is given twice";
+        }
+        for (const std::string& name : told["added"])
+            EXPECT_EQ(listed.count(name), 1u) << name << " was told and is lost";
+        for (int i = 0; i < kMessages; ++i) {
+            const std::string number = std::to_string(i) + ".EML";
+            EXPECT_EQ(listed.count("C" + number), 1u) << "C" << number;
+            // Processed messages may have been moved, under another name.
+            if (old.empty())
+                EXPECT_EQ(listed.count("M" + number), 1u) << "M" << number;
+            const bool gone = told["deleted"].count("D" + number);
+            EXPECT_TRUE(listed.count("D" + number) != gone || (ended && !gone)) << "D" << number;
+            EXPECT_LE(told["deleted"].count("D" + number), 1u) << "D" << number;
+        }
+        std::size_t moved = 0;
+        for (const auto& [name, records] : old)
+            moved += records.size();
+        EXPECT_TRUE(ended || moved + CountOf(listed, 'M') == std::size_t{kMessages}) << moved;
+    }
+    static std::size_t CountOf(const std::map<std::string, std::vector<std::string>>& listed,
+                               char first) {
+        std::size_t count = 0;
+        for (const auto& [name, records] : listed)
+            count += name[0] == first;
+        return count;
+    }
+
+    int mNumber = 0;
+};
+
+TEST_F(NeighbourFolder, EveryPairKeepsWhatItTold) {
+    const std::string kinds = "amcdzsuo";
+    for (std::size_t i = 0; i < kinds.size(); ++i)
+        for (std::size_t k = i; k < kinds.size(); ++k)
+            Run({{kinds[i], 'w'}, {kinds[k]}}, Rounds(6));
+    Compare(false);
+}
+
+TEST_F(NeighbourFolder, EightAtOnceKeepWhatTheyTold) {
+    Run({"a", "aw", "mo", "c", "cz", "d", "zu", "sU"}, Rounds(25));
+    Compare(false);
+}
+
+TEST_F(NeighbourFolder, WhoAreEndedKeepNobodyWaitingAndLoseNothingTold) {
+    for (int i = 0; i < Rounds(6); ++i) {
+        // Between the two renames of a rewrite there is no directory file: those stay out of it.
+        Run({"a", "am", "c", "d", "cu", "aw"}, 10000, 150 + 37 * i);
+        Compare(true);
+    }
+    Run({"a", "m", "z"}, 3);
+    Compare(true);
+}
+
+TEST_F(NeighbourFolder, FoldersOfTheirOwnAreNotMixed) {
+    Run({"U", "U", "U", "U"}, Rounds(15));
+    for (int number = 0; number < 4; ++number)
+        EXPECT_EQ(ReadFileBytes(Messages(number)), OwnMessages(number, false)) << number;
+}
+
+TEST_F(NeighbourFolder, PreferenceBlocksAreAllThere) {
+    {
+        std::string own = Neighbours::Block(9);
+        UserPrefFile file(own.data(), 9, static_cast<unsigned short>(own.size()), 400);
+        ASSERT_TRUE(file.CreatePrefsFile(mFolder.Path("RB.DAT").c_str()));
+        file.ClosePrefFile();
+    }
+    Run({"p", "p", "p", "p"}, Rounds(12));
+    auto told = Told()["block"];
+    EXPECT_EQ(told.size(), std::size_t(4 * Rounds(12)));
+    told.insert("9");
+    UserPrefFile file;
+    file.Parse(mFolder.Path("RB.DAT").c_str(), 1);
+    ASSERT_TRUE(file.OpenPrefFile());
+    for (const std::string& id : told) {
+        const std::string block = Neighbours::Block(std::atoi(id.c_str()));
+        std::string bytes(block.size(), '\0');
+        AppPrefTag tag{static_cast<unsigned short>(std::atoi(id.c_str())), 400,
+                       static_cast<unsigned short>(bytes.size()), bytes.data()};
+        EXPECT_TRUE(file.ReadAppPrefs(tag, 0) && bytes == block) << id;
+    }
+    file.ClosePrefFile();
+    const std::string bytes = ReadFileBytes("RB.DAT");
+    const unsigned int count =
+        static_cast<unsigned char>(bytes[44]) * 256 + static_cast<unsigned char>(bytes[45]);
+    EXPECT_EQ(count, told.size());
+    EXPECT_EQ(bytes.size(), 46 + count * (12 + 40));
+}
