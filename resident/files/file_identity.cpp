@@ -80,15 +80,6 @@ bool IsLink(const wchar_t* path) {
     return lstrcmpiW(found.cFileName, final.c_str() + separator + 1) != 0;
 }
 
-bool IsDanglingLink(const wchar_t* path) {
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(path, &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return false;
-    FindClose(search);
-    return GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES;
-}
-
 bool IsLink(const FileSpec& file) {
     const std::wstring name = WideName(file);
     return !name.empty() && IsLink(name.c_str());

@@ -31,5 +31,3 @@ JX_API bool GetFileIdentity(void* handle, FileIdentity& identity);
 // path lies in another folder or has another name. A path that leads to nothing is none.
 JX_API bool IsLink(const wchar_t* path);
 JX_API bool IsLink(const FileSpec& file);
-// Whether there is an entry of that name which leads to nothing.
-JX_API bool IsDanglingLink(const wchar_t* path);

@@ -8,13 +8,20 @@
 
 static constexpr ULONGLONG kRenameMilliseconds = 1000;
 
+static std::vector<char> AccessRights(const wchar_t* path) {
+    DWORD size = 0;
+    GetFileSecurityW(path, DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<char> descriptor(size);
+    if (size && !GetFileSecurityW(path, DACL_SECURITY_INFORMATION, descriptor.data(), size, &size))
+        descriptor.clear();
+    return descriptor;
+}
+
 // Gives `to` the access rights of `from`, so that a rewrite opens a file to nobody.
 static void CopyAccessRights(const wchar_t* from, const wchar_t* to) {
-    DWORD size = 0;
-    GetFileSecurityW(from, DACL_SECURITY_INFORMATION, nullptr, 0, &size);
-    std::vector<char> descriptor(size);
-    if (size && GetFileSecurityW(from, DACL_SECURITY_INFORMATION, descriptor.data(), size, &size))
-        SetFileSecurityW(to, DACL_SECURITY_INFORMATION, descriptor.data());
+    std::vector<char> rights = AccessRights(from);
+    if (!rights.empty() && rights != AccessRights(to))
+        SetFileSecurityW(to, DACL_SECURITY_INFORMATION, rights.data());
     // A read-only file is rewritten as an ordinary one, also where rights tell what is read-only.
     if (GetFileAttributesW(from) & FILE_ATTRIBUTE_READONLY)
         SetFileAttributesW(to, FILE_ATTRIBUTE_NORMAL);

@@ -54,10 +54,8 @@ bool TemporaryFile::Create() {
     return true;
 }
 
-// Whether there is an entry of the name, a link that leads nowhere included.
 static bool IsTaken(FileSpec& name) {
-    return DiskDriver::FileExists(name, 0) || DiskDriver::FileExists(name, keAttrDirectory) ||
-           IsDanglingLink(WideName(name).c_str());
+    return DiskDriver::FileExists(name, 0) || DiskDriver::FileExists(name, keAttrDirectory);
 }
 
 // Tries the numbered names; false when one that is free cannot be made, or all are taken.

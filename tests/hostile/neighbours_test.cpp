@@ -51,11 +51,13 @@ protected:
     void Run(const std::vector<std::string>& kinds, int rounds, DWORD killAfter = 0) {
         Signal start;
         std::vector<std::unique_ptr<HelperProcess>> programs;
-        for (unsigned int i = 0; i < kinds.size(); ++i)
+        for (const std::string& each : kinds) {
+            const std::string number = std::to_string(mNumber++);
             programs.emplace_back(new HelperProcess(
-                "neighbour.exe", "\"" + mFolder.Path() + "\" " + std::to_string(mNumber++) + " " +
-                                     kinds[i] + " " + std::to_string(rounds) + " " + start.Name() +
-                                     " \"" + mFolder.Path("LOG" + std::to_string(mNumber)) + "\""));
+                "neighbour.exe", "\"" + mFolder.Path() + "\" " + number + " " + each + " " +
+                                     std::to_string(rounds) + " " + start.Name() + " \"" +
+                                     mFolder.Path("LOG" + number) + "\""));
+        }
         start.Set();
         if (killAfter) {
             Sleep(killAfter);
@@ -71,8 +73,9 @@ protected:
     // The told names by what was told; fails for one that was told twice where it may not be.
     std::map<std::string, std::multiset<std::string>> Told() {
         std::map<std::string, std::multiset<std::string>> told;
-        for (int i = 1; i <= mNumber; ++i) {
-            std::istringstream in(ReadFileBytes("LOG" + std::to_string(i)));
+        for (int i = 0; i < mNumber; ++i) {
+            const std::string log = "LOG" + std::to_string(i);
+            std::istringstream in(FileThere(log) ? ReadFileBytes(log) : "");
             for (std::string what, name; in >> what >> name;)
                 told[what].insert(name);
         }
@@ -115,8 +118,7 @@ protected:
             const std::string number = std::to_string(i) + ".EML";
             EXPECT_EQ(listed.count("C" + number), 1u) << "C" << number;
             // Processed messages may have been moved, under another name.
-            if (old.empty())
-                EXPECT_EQ(listed.count("M" + number), 1u) << "M" << number;
+            EXPECT_TRUE(!old.empty() || listed.count("M" + number) == 1) << "M" << number;
             const bool gone = told["deleted"].count("D" + number);
             EXPECT_TRUE(listed.count("D" + number) != gone || (ended && !gone)) << "D" << number;
             EXPECT_LE(told["deleted"].count("D" + number), 1u) << "D" << number;
@@ -168,15 +170,15 @@ TEST_F(NeighbourFolder, FoldersOfTheirOwnAreNotMixed) {
 
 TEST_F(NeighbourFolder, PreferenceBlocksAreAllThere) {
     {
-        std::string own = Neighbours::Block(9);
-        UserPrefFile file(own.data(), 9, static_cast<unsigned short>(own.size()), 400);
+        std::string own = Neighbours::Block(60000);
+        UserPrefFile file(own.data(), 60000, static_cast<unsigned short>(own.size()), 400);
         ASSERT_TRUE(file.CreatePrefsFile(mFolder.Path("RB.DAT").c_str()));
         file.ClosePrefFile();
     }
     Run({"p", "p", "p", "p"}, Rounds(12));
     auto told = Told()["block"];
     EXPECT_EQ(told.size(), std::size_t(4 * Rounds(12)));
-    told.insert("9");
+    told.insert("60000");
     UserPrefFile file;
     file.Parse(mFolder.Path("RB.DAT").c_str(), 1);
     ASSERT_TRUE(file.OpenPrefFile());
@@ -185,7 +187,11 @@ TEST_F(NeighbourFolder, PreferenceBlocksAreAllThere) {
         std::string bytes(block.size(), '\0');
         AppPrefTag tag{static_cast<unsigned short>(std::atoi(id.c_str())), 400,
                        static_cast<unsigned short>(bytes.size()), bytes.data()};
-        EXPECT_TRUE(file.ReadAppPrefs(tag, 0) && bytes == block) << id;
+        // The first block of a new file stands unscrambled.
+        const int read = file.ReadAppPrefs(tag, 0);
+        if (id == "60000")
+            UserPrefFile::Encode(tag);
+        EXPECT_TRUE(read && bytes == block) << id;
     }
     file.ClosePrefFile();
     const std::string bytes = ReadFileBytes("RB.DAT");
