@@ -49,7 +49,7 @@ static bool RunContests(const std::string& folder, const std::string& only, nloh
 
 static bool RunGrowths(const std::string& folder, const std::string& only, nlohmann::json& json) {
     bool linear = true;
-    std::printf("Least time a record, and the exponent of the steepest step\n");
+    std::printf("Least time a record, and the exponent of the growth\n");
     for (const Growth& growth : Growths(folder)) {
         if (growth.name.find(only) == std::string::npos)
             continue;

@@ -21,10 +21,12 @@ static double Slope(const GrowthOutcome& outcome, std::size_t step) {
 }
 
 double GrowthOutcome::Exponent() const {
-    double steepest = 0;
-    for (std::size_t step = 1; step < perRecord.size(); ++step)
-        steepest = std::max(steepest, Slope(*this, step));
-    return steepest;
+    // What a cache or the disk no longer takes makes one step steep; growth goes on.
+    const std::size_t steps = perRecord.empty() ? 0 : perRecord.size() - 1;
+    double exponent = steps ? Slope(*this, steps) : 1;
+    if (steps > 1)
+        exponent = std::min(exponent, Slope(*this, steps - 1));
+    return exponent;
 }
 
 bool GrowthOutcome::Linear() const { return Exponent() <= kMostExponent; }

@@ -17,7 +17,7 @@ struct GrowthOutcome {
     std::string name;
     std::vector<unsigned int> counts; // ends early where the work would take too long
     std::vector<double> perRecord;    // seconds, for each count
-    // The exponent of the steepest step between two counts: 1 when the cost a record stays.
+    // The exponent over the last two steps, of the flatter one: 1 when the cost a record stays.
     double Exponent() const;
     bool Linear() const;
 };
