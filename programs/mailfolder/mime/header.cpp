@@ -9,7 +9,7 @@ namespace mime {
 
 namespace {
 
-constexpr std::size_t kLine = 78;        // RFC 5322, 2.1.1
+constexpr std::size_t kLine = 76;        // RFC 2047, 2: less than RFC 5322, 2.1.1, allows
 constexpr std::size_t kEncodedWord = 75; // RFC 2047, 2
 
 // RFC 5322, 3.6, and RFC 2045, 3.
@@ -152,7 +152,7 @@ std::string Folded(std::string_view name, std::string_view value) {
     std::size_t column = lines.size();
     while (!value.empty()) {
         const std::size_t size = std::min(value.find(' '), value.size());
-        if (column + 1 + size > kLine && column > name.size() + 1) {
+        if (column + 1 + size > kLine) {
             lines += '\n';
             column = 0;
         }
