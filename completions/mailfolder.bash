@@ -2,24 +2,26 @@
 _mailfolder() {
     local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}
     local words="${COMP_WORDS[*]:1:COMP_CWORD-1} " commands options values
-    [[ $words == 'check '* ]] && options='--type --json'
+    [[ $words == 'check '* ]] && options='--type -r --recursive --json'
     [[ $words == 'compress '* ]] && options='--type --yes --replace-backup --drop-damaged'
-    [[ $words == 'export '* ]] && options='--replace --json'
     [[ $words == 'extract '* && $prev == --format ]] && values='mbox maildir eml'
     [[ $words == 'extract '* && $prev == --charset ]] && values='windows-1252 macintosh utf-8'
     [[ $words == 'extract '* && $prev == --flag-separator ]] && values='! ; - + ='
     [[ $words == 'extract '* ]] && options='--format --recursive --append --charset --orphans --no-orphans --deleted --flag-separator --manifest --unprocessed --since --until --from --subject --kind'
-    [[ $words == 'import '* ]] && options='--append --replace'
-    [[ $words == 'info '* ]] && options='--type --json'
+    [[ $words == 'info '* ]] && options='--type -r --recursive --json'
     [[ $words == 'list '* ]] && options='--type --json'
     [[ $words == 'prefs show '* ]] && options='--json'
-    [[ $words == 'rebuild '* ]] && options='--type --yes --replace-backup'
+    [[ $words == 'rebuild '* ]] && options='--type --yes --replace-backup --keep-missing'
+    [[ $words == 'recover '* ]] && options='--yes'
     [[ $words == 'show '* && $prev == --charset ]] && values='windows-1252 macintosh utf-8'
     [[ $words == 'show '* ]] && options='--raw --charset'
+    [[ $words == 'undelete '* ]] && options='--type --yes --replace-backup --slot'
     [[ $words == 'user show '* ]] && options='--json'
-    commands=$(tr '|' '\n' <<<'check|compress|export|extract|import|info|list|prefs show|rebuild|show|user show' | grep "^$words" | cut -c$((${#words} + 1))- |
+    [[ $words == 'users export '* ]] && options='--replace --yes --replace-backup --json'
+    [[ $words == 'users import '* ]] && options='--append --replace --yes --replace-backup'
+    commands=$(tr '|' '\n' <<<'check|compress|extract|info|list|prefs show|rebuild|recover|show|undelete|user show|users export|users import' | grep "^$words" | cut -c$((${#words} + 1))- |
         cut -d' ' -f1)
-    [ $COMP_CWORD = 1 ] && commands=$(tr '|' '\n' <<<'check|compress|export|extract|import|info|list|prefs show|rebuild|show|user show' | cut -d' ' -f1 | sort -u)
+    [ $COMP_CWORD = 1 ] && commands=$(tr '|' '\n' <<<'check|compress|extract|info|list|prefs show|rebuild|recover|show|undelete|user show|users export|users import' | cut -d' ' -f1 | sort -u)
     if [ -n "$values" ]; then COMPREPLY=($(compgen -W "$values" -- "$cur"))
     elif [[ $cur == -* ]]; then COMPREPLY=($(compgen -W "$options" -- "$cur"))
     elif [ -n "$commands" ]; then COMPREPLY=($(compgen -W "$commands" -- "$cur"))

@@ -1,20 +1,22 @@
 # PowerShell completion for mailfolder
 $mailfolderWords = @{
-    'check' = '--type', '--json'
+    'check' = '--type', '-r', '--recursive', '--json'
     'compress' = '--type', '--yes', '--replace-backup', '--drop-damaged'
-    'export' = '--replace', '--json'
     'extract' = '--format', '--recursive', '--append', '--charset', '--orphans', '--no-orphans', '--deleted', '--flag-separator', '--manifest', '--unprocessed', '--since', '--until', '--from', '--subject', '--kind'
     'extract --format' = 'mbox', 'maildir', 'eml'
     'extract --charset' = 'windows-1252', 'macintosh', 'utf-8'
     'extract --flag-separator' = '!', ';', '-', '+', '='
-    'import' = '--append', '--replace'
-    'info' = '--type', '--json'
+    'info' = '--type', '-r', '--recursive', '--json'
     'list' = '--type', '--json'
     'prefs show' = '--json'
-    'rebuild' = '--type', '--yes', '--replace-backup'
+    'rebuild' = '--type', '--yes', '--replace-backup', '--keep-missing'
+    'recover' = '--yes'
     'show' = '--raw', '--charset'
     'show --charset' = 'windows-1252', 'macintosh', 'utf-8'
+    'undelete' = '--type', '--yes', '--replace-backup', '--slot'
     'user show' = '--json'
+    'users export' = '--replace', '--yes', '--replace-backup', '--json'
+    'users import' = '--append', '--replace', '--yes', '--replace-backup'
 }
 Register-ArgumentCompleter -Native -CommandName mailfolder, mailfolder.exe -ScriptBlock {
     param($word, $line, $position)

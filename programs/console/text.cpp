@@ -1,20 +1,26 @@
 #include "programs/console/text.h"
 
 #include <fmt/format.h>
+#include <fmt/xchar.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "programs/console/output.h"
 #include "resident/core/windows_api.h"
 
-static std::wstring Wide(const std::string& ansi) {
-    const int length = static_cast<int>(ansi.size());
-    std::wstring wide(ansi.size(), L'\0');
-    wide.resize(MultiByteToWideChar(CP_ACP, 0, ansi.data(), length, wide.data(), length));
+// What MultiByteToWideChar takes.
+static std::wstring Wide(unsigned int codePage, std::string_view text) {
+    const int length = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');
+    wide.resize(MultiByteToWideChar(codePage, 0, text.data(), length, wide.data(), length));
     return wide;
 }
 
-static std::string Narrow(const std::wstring& wide) {
+std::wstring WideOfAnsi(std::string_view ansi) { return Wide(CP_ACP, ansi); }
+
+std::wstring WideOfUtf8(std::string_view utf8) { return Wide(CP_UTF8, utf8); }
+
+std::string Utf8(std::wstring_view wide) {
     const int length = static_cast<int>(wide.size());
     // A UTF-16 unit takes three bytes at most.
     std::string utf8(3 * wide.size(), '\0');
@@ -23,19 +29,43 @@ static std::string Narrow(const std::wstring& wide) {
     return utf8;
 }
 
-std::string Utf8(const std::string& ansi) { return Narrow(Wide(ansi)); }
+std::string Utf8(std::string_view ansi) { return Utf8(WideOfAnsi(ansi)); }
 
-std::string Printable(const std::string& ansi) {
-    std::wstring wide = Wide(ansi);
-    for (wchar_t& c : wide)
-        if (c < 0x20 || (c >= 0x7F && c < 0xA0))
-            c = L'\u00B7';
-    return Narrow(wide);
+// Marks that turn the direction of the text around them, and separators of lines.
+static bool TurnsText(wchar_t c) {
+    return c == 0x061C || (c >= 0x200E && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) ||
+           (c >= 0x2066 && c <= 0x2069);
 }
 
-// Characters that a UTF-8 text shows.
+std::string Printable(std::wstring_view wide) {
+    std::wstring shown;
+    for (const wchar_t c : wide) {
+        if (TurnsText(c))
+            shown += fmt::format(L"<U+{:04X}>", static_cast<unsigned int>(c));
+        else
+            shown += c < 0x20 || (c >= 0x7F && c < 0xA0) ? L'\u00B7' : c;
+    }
+    return Utf8(shown);
+}
+
+std::string Printable(std::string_view ansi) { return Printable(WideOfAnsi(ansi)); }
+
+// Whether a terminal gives a character two places: those of East Asia, and pictures.
+static bool IsDouble(wchar_t c) {
+    return c >= 0x1100 &&
+           (c <= 0x115F || (c >= 0x2E80 && c <= 0xA4CF) || (c >= 0xAC00 && c <= 0xD7A3) ||
+            (c >= 0xF900 && c <= 0xFAFF) || (c >= 0xFE30 && c <= 0xFE6F) ||
+            (c >= 0xFF00 && c <= 0xFF60) || (c >= 0xFFE0 && c <= 0xFFE6));
+}
+
+// Places that a UTF-8 text takes.
 static std::size_t Width(const std::string& text) {
-    return std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; });
+    const auto one = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::all_of(text.begin(), text.end(), one))
+        return text.size();
+    // Each half of a character outside the first plane counts one: they are pictures.
+    const std::wstring wide = WideOfUtf8(text);
+    return wide.size() + std::count_if(wide.begin(), wide.end(), IsDouble);
 }
 
 void PrintTable(const std::vector<Column>& columns,
@@ -58,7 +88,7 @@ void PrintTable(const std::vector<Column>& columns,
             line += "  " + (columns[i].alignRight ? blanks + cells[i] : cells[i] + blanks);
         }
         line.erase(line.find_last_not_of(' ') + 1);
-        fmt::print("{}\n", line);
+        Write(line += '\n');
     };
     print(titles);
     print(lines);
@@ -66,14 +96,15 @@ void PrintTable(const std::vector<Column>& columns,
         print(row);
 }
 
-std::string WhyUnreadable(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+std::string WhyUnreadable(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return "there is no such file";
     if (attributes & FILE_ATTRIBUTE_DIRECTORY)
         return "it is a folder; name the file in it";
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_SHARING_VIOLATION ? "another program is holding it"
                                                          : "it may not be read";

@@ -1,14 +1,22 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-// Text for a terminal or a pipe. The library's texts are ANSI, what the programs print is UTF-8.
+// Text for a terminal or a pipe. The library's texts are ANSI, the system's names are UTF-16, what
+// the programs print is UTF-8.
 
-std::string Utf8(const std::string& ansi);
+std::wstring WideOfAnsi(std::string_view ansi);
+std::wstring WideOfUtf8(std::string_view utf8);
 
-// As UTF-8, with what would disturb a line of text as a dot.
-std::string Printable(const std::string& ansi);
+std::string Utf8(std::wstring_view wide);
+std::string Utf8(std::string_view ansi);
+
+// As UTF-8, with what would disturb a line of text as a dot, and what would turn its direction
+// around as its number: "<U+202E>".
+std::string Printable(std::wstring_view wide);
+std::string Printable(std::string_view ansi);
 
 // A table's column: as wide as its longest cell.
 struct Column {
@@ -22,4 +30,4 @@ void PrintTable(const std::vector<Column>& columns,
 
 // What stands in the way of reading a file, in words that go on after its name; empty when nothing
 // does. The library's own failures look alike, so it is asked of Windows.
-std::string WhyUnreadable(const std::string& path);
+std::string WhyUnreadable(const std::wstring& path);

@@ -1,39 +1,33 @@
 #include "programs/mailfolder/folder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <vector>
 
-#include "programs/console/text.h"
+#include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/progress.h"
-#include "resident/core/windows_api.h"
 
-static constexpr unsigned long kSlot = BaseDirFile::keRecordSize;
+static constexpr unsigned long long kSlot = BaseDirFile::keRecordSize;
 
-unsigned long Folder::Slots() const {
-    const unsigned long slots = size / kSlot;
+unsigned long long Folder::Slots() const {
+    const unsigned long long slots = size / kSlot;
     return HasHeader() && slots ? slots - 1 : slots;
 }
 
-// Opens a file for reading, with a buffer of its own. Fails when it cannot be.
-namespace {
-
-struct InputFile : RbFile {
-    explicit InputFile(const std::string& path) : RbFile(SpecOf(path)), mBuffer(0x10000, '\0') {
-        rdbuf()->pubsetbuf(mBuffer.data(), mBuffer.size());
-        if (!Open(keOpenRead))
-            Fail("Cannot read {}: opening it failed.", Printable(path));
+Path DFileOf(const Path& argument) {
+    switch (argument.What()) {
+    case Path::keMissing:
+        Fail("Cannot use {}: there is no such file or folder.", argument.Shown());
+    case Path::keDevice:
+        Fail("Cannot use {}: it is a device.", argument.Shown());
+    case Path::keFile:
+    case Path::keLink:
+        return argument;
+    case Path::keFolder:
+        break;
     }
-    ~InputFile() override { close(); }
-
-    std::string mBuffer;
-};
-
-} // namespace
-
-static unsigned long SizeOf(const std::string& path) {
-    InputFile file(path);
-    file.seekg(0, std::ios::end);
-    return static_cast<unsigned long>(file.tellg());
+    const Path folder = argument.Child(L"DFile");
+    const Path messages = argument.Child(L"MFile");
+    return !folder.IsThere() && messages.IsThere() ? messages : folder;
 }
 
 // Nothing in the file tells its type, but where its first record stands.
@@ -48,13 +42,11 @@ static void GuessType(Folder& folder) {
         folder.why = "it is too short to tell";
         return;
     }
-    InputFile file(folder.path);
     DiskDirRec first;
-    file >> first;
-    const auto* const bytes = reinterpret_cast<const char*>(&first);
-    if (std::all_of(bytes, bytes + sizeof first, [](char c) { return c == 0; })) {
+    InputFile(folder.path).ReadAt(0, &first, sizeof first);
+    if (IsZero(first)) {
         folder.why = "it begins with an empty header";
-    } else if (first.fileName[0] > 0 && first.fileName[0] < DiskDirRec::keFileNameSize) {
+    } else if (LooksLikeRecord(first)) {
         folder.type = keDirMessages;
         folder.why = "it begins with a record";
     } else {
@@ -62,73 +54,106 @@ static void GuessType(Folder& folder) {
     }
 }
 
-Folder FindFolder(const std::string& argument, int type, bool maybeMissing) {
-    Folder folder = {FullPath(argument), keDirFolder, "as it was told", 0};
-    if (IsFolder(folder.path)) {
-        const std::string directory = folder.path.back() == '\\' ? folder.path : folder.path + "\\";
-        folder.path = directory + "DFile";
-        if (!IsThere(folder.path) && (!maybeMissing || IsThere(directory + "MFile")))
-            folder.path = directory + "MFile";
-        if (!IsThere(folder.path) && !maybeMissing)
-            Fail("{} has no D file: there is no \"DFile\" or \"MFile\" in it. Name the file, or "
-                 "make "
-                 "one with rebuild.",
-                 Printable(argument));
-    }
-    SpecOf(folder.path);
-    const bool missing = !IsThere(folder.path) && maybeMissing;
-    if (!missing) {
-        NeedReadable(folder.path);
-        folder.size = SizeOf(folder.path);
-    }
+Folder OpenFolder(const Path& path, int type) {
+    Folder folder = {path, keDirFolder, "as it was told", InputFile(path).Size()};
     if (type >= 0)
         folder.type = static_cast<TypeDirFile>(type);
-    else if (missing)
-        folder.why = "what programs make";
     else
         GuessType(folder);
+    Detail("{} is taken for type {}: {}.\n", path.Shown(), static_cast<int>(folder.type),
+           folder.why);
     return folder;
 }
 
+Folder FindFolder(const Path& given, int type) {
+    const Path path = DFileOf(given);
+    if (!path.IsThere())
+        Fail("{} has no D file: there is no \"DFile\" or \"MFile\" in it. \"mailfolder check\" "
+             "tells "
+             "what is there instead.",
+             given.Shown());
+    NeedReadable(path);
+    if (type < 0) {
+        const Kind kind = KindOf(path);
+        if (kind != Kind::DFile && kind != Kind::Empty)
+            throw Failure{fmt::format("{} is no D file: it looks like {}. (--type reads it as one "
+                                      "all the same.)",
+                                      path.Shown(), Words(kind)),
+                          keDamage};
+    }
+    return OpenFolder(path, type);
+}
+
 void ForEachSlot(const Folder& folder, const std::function<void(Slot&)>& visit) {
-    InputFile file(folder.path);
-    Progress progress("Reading " + Printable(folder.path));
+    const InputFile file(folder.path);
+    Progress progress("Reading " + folder.path.Shown());
+    std::vector<DiskDirRec> block(256);
     Slot slot;
     slot.number = folder.HasHeader() ? 1 : 0;
-    slot.position = slot.number * kSlot;
-    file.seekg(static_cast<long>(slot.position));
-    for (; slot.position + kSlot <= folder.size; ++slot.number, slot.position += kSlot) {
-        if (!(file >> slot.stored))
-            Fail("Cannot read {} at byte {}.", Printable(folder.path), slot.position);
-        visit(slot);
-        progress.Show(slot.position, folder.size);
+    while (slot.number < file.Size() / kSlot) {
+        const std::size_t count =
+            file.ReadAt(slot.number * kSlot, block.data(), block.size() * kSlot) / kSlot;
+        if (count == 0)
+            Fail("Cannot read {} at byte {}.", folder.path.Shown(), slot.number * kSlot);
+        for (std::size_t i = 0; i < count; ++i, ++slot.number) {
+            slot.position = slot.number * kSlot;
+            slot.stored = block[i];
+            visit(slot);
+        }
+        progress.Show(slot.number * kSlot, file.Size());
     }
 }
 
-std::string InCapitals(std::string ansi) {
-    CharUpperBuffA(ansi.data(), ansi.size());
-    return ansi;
-}
-
-bool IsMessageFile(const std::string& name) {
-    return name.size() >= 4 && InCapitals(name.substr(name.size() - 4)) == ".EML";
-}
-
-FileEntries FilesOf(const std::string& directory) {
+FileEntries FilesOf(const Path& directory) {
     FileEntries entries;
-    FileSearch search;
-    ffblk found;
-    int more = search.First((directory + "\\*").c_str(), found, 0);
-    for (; more; more = search.Next(found))
-        if (!(found.ff_attrib & keAttrDirectory))
-            entries[InCapitals(found.ff_name)] = {found.ff_name,
-                                                  static_cast<unsigned long>(found.ff_fsize)};
-    search.Close();
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileExW(directory.Child(L"*").Full().c_str(), FindExInfoBasic,
+                                           &found, FindExSearchNameMatch, nullptr, 0);
+    if (search == INVALID_HANDLE_VALUE)
+        return entries;
+    do {
+        if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            continue;
+        const auto join = [](DWORD high, DWORD low) {
+            return static_cast<unsigned long long>(high) << 32 | low;
+        };
+        entries[FoldCase(found.cFileName)] = {
+            found.cFileName, join(found.nFileSizeHigh, found.nFileSizeLow),
+            join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)};
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
     return entries;
 }
 
-LibraryFile::LibraryFile(const Folder& folder) : BaseDirFile(folder.type) {
-    static_cast<FileSpec&>(*this) = SpecOf(folder.path);
+namespace {
+
+// The library's own word on a record's name.
+struct AnyFolder : BaseDirFile {
+    AnyFolder() : BaseDirFile(keDirFolder) { SetSpecPart("C:\\DFile", 0); }
+    // Not inline: the release build's linker takes the thunks of one in each source for several.
+    ~AnyFolder() override;
+    using BaseDirFile::MessageFile;
+};
+
+AnyFolder::~AnyFolder() = default;
+
+} // namespace
+
+std::optional<std::wstring> FileKey(const DirectoryRecord& record) {
+    static const AnyFolder folder;
+    FileSpec spec;
+    if (!folder.MessageFile(record, spec))
+        return {};
+    return FoldCase(WideOfAnsi(record.FileName().Text()));
 }
 
-LibraryFile::~LibraryFile() = default;
+std::optional<std::string> RecordName(const std::wstring& name) {
+    std::string ansi(name.size() * 2, '\0');
+    BOOL lost = FALSE;
+    ansi.resize(WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, name.data(),
+                                    static_cast<int>(name.size()), ansi.data(),
+                                    static_cast<int>(ansi.size()), nullptr, &lost));
+    if (lost || ansi.size() >= DiskDirRec::keFileNameSize || WideOfAnsi(ansi) != name)
+        return {};
+    return ansi;
+}

@@ -1,6 +1,8 @@
-// What reads a D file's records as other programs see them.
+// A D file's messages, as other programs see them.
 
-#include "programs/console/text.h"
+#include <cstddef>
+#include <optional>
+
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/folder.h"
 
@@ -10,11 +12,70 @@ static std::string Sender(const DirectoryRecord& record) {
     return MailUser::OrderedUserName(shown, name, 1).Text();
 }
 
+// A longer identifier stands where the address does.
+static std::string SenderAddress(const DirectoryRecord& record) {
+    constexpr unsigned int kRoom = offsetof(DiskDirRec, sender) + offsetof(UserLRec, zone) -
+                                   DirectoryRecord::keMessageIDOffset;
+    return record.MessageID().Length() < kRoom ? FieldText(record.Record().sender.zone) : "";
+}
+
+// A stored record as one of JSON's objects.
+static Json AsJson(const Slot& slot, const DirectoryRecord& record) {
+    const DiskDirRec& fields = record.Record();
+    return {{"slot", slot.number},
+            {"position", slot.position},
+            {"sender", Utf8(Sender(record))},
+            {"address", Utf8(SenderAddress(record))},
+            {"secondUser", Utf8(FieldText(fields.secondUser.name))},
+            {"topic", Utf8(record.Topic().Text())},
+            {"date", DateJson(FlipLong(fields.date))},
+            {"kind", static_cast<int>(fields.kind)},
+            {"processed", (fields.status & keStatusProcessed) != 0},
+            {"status", static_cast<int>(fields.status)},
+            {"attributes", static_cast<unsigned short>(fields.attributes)},
+            {"identifier", Utf8(record.MessageID().Text())},
+            {"file", Utf8(record.FileName().Text())}};
+}
+
+namespace {
+
+// The messages as a table, which is as wide as its longest cells.
+class Table {
+public:
+    void Add(const DirectoryRecord& record) {
+        const std::string date = DateText(FlipLong(record.Record().date));
+        const bool done = record.Record().status & keStatusProcessed;
+        mProcessed += done;
+        mRows.push_back({Printable(Sender(record)), Printable(record.Topic().Text()),
+                         date.empty() ? "-" : date,
+                         std::to_string(static_cast<int>(record.Record().kind)), done ? "yes" : "-",
+                         Printable(record.FileName().Text())});
+    }
+    void Show(const Folder& folder) const {
+        Print("{}\n\n", folder.path.Shown());
+        if (mRows.empty()) {
+            Print("  No messages.\n");
+            return;
+        }
+        PrintTable({{"From"}, {"Topic"}, {"Date"}, {"Kind", true}, {"Processed"}, {"File"}}, mRows);
+        Print("\n  {}, {} processed\n", Count(mRows.size(), "message"), mProcessed);
+    }
+
+private:
+    std::vector<std::vector<std::string>> mRows;
+    unsigned long mProcessed = 0;
+};
+
+} // namespace
+
 static int List(const std::string& argument, int type, bool json) {
     const Folder folder = FindFolder(argument, type);
-    Json messages = Json::array();
-    std::vector<std::vector<std::string>> rows;
-    unsigned long processed = 0;
+    std::optional<JsonList> messages;
+    if (json)
+        messages.emplace(
+            Json{{"file", folder.path.Shown()}, {"type", static_cast<int>(folder.type)}},
+            "messages");
+    Table table;
     unsigned long damaged = 0;
     ForEachSlot(folder, [&](Slot& slot) {
         DirectoryRecord record(&slot.stored);
@@ -22,83 +83,18 @@ static int List(const std::string& argument, int type, bool json) {
             ++damaged;
         if (!record.isUsed())
             return;
-        const DiskDirRec& fields = record.Record();
-        const bool done = fields.status & keStatusProcessed;
-        const std::string date = DateText(FlipLong(fields.date));
-        const int kind = fields.kind;
-        processed += done;
-        if (json)
-            messages.push_back({{"slot", slot.number},
-                                {"position", slot.position},
-                                {"sender", Utf8(Sender(record))},
-                                {"topic", Utf8(record.Topic().Text())},
-                                {"date", date.empty() ? Json() : Json(date)},
-                                {"kind", kind},
-                                {"processed", done},
-                                {"file", Utf8(record.FileName().Text())}});
+        if (messages)
+            messages->Add(AsJson(slot, record));
         else
-            rows.push_back({Printable(Sender(record)), Printable(record.Topic().Text()),
-                            date.empty() ? "-" : date, std::to_string(kind), done ? "yes" : "-",
-                            Printable(record.FileName().Text())});
+            table.Add(record);
     });
     if (damaged)
-        fmt::print(stderr, "{} damaged: \"mailfolder check\" tells more.\n",
-                   Count(damaged, "record is", "records are"));
-    if (json) {
-        PrintJson({{"file", Utf8(folder.path)},
-                   {"type", static_cast<int>(folder.type)},
-                   {"messages", messages}});
-        return keFine;
-    }
-    fmt::print("{}\n\n", Printable(folder.path));
-    if (rows.empty()) {
-        fmt::print("  No messages.\n");
-        return keFine;
-    }
-    PrintTable({{"From"}, {"Topic"}, {"Date"}, {"Kind", true}, {"Processed"}, {"File"}}, rows);
-    fmt::print("\n  {}, {} processed\n", Count(rows.size(), "message"), processed);
-    return keFine;
-}
-
-static int Info(const std::string& argument, int type, bool json) {
-    const Folder folder = FindFolder(argument, type);
-    LibraryFile file(folder);
-    if (!file.GetInfo(keInfoAll))
-        Fail("Cannot read {} to its end.", Printable(folder.path));
-    unsigned long freeSlots = 0;
-    unsigned long brokenSlots = 0;
-    ForEachSlot(folder, [&](Slot& slot) {
-        freeSlots += slot.stored.used == 0;
-        brokenSlots += slot.stored.used != 0 && !IsUsed(slot.stored);
-    });
-    const std::string newest = DateText(file.NewestDate());
-    const unsigned long rest = folder.size % BaseDirFile::keRecordSize;
-    if (json) {
-        PrintJson({{"file", Utf8(folder.path)},
-                   {"type", static_cast<int>(folder.type)},
-                   {"typeBecause", folder.why},
-                   {"size", folder.size},
-                   {"slots", folder.Slots()},
-                   {"messages", file.UsedCount()},
-                   {"unprocessed", file.UnprocessedCount()},
-                   {"unprocessedKind1", file.HasUnprocessedKind1() != 0},
-                   {"freeSlots", freeSlots},
-                   {"brokenSlots", brokenSlots},
-                   {"bytesBehindLastRecord", rest},
-                   {"newest", newest.empty() ? Json() : Json(newest)}});
-        return keFine;
-    }
-    const auto line = [](const char* name, const std::string& value) {
-        fmt::print("  {:<14}{}\n", name, value);
-    };
-    fmt::print("{}\n\n", Printable(folder.path));
-    line("Type", fmt::format("{} ({})", static_cast<int>(folder.type), folder.why));
-    line("Size", Count(folder.size, "byte"));
-    line("Messages", fmt::format("{}, {} unprocessed", file.UsedCount(), file.UnprocessedCount()));
-    line("Newest", newest.empty() ? "-" : newest);
-    line("Slots", fmt::format("{}, {} free, {} broken", folder.Slots(), freeSlots, brokenSlots));
-    if (rest)
-        line("Rest", Count(rest, "byte") + " of a record that is not whole");
+        Warn("{} damaged: \"mailfolder check\" tells more.\n",
+             Count(damaged, "record is", "records are"));
+    if (messages)
+        messages->Finish();
+    else
+        table.Show(folder);
     return keFine;
 }
 
@@ -111,20 +107,14 @@ struct Options {
 
 } // namespace
 
-template <int (*Do)(const std::string&, int, bool)>
-static Command::Run SetUp(CLI::App& app) {
-    const auto given = std::make_shared<Options>();
-    AddFolder(app, given->folder);
-    AddJson(app, given->json);
-    return [given] { return Do(given->folder.path, given->folder.type, given->json); };
-}
-
 static const Command kList("list", "List the messages of a folder",
                            "  mailfolder list C:\\Mail\\InBox\n"
                            "  mailfolder list C:\\Mail\\InBox\\DFile --json",
-                           SetUp<List>);
-
-static const Command kInfo("info", "Tell a D file's counts, newest date, type and size",
-                           "  mailfolder info C:\\Mail\\InBox\n"
-                           "  mailfolder info D:\\Old\\DFile --type 2 --json",
-                           SetUp<Info>);
+                           [](CLI::App& app) -> Command::Run {
+                               const auto given = std::make_shared<Options>();
+                               AddFolder(app, given->folder);
+                               AddJson(app, given->json);
+                               return [given] {
+                                   return List(given->folder.path, given->folder.type, given->json);
+                               };
+                           });

@@ -4,6 +4,7 @@
 
 #include "programs/console/text.h"
 #include "programs/mailfolder/command.h"
+#include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/tool.h"
 #include "programs/mailfolder/values.h"
 
@@ -40,30 +41,31 @@ static std::string WhyNoPrefs(RbFile& file) {
 }
 
 static int ShowPrefs(const std::string& argument, bool json) {
-    std::string path = FullPath(argument);
-    if (IsFolder(path))
-        path += "\\RB.DAT";
+    Path path(argument);
+    if (path.IsFolder())
+        path = path.Child(L"RB.DAT");
     NeedReadable(path);
+    const FileSpec spec(path.LibraryName().c_str());
     {
-        RbFile file(SpecOf(path));
+        RbFile file(spec);
         if (!file.Open(keOpenRead))
-            Fail("Cannot read {}: opening it failed.", Printable(path));
+            Fail("Cannot read {}: opening it failed.", path.Shown());
         const std::string reason = WhyNoPrefs(file);
         file.close();
         if (!reason.empty())
             throw Failure{
-                fmt::format("{} has no readable mail preferences: {}.", Printable(path), reason),
+                fmt::format("{} has no readable mail preferences: {}.", path.Shown(), reason),
                 keDamage};
     }
     JXMailPrefs prefs(0);
-    static_cast<FileSpec&>(prefs) = SpecOf(path);
+    static_cast<FileSpec&>(prefs) = spec;
     // Once more, for the settings file beside it.
     prefs.SetDefaults();
     if (!prefs.ReadJXPrefs())
-        Fail("Cannot read {}.", Printable(path));
+        Fail("Cannot read {}.", path.Shown());
 
     Values values(json);
-    values.Title(Printable(path));
+    values.Title(path.Shown());
     values.Put("mailDirectory", "Mail directory", prefs.MailDirectory().Text());
     values.Put("popAccount", "POP account", prefs.Text(kePrefPopAddress).Text());
     values.Put("popPort", "POP port", prefs.GetPopPort());

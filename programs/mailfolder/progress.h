@@ -3,7 +3,7 @@
 #include <string>
 
 // One line on standard error that tells how far a long work is, while it lives and when that is a
-// terminal. One at a time.
+// terminal. Not with --quiet.
 class Progress {
 public:
     explicit Progress(std::string what);
@@ -11,10 +11,7 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    void Show(unsigned long done, unsigned long total);
-
-    // The library's copy callback: tells of the Progress that lives. Never stops the copy.
-    static int Copying(unsigned int position);
+    void Show(unsigned long long done, unsigned long long total);
 
 private:
     std::string mWhat;

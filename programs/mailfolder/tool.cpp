@@ -1,66 +1,81 @@
 #include "programs/mailfolder/tool.h"
 
-#include <algorithm>
 #include <chrono>
 
-#include "programs/console/text.h"
-#include "resident/core/windows_api.h"
+Talk talk = Talk::Normal;
 
-void PrintJson(const Json& value) {
-    fmt::print("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
-}
-
-static bool IsAscii(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
-}
-
-std::string FullPath(const std::string& argument) {
-    char buffer[MAX_PATH];
-    char* name = nullptr;
-    const DWORD length = GetFullPathNameA(argument.c_str(), sizeof buffer, buffer, &name);
-    if (length == 0 || length >= sizeof buffer)
-        Fail("Cannot use {}: the name is empty or too long.", Printable(argument));
-    std::string path(buffer, length);
-    // A drive's root keeps its backslash.
-    if (path.size() > 3 && path.back() == '\\')
-        path.pop_back();
-    // The library passes names on in another code page: letters outside ASCII would be lost, and
-    // the short forms of the folders' names have none.
-    if (!IsAscii(path)) {
-        const std::size_t start = IsFolder(path) ? path.size() : path.rfind('\\');
-        char folder[MAX_PATH];
-        const DWORD size = GetShortPathNameA(path.substr(0, start).c_str(), folder, sizeof folder);
-        if (size > 0 && size < sizeof folder)
-            path.replace(0, start, folder);
+// A value's text, its lines after the first indented by that many blanks.
+static std::string Dump(const Json& value, int indent) {
+    const std::string plain = value.dump(2, ' ', false, Json::error_handler_t::replace);
+    std::string text;
+    text.reserve(plain.size());
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        const auto byte = [&](std::size_t at) {
+            return at < plain.size() ? static_cast<unsigned char>(plain[at]) : 0u;
+        };
+        // Outside texts there is nothing but ASCII, and no delete.
+        unsigned int escaped = 0;
+        std::size_t length = 1;
+        if (byte(i) == 0x7F) {
+            escaped = 0x7F;
+        } else if (byte(i) == 0xC2 && byte(i + 1) < 0xA0) {
+            escaped = byte(i + 1);
+            length = 2;
+        } else if (byte(i) == 0xE2 && (byte(i + 1) == 0x80 || byte(i + 1) == 0x81)) {
+            const unsigned int c = 0x2000 + ((byte(i + 1) & 0x3F) << 6) + (byte(i + 2) & 0x3F);
+            if ((c >= 0x200E && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) ||
+                (c >= 0x2066 && c <= 0x2069)) {
+                escaped = c;
+                length = 3;
+            }
+        }
+        if (escaped) {
+            text += fmt::format("\\u{:04x}", escaped);
+            i += length - 1;
+        } else {
+            text += plain[i];
+            if (plain[i] == '\n')
+                text.append(indent, ' ');
+        }
     }
-    if (!IsAscii(path))
-        Fail("Cannot use {}: its name has letters that the library does not take; rename it.",
-             Printable(path));
-    return path;
+    return text;
 }
 
-FileSpec SpecOf(const std::string& path) {
-    FileSpec spec;
-    if (spec.SetSpecPart(path.c_str(), 0) != FileSpec::keSpecOk || path != spec.FullFileSpec())
-        Fail("Cannot use {}: the library does not take that name.", Printable(path));
-    return spec;
+void PrintJson(const Json& value) { Print("{}\n", Dump(value, 0)); }
+
+// The members of an object, each on a line.
+static void PrintMembers(const Json& object, const char* before, const char* after) {
+    for (const auto& [key, value] : object.items())
+        Print("{}  {}: {}{}", before, Json(key).dump(), Dump(value, 2), after);
 }
 
-bool IsThere(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+JsonArray::JsonArray(int indent) : mIndent(indent) { Print("["); }
+
+void JsonArray::Add(const Json& element) {
+    Print("{}{:{}}{}", mEmpty ? "\n" : ",\n", "", mIndent + 2, Dump(element, mIndent + 2));
+    mEmpty = false;
 }
 
-bool IsFolder(const std::string& path) {
-    return IsThere(path) && (GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY);
+void JsonArray::Finish() {
+    if (!mEmpty)
+        Print("\n{:{}}", "", mIndent);
+    Print("]{}", mIndent ? "" : "\n");
 }
 
-void NeedReadable(const std::string& path) {
-    const std::string reason = WhyUnreadable(path);
-    if (!reason.empty())
-        Fail("Cannot read {}: {}.", Printable(path), reason);
+JsonList::JsonList(const Json& head, const char* key) {
+    Print("{{\n");
+    PrintMembers(head, "", ",\n");
+    Print("  {}: ", Json(key).dump());
+    mList.emplace(2);
 }
 
-std::string Count(unsigned long number, const char* one, const char* many) {
+void JsonList::Finish(const Json& tail) {
+    mList->Finish();
+    PrintMembers(tail, ",\n", "");
+    Print("\n}}\n");
+}
+
+std::string Count(unsigned long long number, const char* one, const char* many) {
     return number == 1 ? fmt::format("1 {}", one)
            : many      ? fmt::format("{} {}", number, many)
                        : fmt::format("{} {}s", number, one);
@@ -76,4 +91,9 @@ std::string DateText(unsigned long seconds) {
     return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", int(date.year()),
                        unsigned(date.month()), unsigned(date.day()), time / 3600, time / 60 % 60,
                        time % 60);
+}
+
+Json DateJson(unsigned long seconds) {
+    const std::string text = DateText(seconds);
+    return text.empty() ? Json() : Json(text);
 }

@@ -1,29 +1,75 @@
 #pragma once
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "postrider.h"
+#include "programs/console/output.h"
+#include "programs/console/text.h"
 #include "programs/mailfolder/failure.h"
 
 // What every command of the tool shares.
 
+// How much is told beside results: --quiet tells of failures alone, --verbose of each step.
+enum class Talk { Quiet, Normal, Verbose };
+extern Talk talk;
+
+// What accompanies a result: nothing with --quiet.
+template <class... Args>
+void Tell(fmt::format_string<Args...> format, Args&&... args) {
+    if (talk != Talk::Quiet)
+        Print(format, std::forward<Args>(args)...);
+}
+// A step on the way, to standard error: with --verbose alone.
+template <class... Args>
+void Detail(fmt::format_string<Args...> format, Args&&... args) {
+    if (talk == Talk::Verbose)
+        Warn(format, std::forward<Args>(args)...);
+}
+
 // Keys stay in the order in which they are put in.
 using Json = nlohmann::ordered_json;
 
+// Characters that terminals obey, and those that turn a text's direction, are escaped.
 void PrintJson(const Json& value);
 
-// The full path of an argument, as the library can open it. Fails for a name that it cannot.
-std::string FullPath(const std::string& argument);
-// A specification for it.
-FileSpec SpecOf(const std::string& path);
-bool IsFolder(const std::string& path);
-bool IsThere(const std::string& path);
-// Fails, in plain words, when the file cannot be opened for reading.
-void NeedReadable(const std::string& path);
+// A long array, which goes out as it is made.
+class JsonArray {
+public:
+    explicit JsonArray(int indent = 0);
+    void Add(const Json& element);
+    void Finish();
+
+private:
+    int mIndent;
+    bool mEmpty = true;
+};
+
+// An object with one long list, which goes out as it is made: it needs no memory for what it has.
+class JsonList {
+public:
+    // Prints the members of `head`, and opens the list.
+    JsonList(const Json& head, const char* key);
+    void Add(const Json& element) { mList->Add(element); }
+    // Closes the list; prints the members of `tail` behind it.
+    void Finish(const Json& tail = Json::object());
+
+private:
+    std::optional<JsonArray> mList;
+};
+
+// The text of a length-prefixed field, cut at the field's end.
+template <std::size_t kSize>
+std::string FieldText(const unsigned char (&field)[kSize]) {
+    return std::string(reinterpret_cast<const char*>(field) + 1,
+                       std::min<std::size_t>(field[0], kSize - 1));
+}
 
 // "2 messages", "1 message".
-std::string Count(unsigned long number, const char* one, const char* many = nullptr);
+std::string Count(unsigned long long number, const char* one, const char* many = nullptr);
 
 // Seconds from 1904-01-01, local time, as "2025-04-06 07:08:09"; empty for 0.
 std::string DateText(unsigned long seconds);
+Json DateJson(unsigned long seconds);

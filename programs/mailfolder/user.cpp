@@ -5,6 +5,7 @@
 
 #include "programs/console/text.h"
 #include "programs/mailfolder/command.h"
+#include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/tool.h"
 #include "programs/mailfolder/values.h"
 
@@ -17,10 +18,10 @@ static bool ReadVerification(std::istream& file, RBString& user, RBString& serve
            file.peek() == std::istream::traits_type::eof() && user.Length() > 0;
 }
 
-static void ShowBackgroundData(const std::string& path, Values& values) {
-    RbFile file(SpecOf(path));
+static void ShowBackgroundData(const Path& path, Values& values) {
+    RbFile file(FileSpec(path.LibraryName().c_str()));
     if (!file.Open(keOpenRead))
-        Fail("Cannot read {}: opening it failed.", Printable(path));
+        Fail("Cannot read {}: opening it failed.", path.Shown());
     RBString user;
     RBString server;
     const bool verifying = ReadVerification(file, user, server);
@@ -30,7 +31,7 @@ static void ShowBackgroundData(const std::string& path, Values& values) {
     const bool read = verifying || file >> data;
     file.close();
     if (!read)
-        throw Failure{fmt::format("{} is damaged: there is nothing in it.", Printable(path)),
+        throw Failure{fmt::format("{} is damaged: there is nothing in it.", path.Shown()),
                       keDamage};
     values.PutFlag("verifying", "Being verified", verifying);
     if (verifying) {
@@ -52,15 +53,15 @@ static void ShowBackgroundData(const std::string& path, Values& values) {
     values.Put("dialupConnection", "Dial-up connection", platform.DialupName().Text());
 }
 
-static void ShowLoggedUser(const std::string& path, Values& values) {
-    RbFile file(SpecOf(path));
+static void ShowLoggedUser(const Path& path, Values& values) {
+    RbFile file(FileSpec(path.LibraryName().c_str()));
     if (!file.Open(keOpenRead))
-        Fail("Cannot read {}: opening it failed.", Printable(path));
+        Fail("Cannot read {}: opening it failed.", path.Shown());
     JxLoggedMailUser user;
     const bool read = user.ReadInfo(file);
     file.close();
     if (!read)
-        throw Failure{fmt::format("{} is damaged: it ends inside the user.", Printable(path)),
+        throw Failure{fmt::format("{} is damaged: it ends inside the user.", path.Shown()),
                       keDamage};
     values.Put("name", "Name", user.Name().Text());
     values.Put("address", "Address", user.Address().Text());
@@ -73,26 +74,26 @@ static int ShowUser(bool json) {
         char path[FileSpec::keMaxPart];
         if (!JxCurrentUserDataFile::GetFileSpec(name, path, sizeof path))
             Fail("There is no Windows directory to look in.");
-        return std::string(path);
+        return Path(Utf8(std::string_view(path)));
     };
-    const std::string dataPath = pathOf("JXUSER.DAT");
-    const std::string userPath = pathOf("JXLGDUSR.DAT");
-    if (!IsThere(dataPath) && !IsThere(userPath))
-        Fail("There is no current user: neither {} nor {} is there.", Printable(dataPath),
-             Printable(userPath));
+    const Path dataPath = pathOf("JXUSER.DAT");
+    const Path userPath = pathOf("JXLGDUSR.DAT");
+    if (!dataPath.IsThere() && !userPath.IsThere())
+        Fail("There is no current user: neither {} nor {} is there.", dataPath.Shown(),
+             userPath.Shown());
     Values values(json);
     values.Title("The current user");
-    if (IsThere(userPath)) {
+    if (userPath.IsThere()) {
         NeedReadable(userPath);
         ShowLoggedUser(userPath, values);
     } else {
-        fmt::print(stderr, "{} is missing: no user is logged in.\n", Printable(userPath));
+        Warn("{} is missing: no user is logged in.\n", userPath.Shown());
     }
-    if (IsThere(dataPath)) {
+    if (dataPath.IsThere()) {
         NeedReadable(dataPath);
         ShowBackgroundData(dataPath, values);
     } else {
-        fmt::print(stderr, "{} is missing: the inbox is not known.\n", Printable(dataPath));
+        Warn("{} is missing: the inbox is not known.\n", dataPath.Shown());
     }
     values.Finish();
     return keFine;

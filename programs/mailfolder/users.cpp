@@ -1,82 +1,126 @@
 // User lists: the tab-separated lists that people exchange, and files of stored user records.
 
+#include <cstring>
 #include <sstream>
 
-#include "programs/console/text.h"
-#include "programs/mailfolder/command.h"
+#include "programs/mailfolder/input_file.h"
+#include "programs/mailfolder/leftovers.h"
+#include "programs/mailfolder/new_file.h"
 #include "programs/mailfolder/progress.h"
-#include "programs/mailfolder/tool.h"
+#include "programs/mailfolder/writing.h"
 
 static constexpr unsigned int kLongestLine = 1024;
 static constexpr unsigned int kLongestName = 31;
 
 namespace {
 
-// A file that is closed whatever happens.
-struct ClosedFile : RbFile {
-    explicit ClosedFile(const std::string& path) : RbFile(SpecOf(path)) {}
-    ~ClosedFile() override {
-        if (isOpen())
-            close();
-    }
+struct Options {
+    std::string users;
+    std::string list;
+    WriteOptions write;
+    bool json = false;
+    bool replace = false;
+    bool append = false;
 };
 
 // Reads a file's user records one after another, and tells of damage on standard error.
 class UserReader {
 public:
-    explicit UserReader(const std::string& path) : mPath(path), mFile(path) {
-        NeedReadable(path);
-        if (!mFile.Open(keOpenRead))
-            Fail("Cannot read {}: opening it failed.", Printable(path));
-        mFile.seekg(0, std::ios::end);
-        mSize = mFile.tellg();
-        mFile.seekg(0);
-    }
+    explicit UserReader(const Path& path) : mPath(path), mFile(path) {}
 
     bool Next(MailUser& user) {
-        const long position = mFile.tellg();
-        if (position >= mSize)
+        if (mNext >= mFile.Size())
             return false;
         ++mNumber;
+        mPosition = mNext;
+        // A record, and the one that may go on with it.
+        std::istringstream records(mFile.BytesAt(mPosition, 2 * sizeof(UserLRec)));
         UserLRec raw;
-        mFile.read(reinterpret_cast<char*>(&raw), sizeof raw);
-        const bool whole = mFile.good();
-        mFile.clear();
-        mFile.seekg(position);
-        if (!whole || !(mFile >> user)) {
-            Damage(position, "is not whole: it is left out");
-            mFile.clear();
-            mFile.seekg(mSize);
+        records.read(reinterpret_cast<char*>(&raw), sizeof raw);
+        const bool whole = records.good();
+        records.clear();
+        records.seekg(0);
+        if (!whole || !(records >> user)) {
+            Damage("is not whole: it is left out");
+            mNext = mFile.Size();
             return false;
         }
+        records.clear();
+        mNext += static_cast<unsigned long long>(records.tellg());
         if (raw.name[0] >= sizeof raw.name)
-            Damage(position, fmt::format("claims a name of {} characters: the name is cut at 31",
-                                         raw.name[0]));
+            Damage(
+                fmt::format("claims a name of {} characters: the name is cut at 31", raw.name[0]));
         if (raw.zone[0] >= sizeof raw.zone)
-            Damage(position,
-                   fmt::format("claims an address of {} characters: the address is cut at 31",
+            Damage(fmt::format("claims an address of {} characters: the address is cut at 31",
                                raw.zone[0]));
-        mPosition = position;
         return true;
     }
 
-    // Tells that the user just read cannot be passed on.
-    void LeaveOut(const char* reason) { Damage(mPosition, reason); }
+    // Tell of the user just read: what is wrong, and what others may take amiss.
+    void Damage(const std::string& what) {
+        mDamaged = true;
+        Note(what);
+    }
+    void Note(const std::string& what) const {
+        Warn("{}: record {}, byte {}, {}.\n", mPath.Shown(), mNumber, mPosition, what);
+    }
     bool FoundDamage() const { return mDamaged; }
 
 private:
-    void Damage(long position, const std::string& what) {
-        mDamaged = true;
-        fmt::print(stderr, "{}: record {}, byte {}, {}.\n", Printable(mPath), mNumber, position,
-                   what);
-    }
-
-    std::string mPath;
-    ClosedFile mFile;
-    long mSize = 0;
-    long mPosition = 0;
+    Path mPath;
+    InputFile mFile;
+    unsigned long long mNext = 0;
+    unsigned long long mPosition = 0;
     unsigned long mNumber = 0;
     bool mDamaged = false;
+};
+
+// A file of the library's in which one line stands alone, for what reads and writes lines.
+class ScratchLine {
+public:
+    ScratchLine() : mFile(".TMP", 1, keTempExtension) {
+        if (!mFile.IsValid() || !mFile.Open(keOpenUpdate))
+            Fail("Cannot make a temporary file.");
+    }
+    ScratchLine(const ScratchLine&) = delete;
+    ScratchLine& operator=(const ScratchLine&) = delete;
+
+    enumUserListResult Export(MailUser& user, std::string& line) {
+        Empty();
+        const enumUserListResult result = user.Export(mFile);
+        mFile.flush();
+        Rewind();
+        line.assign(std::istreambuf_iterator<char>(mFile), {});
+        return result;
+    }
+    enumUserListResult Import(const std::string& line, MailUser& user) {
+        Empty();
+        const std::string text = line + "\r\n";
+        mFile.write(text.data(), static_cast<int>(text.size()));
+        mFile.flush();
+        Rewind();
+        return user.Import(mFile);
+    }
+
+private:
+    void Rewind() {
+        mFile.clear();
+        mFile.seekg(0);
+    }
+    void Empty() {
+        Rewind();
+        mFile.UpdateFile();
+        Rewind();
+    }
+
+    TemporaryFile mFile;
+};
+
+// What a list's lines become.
+struct Imported {
+    std::string records;
+    unsigned long taken = 0;
+    unsigned long refused = 0;
 };
 
 } // namespace
@@ -93,45 +137,102 @@ static Json AsJson(const MailUser& user) {
             {"enclosureEncoding", static_cast<int>(user.EnclosureEncode())}};
 }
 
+static void NeedUserFile(const Path& path) {
+    NeedReadable(path);
+    const Kind kind = KindOf(path);
+    // What is cut or damaged is told of, record by record.
+    if (kind != Kind::UserFile && kind != Kind::Empty && kind != Kind::Other)
+        Fail("{} is no file of user records: it looks like {}.", path.Shown(), Words(kind));
+}
+
 // Whether a text would break the line that it stands in.
 static bool BreaksLine(const RBString& text) {
     return std::string(text.Text()).find_first_of("\t\r\n") != std::string::npos;
 }
 
-static int ExportUsers(const std::string& usersArgument, const std::string& listArgument,
-                       bool replace) {
-    UserReader users(FullPath(usersArgument));
+// Spreadsheets take such a field for something to be calculated.
+static bool RunsInSpreadsheets(const RBString& text) {
+    return text.Length() > 0 && std::strchr("=+-@", text.Text()[0]);
+}
+
+// A list may take the place of a list alone, and never of what it is made from.
+static void NeedListTarget(const Path& list, const Path& users, bool replace) {
+    const std::wstring extension = FoldCase(ExtensionOf(list.Name()));
+    if (extension == L".BAK" || extension == L".TMP" || extension == L".EML")
+        Fail("{} has the name of a backup, a temporary file or a message file: name the list "
+             "otherwise.",
+             list.Shown());
+    const Path::Thing what = list.What();
+    if (what == Path::keMissing && !list.Folder().IsFolder())
+        Fail("Cannot write {}: its folder is not there.", list.Shown());
+    if (what == Path::keMissing)
+        return;
+    if (what != Path::keFile)
+        Fail("Cannot write {}: it is no plain file.", list.Shown());
+    if (list.IsSameFile(users))
+        Fail("{} is the file that the users come from. Nothing was changed.", list.Shown());
+    const Kind kind = KindOf(list);
+    if (kind != Kind::Text && kind != Kind::Empty)
+        Fail("{} is no list: it looks like {}. Nothing was changed.", list.Shown(), Words(kind));
+    if (!replace)
+        Fail("{} is there already: say --replace to write it anew.", list.Shown());
+}
+
+static int ExportAsJson(UserReader& users) {
+    JsonArray list;
     MailUser user;
-    if (listArgument.empty()) {
-        Json list = Json::array();
-        while (users.Next(user))
-            list.push_back(AsJson(user));
-        PrintJson(list);
-        return users.FoundDamage() ? keDamage : keFine;
-    }
-    const std::string path = FullPath(listArgument);
-    if (IsThere(path) && !replace)
-        Fail("{} is there already: say --replace to write it anew.", Printable(path));
-    ClosedFile list(path);
-    if (!list.Open(keOpenRewrite))
-        Fail("Cannot write {}.", Printable(path));
+    while (users.Next(user))
+        list.Add(AsJson(user));
+    list.Finish();
+    return users.FoundDamage() ? keDamage : keFine;
+}
+
+// Returns the number of lines.
+static unsigned long MakeList(UserReader& users,
+                              const std::function<void(const std::string&)>& put) {
+    ScratchLine scratch;
+    MailUser user;
+    std::string line;
     unsigned long count = 0;
     while (users.Next(user)) {
         if (BreaksLine(user.Name()) || BreaksLine(user.Address())) {
-            users.LeaveOut("has a tab or a line end in it: it is left out");
+            users.Damage("has a tab or a line end in it: it is left out");
             continue;
         }
-        const enumUserListResult result = user.Export(list);
-        if (result == keUserListNoName)
-            users.LeaveOut("has no name: it is left out");
-        else if (result != keUserListDone)
-            Fail("Cannot write {}: it is not whole.", Printable(path));
-        else
-            ++count;
+        if (scratch.Export(user, line) == keUserListNoName) {
+            users.Damage("has no name: it is left out");
+            continue;
+        }
+        if (RunsInSpreadsheets(user.Name()) || RunsInSpreadsheets(user.Address()))
+            users.Note("begins with a sign that spreadsheets calculate with");
+        put(line);
+        ++count;
     }
-    if (!list.flush())
-        Fail("Cannot write {}: it is not whole.", Printable(path));
-    fmt::print("{} written to {}.\n", Count(count, "user"), Printable(path));
+    return count;
+}
+
+static int ExportUsers(const Options& options) {
+    const Path usersPath(options.users);
+    NeedUserFile(usersPath);
+    UserReader users(usersPath);
+    if (options.json)
+        return ExportAsJson(users);
+    const Path path(options.list);
+    const WriteLock lock(path);
+    NeedListTarget(path, usersPath, options.replace);
+    const bool replaces = path.IsThere();
+    if (replaces)
+        NeedBackupPlace(path, options.write.replaceBackup);
+    if (replaces && !options.write.yes) {
+        const unsigned long count = MakeList(users, [](const std::string&) {});
+        Tell("{} would take the place of {}, which would stay as {}.\n", Count(count, "user"),
+             path.Shown(), BackupOf(path).Shown());
+        return NotAsked(users.FoundDamage() ? keDamage : keFine);
+    }
+    NewFile list(path);
+    const unsigned long count = MakeList(users, [&](const std::string& line) { list.Write(line); });
+    list.PutInPlace();
+    Tell("{} written to {}.\n", Count(count, "user"), path.Shown());
     return users.FoundDamage() ? keDamage : keFine;
 }
 
@@ -150,132 +251,139 @@ static const char* Reason(enumUserListResult result) {
     }
 }
 
-// A list's lines, whatever ends them.
-static std::vector<std::string> LinesOf(const std::string& path) {
-    NeedReadable(path);
-    ClosedFile file(path);
-    if (!file.Open(keOpenRead))
-        Fail("Cannot read {}: opening it failed.", Printable(path));
+// A list's lines, whatever ends them. A list is held in memory: it is one that people keep.
+static std::vector<std::string> LinesOf(const Path& path) {
+    const InputFile file(path);
+    constexpr unsigned long long kLongestList = 64 << 20;
+    if (file.Size() > kLongestList)
+        Fail("{} has {} bytes: it is no list.", path.Shown(), file.Size());
+    std::istringstream text(file.BytesAt(0, static_cast<std::size_t>(file.Size())));
     std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line); lines.push_back(line))
+    for (std::string line; std::getline(text, line); lines.push_back(line))
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
     return lines;
 }
 
-// Takes one line by way of a scratch file, in which it stands alone.
-static enumUserListResult ImportLine(TemporaryFile& scratch, const std::string& line,
-                                     MailUser& user) {
-    const std::string text = line + "\r\n";
-    const auto rewind = [&] {
-        scratch.clear();
-        scratch.seekg(0);
-    };
-    rewind();
-    scratch.UpdateFile();
-    rewind();
-    scratch.write(text.data(), static_cast<int>(text.size()));
-    scratch.flush();
-    rewind();
-    return user.Import(scratch);
+// Null when the line became a user.
+static const char* WhyRefused(ScratchLine& scratch, const std::string& line, MailUser& user) {
+    if (line.size() >= kLongestLine)
+        return "it is longer than 1023 characters";
+    if (line.find_first_of(std::string("\0\r", 2)) != std::string::npos)
+        return "it has a zero or a bare carriage return in it";
+    const enumUserListResult result = scratch.Import(line, user);
+    if (result != keUserListDone)
+        return Reason(result);
+    // The record's field would cut it.
+    return user.Name().Length() > kLongestName ? Reason(keUserListTooLong) : nullptr;
 }
 
-enum class ImportInto { NewFile, Append, Replace };
-
-static int ImportUsers(const std::string& listArgument, const std::string& usersArgument,
-                       ImportInto into) {
-    const std::string listPath = FullPath(listArgument);
-    const std::string usersPath = FullPath(usersArgument);
-    const std::vector<std::string> lines = LinesOf(listPath);
-    if (into == ImportInto::NewFile && IsThere(usersPath))
-        Fail("{} is there already: say --append to add to it, or --replace to write it anew.",
-             Printable(usersPath));
-
-    TemporaryFile scratch(".TMP", 1, keTempExtension);
-    if (!scratch.IsValid() || !scratch.Open(keOpenUpdate))
-        Fail("Cannot make a temporary file.");
+static Imported ImportLines(const Path& path) {
+    const std::vector<std::string> lines = LinesOf(path);
+    Progress progress("Reading " + path.Shown());
+    ScratchLine scratch;
     std::ostringstream records;
-    unsigned long taken = 0;
-    unsigned long refused = 0;
-    {
-        Progress progress("Reading " + Printable(listPath));
-        const auto refuse = [&](std::size_t number, const char* reason) {
-            ++refused;
-            fmt::print(stderr, "{}: line {} is refused: {}.\n", Printable(listPath), number,
-                       reason);
-        };
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            progress.Show(i, lines.size());
-            MailUser user;
-            if (lines[i].size() >= kLongestLine) {
-                refuse(i + 1, "it is longer than 1023 characters");
-                continue;
-            }
-            if (lines[i].find_first_of(std::string("\0\r", 2)) != std::string::npos) {
-                refuse(i + 1, "it has a zero or a bare carriage return in it");
-                continue;
-            }
-            const enumUserListResult result = ImportLine(scratch, lines[i], user);
-            if (result != keUserListDone)
-                refuse(i + 1, Reason(result));
-            else if (user.Name().Length() > kLongestName)
-                refuse(i + 1, Reason(keUserListTooLong)); // the record's field cuts it
-            else if (records << user)
-                ++taken;
+    Imported imported;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        progress.Show(i, lines.size());
+        MailUser user;
+        if (const char* const reason = WhyRefused(scratch, lines[i], user)) {
+            ++imported.refused;
+            Warn("{}: line {} is refused: {}.\n", path.Shown(), i + 1, reason);
+        } else if (records << user) {
+            ++imported.taken;
         }
     }
-    const std::string bytes = records.str();
-    if (!bytes.empty()) {
-        ClosedFile users(usersPath);
-        const bool append = into == ImportInto::Append && IsThere(usersPath);
-        if (!users.Open(append ? keOpenAppend : keOpenRewrite))
-            Fail("Cannot write {}.", Printable(usersPath));
-        const long before = append ? users.tellg() : 0;
-        if (before % static_cast<long>(sizeof(UserLRec)))
-            Fail("{} ends inside a record; nothing was added to it.", Printable(usersPath));
-        users.write(bytes.data(), static_cast<int>(bytes.size()));
-        if (!users.flush())
-            Fail("Cannot write {}: it is not whole.", Printable(usersPath));
-    }
-    fmt::print("{} put into {}, {} refused.\n", Count(taken, "user"), Printable(usersPath),
-               Count(refused, "line"));
-    return refused ? keDamage : keFine;
+    imported.records = records.str();
+    return imported;
 }
 
-namespace {
+// What is there already may be added to, or replaced, when it is what it should be.
+static void NeedUsersTarget(const Options& options, const Path& list, const Path& users) {
+    const Path::Thing what = users.What();
+    if (what == Path::keMissing && !users.Folder().IsFolder())
+        Fail("Cannot write {}: its folder is not there.", users.Shown());
+    if (what == Path::keMissing)
+        return;
+    if (what != Path::keFile)
+        Fail("Cannot write {}: it is no plain file.", users.Shown());
+    if (users.IsSameFile(list))
+        Fail("{} is the list itself. Nothing was changed.", users.Shown());
+    const Kind kind = KindOf(users);
+    if (kind != Kind::UserFile && kind != Kind::Empty)
+        Fail("{} is no whole file of user records: it looks like {}. Nothing was changed.",
+             users.Shown(), Words(kind));
+    if (!options.append && !options.replace)
+        Fail("{} is there already: say --append to add to it, or --replace to write it anew.",
+             users.Shown());
+}
 
-struct Options {
-    std::string users;
-    std::string list;
-    bool json = false;
-    bool replace = false;
-    bool append = false;
-};
+static void WriteUsers(const Path& path, const Imported& imported, bool append) {
+    NewFile made(path);
+    if (append) {
+        const InputFile old(path);
+        for (unsigned long long at = 0; at < old.Size(); at += 0x10000)
+            made.Write(old.BytesAt(at, 0x10000));
+    }
+    made.Write(imported.records);
+    made.PutInPlace();
+}
 
-} // namespace
+static int ImportUsers(const Options& options) {
+    const Path list(options.list);
+    const Path users(options.users);
+    NeedReadable(list);
+    if (const Kind kind = KindOf(list); kind != Kind::Text && kind != Kind::Empty)
+        Fail("{} is no list: it looks like {}.", list.Shown(), Words(kind));
+    const WriteLock lock(users);
+    NeedNoLeftovers(users);
+    NeedUsersTarget(options, list, users);
+    const bool isThere = users.IsThere();
+    if (isThere)
+        NeedBackupPlace(users, options.write.replaceBackup);
+    const Imported imported = ImportLines(list);
+    const ExitCode code = imported.refused ? keDamage : keFine;
+    if (imported.taken == 0) {
+        Tell("There is no user to put into {}, {} refused.\n", users.Shown(),
+             Count(imported.refused, "line"));
+        return code;
+    }
+    if (isThere && !options.write.yes) {
+        Tell("{} would {} {}, which would stay as {}; {} refused.\n", Count(imported.taken, "user"),
+             options.append ? "be added to" : "take the place of those in", users.Shown(),
+             BackupOf(users).Shown(), Count(imported.refused, "line"));
+        return NotAsked(code);
+    }
+    WriteUsers(users, imported, options.append && isThere);
+    Tell("{} put into {}, {} refused.\n", Count(imported.taken, "user"), users.Shown(),
+         Count(imported.refused, "line"));
+    return code;
+}
 
 static const Command
-    kExport("export", "Write a file of user records as a list, a user a line, tabs between",
-            "  mailfolder export C:\\Mail\\USERS.DAT users.txt\n"
-            "  mailfolder export C:\\Mail\\USERS.DAT --json",
+    kExport("users export", "Write a file of user records as a list, a user a line, tabs between",
+            "  mailfolder users export C:\\Mail\\USERS.DAT users.txt\n"
+            "  mailfolder users export C:\\Mail\\USERS.DAT users.txt --replace --yes\n"
+            "  mailfolder users export C:\\Mail\\USERS.DAT --json",
             [](CLI::App& app) -> Command::Run {
                 const auto given = std::make_shared<Options>();
                 app.add_option("users", given->users, "The file of user records")->required();
                 app.add_option("list", given->list, "The list to write, in the ANSI code page");
                 app.add_flag("--replace", given->replace,
-                             "Write a list anew that is there already");
+                             "Write a list anew that is there already; the old one stays as .BAK");
+                AddWriteOptions(app, given->write);
                 AddJson(app, given->json);
                 return [given] {
                     if (given->json != given->list.empty())
                         throw Failure{"Say either the list's name or --json.", keWrongUse};
-                    return ExportUsers(given->users, given->list, given->replace);
+                    return ExportUsers(*given);
                 };
             });
 
 static const Command
-    kImport("import", "Put the users of a list into a file of user records",
-            "  mailfolder import users.txt C:\\Mail\\USERS.DAT\n"
-            "  mailfolder import more.txt C:\\Mail\\USERS.DAT --append",
+    kImport("users import", "Put the users of a list into a file of user records",
+            "  mailfolder users import users.txt C:\\Mail\\USERS.DAT\n"
+            "  mailfolder users import more.txt C:\\Mail\\USERS.DAT --append --yes",
             [](CLI::App& app) -> Command::Run {
                 const auto given = std::make_shared<Options>();
                 app.add_option("list", given->list, "The list, in the ANSI code page")->required();
@@ -284,10 +392,6 @@ static const Command
                     app.add_flag("--append", given->append, "Add to a file that is there already");
                 app.add_flag("--replace", given->replace, "Write a file anew that is there already")
                     ->excludes(append);
-                return [given] {
-                    return ImportUsers(given->list, given->users,
-                                       given->append    ? ImportInto::Append
-                                       : given->replace ? ImportInto::Replace
-                                                        : ImportInto::NewFile);
-                };
+                AddWriteOptions(app, given->write);
+                return [given] { return ImportUsers(*given); };
             });

@@ -10,7 +10,7 @@ public:
 
     void Title(const std::string& text) {
         if (!mAsJson)
-            fmt::print("{}\n\n", text);
+            Print("{}\n\n", text);
     }
     void Put(const char* key, const char* label, const std::string& ansi) {
         mJson[key] = Utf8(ansi);
@@ -33,7 +33,7 @@ public:
 private:
     void Line(const char* label, const std::string& value) {
         if (!mAsJson)
-            fmt::print("  {:<20}{}\n", label, value);
+            Print("  {:<20}{}\n", label, value);
     }
 
     bool mAsJson;

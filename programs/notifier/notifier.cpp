@@ -1,13 +1,12 @@
 // A notifier: lists an inbox through the exported functions alone.
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "programs/console/output.h"
 #include "programs/console/text.h"
 #include "resident/core/windows_api.h"
 #include "ticker/ticker.h"
@@ -72,8 +71,8 @@ int main(int argc, char** argv) {
         char* inbox;
         char* userData;
         if (!GetCurUserPath(&inbox, &userData)) {
-            fmt::print(stderr, "There is no current user: JXUSER.DAT of the Windows directory is "
-                               "missing or cannot be read.\n");
+            Warn("There is no current user: JXUSER.DAT of the Windows directory is "
+                 "missing or cannot be read.\n");
             return 1;
         }
         path = inbox;
@@ -81,25 +80,25 @@ int main(int argc, char** argv) {
     shownAs = Printable(shownAs.empty() ? path : shownAs);
 
     // An inbox that cannot be read looks like an empty one through the exported functions.
-    const std::string reason = WhyUnreadable(path);
+    const std::string reason = WhyUnreadable(WideOfAnsi(path));
     if (!reason.empty()) {
-        fmt::print(stderr, "Cannot list {}: {}.\n", shownAs, reason);
+        Warn("Cannot list {}: {}.\n", shownAs, reason);
         return 1;
     }
     const std::vector<Message> messages = ReadInbox(path.c_str());
     if (EndsInFirstRecord(path.c_str()) || !ComesFromDFile(messages)) {
-        fmt::print(stderr, "Cannot list {}: it is no D file.\n", shownAs);
+        Warn("Cannot list {}: it is no D file.\n", shownAs);
         return 1;
     }
-    fmt::print("Inbox {}\n\n", shownAs);
+    Print("Inbox {}\n\n", shownAs);
     if (messages.empty()) {
-        fmt::print("  No messages.\n");
+        Print("  No messages.\n");
         return 0;
     }
     PrintMessages(messages);
     const auto processed = std::count_if(messages.begin(), messages.end(),
                                          [](const Message& message) { return message.processed; });
-    fmt::print("\n  {} {}, {} processed\n", messages.size(),
-               messages.size() == 1 ? "message" : "messages", processed);
+    Print("\n  {} {}, {} processed\n", messages.size(),
+          messages.size() == 1 ? "message" : "messages", processed);
     return 0;
 }

@@ -11,95 +11,11 @@ using testing::Not;
 
 namespace {
 
-struct UserCommands : testing::Test {
+struct SettingsCommands : testing::Test {
     ScratchFolder mFolder;
 };
 
-// Format 1, encoding 1, platform 6.
-std::string User(Text name, Text address) {
-    std::string record = With(std::string(114, '\0'), 0, Pascal(name));
-    record = With(record, 32, Bytes("\xFF\x01\x01\x06\0"));
-    return With(With(record, 46, Pascal(address)), 78, Bytes("\0\x80"));
-}
-
-TEST_F(UserCommands, ExportWritesAList) {
-    WriteFileBytes("U.DAT", User("Lindqvist|Maja", "lindqvist@post") + User("Office", "o@post"));
-    const Ran ran = RunTool("export U.DAT L.TXT");
-    EXPECT_EQ(ran.code, 0u) << ran.err;
-    EXPECT_THAT(ran.out, HasSubstr("2 users written"));
-    const std::string list = "Lindqvist\tMaja\tlindqvist@post\tPostrider\tStyled\tBinHex\r\n"
-                             "\tOffice\to@post\tPostrider\tStyled\tBinHex\r\n";
-    EXPECT_EQ(ReadFileBytes("L.TXT"), list);
-    EXPECT_EQ(RunTool("export U.DAT L.TXT").code, 1u);
-    EXPECT_EQ(RunTool("export U.DAT L.TXT --replace").code, 0u);
-    EXPECT_EQ(ReadFileBytes("L.TXT"), list);
-    EXPECT_EQ(RunTool("export U.DAT").code, 2u);
-}
-
-TEST_F(UserCommands, ExportTellsJson) {
-    WriteFileBytes("U.DAT", User("M\xFCller|J\xF6rg", "j@post"));
-    const auto json = RunTool("export U.DAT --json").Json();
-    ASSERT_EQ(json.size(), 1u);
-    EXPECT_EQ(json[0]["family"], "M\u00FCller");
-    EXPECT_EQ(json[0]["given"], "J\u00F6rg");
-    EXPECT_EQ(json[0]["address"], "j@post");
-    EXPECT_EQ(json[0]["platform"], 6);
-}
-
-TEST_F(UserCommands, ExportTellsWhatIsDamaged) {
-    WriteFileBytes("U.DAT", User("", "x") + User("A\tB", "x") +
-                                With(User("Maja", "m@post"), 46, "\x20") + "rest");
-    const Ran ran = RunTool("export U.DAT L.TXT");
-    EXPECT_EQ(ran.code, 3u);
-    EXPECT_THAT(ran.err, AllOf(HasSubstr("record 1, byte 0, has no name"),
-                               HasSubstr("record 2, byte 114, has a tab"),
-                               HasSubstr("record 3, byte 228, claims an address of 32 characters"),
-                               HasSubstr("record 4, byte 342, is not whole")));
-    EXPECT_EQ(ReadFileBytes("L.TXT").substr(0, 12), "\tMaja\tm@post");
-}
-
-TEST_F(UserCommands, ImportTakesLinesAndTellsOfThoseRefused) {
-    WriteFileBytes("L.TXT", "Lindqvist\tMaja\tlindqvist@post\tPostrider\tStyled\tBinHex\r\n"
-                            "two\tfields\r\n\r\nx\t\ty\r\n" +
-                                std::string(30, 'n') + "\tx\ty\r\n" + std::string(2000, 'n') +
-                                "\r\n\tOffice\to@post\tPostrider\tStyled\tBinHex");
-    const Ran ran = RunTool("import L.TXT U.DAT");
-    EXPECT_EQ(ran.code, 3u);
-    EXPECT_THAT(ran.out, HasSubstr("2 users put into"));
-    EXPECT_THAT(ran.err, AllOf(HasSubstr("line 2 is refused: it has fewer than three fields"),
-                               HasSubstr("line 3 is refused: it is empty"),
-                               HasSubstr("line 4 is refused: its second field"),
-                               HasSubstr("line 5 is refused: its name is longer"),
-                               HasSubstr("line 6 is refused: it is longer")));
-    EXPECT_EQ(ReadFileBytes("U.DAT"),
-              User("Lindqvist|Maja", "lindqvist@post") + User("|Office", "o@post"));
-}
-
-TEST_F(UserCommands, ImportAddsOrReplacesWhenTold) {
-    WriteFileBytes("L.TXT", "A\tB\tc\tPostrider\tStyled\tBinHex\n");
-    const std::string old = User("Maja", "m@post");
-    const std::string added = User("A|B", "c");
-    WriteFileBytes("U.DAT", old);
-    EXPECT_EQ(RunTool("import L.TXT U.DAT").code, 1u);
-    EXPECT_EQ(ReadFileBytes("U.DAT"), old);
-    EXPECT_EQ(RunTool("import L.TXT U.DAT --append").code, 0u);
-    EXPECT_EQ(ReadFileBytes("U.DAT"), old + added);
-    EXPECT_EQ(RunTool("import L.TXT U.DAT --replace").code, 0u);
-    EXPECT_EQ(ReadFileBytes("U.DAT"), added);
-    EXPECT_EQ(RunTool("import L.TXT U.DAT --replace --append").code, 2u);
-}
-
-TEST_F(UserCommands, ALongAddressMakesTheRoundTrip) {
-    const std::string address = std::string(100, 'a') + "@post";
-    const std::string line = "A\tB\t" + address + "\tPostrider\tStyled\tBinHex\r\n";
-    WriteFileBytes("L.TXT", line + line);
-    EXPECT_EQ(RunTool("import L.TXT U.DAT").code, 0u);
-    EXPECT_EQ(ReadFileBytes("U.DAT").size(), 4u * 114);
-    EXPECT_EQ(RunTool("export U.DAT M.TXT").code, 0u);
-    EXPECT_EQ(ReadFileBytes("M.TXT"), line + line);
-}
-
-TEST_F(UserCommands, PrefsShowNeverShowsAPassword) {
+TEST_F(SettingsCommands, PrefsShowNeverShowsAPassword) {
     {
         MailUser person("Smith|Anna", "anna@post:995", keUserOrdinary);
         JxLoggedMailUser user(person);
@@ -128,7 +44,7 @@ TEST_F(UserCommands, PrefsShowNeverShowsAPassword) {
     EXPECT_EQ(json["dialupConnection"], "Office");
 }
 
-TEST_F(UserCommands, PrefsShowTellsOfDamageWithoutABox) {
+TEST_F(SettingsCommands, PrefsShowTellsOfDamageWithoutABox) {
     const std::string header = "PREFRBSW" + Bytes("\x90\x01\0") + std::string(33, '\0');
     const std::string record = Bytes("\x51\x46\x90\x01\0\x01\0\0\0\x3A\x05\xDC");
     const std::string block(1500, '\0');
@@ -151,7 +67,7 @@ TEST_F(UserCommands, PrefsShowTellsOfDamageWithoutABox) {
 }
 
 // The files of the Windows directory, put back afterwards.
-struct CurrentUser : UserCommands {
+struct CurrentUser : SettingsCommands {
     CurrentUser() {
         mData.Remove();
         mUser.Remove();

@@ -1,0 +1,104 @@
+// Rewrites a D file without its free slots.
+
+#include "programs/mailfolder/leftovers.h"
+#include "programs/mailfolder/new_file.h"
+#include "programs/mailfolder/record.h"
+#include "programs/mailfolder/writing.h"
+
+namespace {
+
+struct Options {
+    FolderArgument folder;
+    WriteOptions write;
+    bool dropDamaged = false;
+};
+
+struct Report {
+    unsigned long long used = 0;
+    unsigned long long freeSlots = 0;
+    unsigned long long undeletable = 0; // of these
+    unsigned long long damaged = 0;
+    unsigned long long rest = 0; // bytes of a record that is not whole
+};
+
+} // namespace
+
+static Report LookThrough(const Folder& folder) {
+    Report report;
+    report.rest = folder.size % BaseDirFile::keRecordSize;
+    const FileEntries files = FilesOf(folder.Directory());
+    ForEachSlot(folder, [&](Slot& slot) {
+        if (slot.stored.used != 0) {
+            ++(IsUsed(slot.stored) ? report.used : report.damaged);
+            return;
+        }
+        ++report.freeSlots;
+        const auto key = FileKey(DirectoryRecord(&slot.stored));
+        report.undeletable += key && files.count(*key);
+    });
+    return report;
+}
+
+static void Write(const Folder& folder) {
+    NewFile made(folder.path);
+    const DiskDirRec header = {};
+    if (folder.HasHeader())
+        made.Write(&header, sizeof header);
+    ForEachSlot(folder, [&](Slot& slot) {
+        if (IsUsed(slot.stored))
+            made.Write(&slot.stored, sizeof slot.stored);
+    });
+    made.PutInPlace();
+}
+
+static int Compress(const Options& options) {
+    const Path path = DFileOf(Path(options.folder.path));
+    const WriteLock lock(path);
+    NeedNoLeftovers(path);
+    const Folder folder = FolderToWrite(path, options.folder.type);
+    const Report report = LookThrough(folder);
+    const unsigned long long after = (report.used + folder.HasHeader()) * BaseDirFile::keRecordSize;
+    Tell("{}: {}, {} free\n", path.Shown(), Count(folder.Slots(), "slot"), report.freeSlots);
+    if ((report.damaged || report.rest) && !options.dropDamaged) {
+        Warn("{}{} would be lost, which cannot be read: see check, or say --drop-damaged. Nothing "
+             "was changed.\n",
+             report.damaged ? Count(report.damaged, "record") : "",
+             report.rest ? fmt::format("{}{} of a record that is cut",
+                                       report.damaged ? " and " : "", Count(report.rest, "byte"))
+                         : "");
+        return keDamage;
+    }
+    if (after >= folder.size) {
+        Tell("There is nothing to save.\n");
+        return keFine;
+    }
+    Tell("  Kept          {}\n", Count(report.used, "record"));
+    Tell("  Dropped       {}\n", Count(report.freeSlots, "free slot"));
+    if (report.undeletable)
+        Tell("                {} of a message file that is still there: undelete takes it back "
+             "first\n",
+             report.undeletable);
+    if (report.damaged || report.rest)
+        Tell("                {}, {} of a cut one\n", Count(report.damaged, "damaged record"),
+             Count(report.rest, "byte"));
+    Tell("  Bytes         {} before, {} after\n", folder.size, after);
+    NeedBackupPlace(path, options.write.replaceBackup);
+    if (!options.write.yes)
+        return NotAsked();
+    Write(folder);
+    Tell("Saved {}.\n", Count(folder.size - after, "byte"));
+    return keFine;
+}
+
+static const Command
+    kCompress("compress", "Rewrite a D file without its free slots; the old file stays as .BAK",
+              "  mailfolder compress C:\\Mail\\InBox         (tells what it would save)\n"
+              "  mailfolder compress C:\\Mail\\InBox --yes",
+              [](CLI::App& app) -> Command::Run {
+                  const auto given = std::make_shared<Options>();
+                  AddFolder(app, given->folder);
+                  AddWriteOptions(app, given->write);
+                  app.add_flag("--drop-damaged", given->dropDamaged,
+                               "Let records go that cannot be read");
+                  return [given] { return Compress(*given); };
+              });

@@ -1,0 +1,78 @@
+#include "programs/mailfolder/recursion.h"
+
+#include <vector>
+
+#include "programs/mailfolder/folder.h"
+#include "programs/mailfolder/leftovers.h"
+#include "resident/core/windows_api.h"
+
+void AddRecursive(CLI::App& app, bool& recursive) {
+    app.add_flag("-r,--recursive", recursive,
+                 "Every folder below, too: a line each, and a summary");
+}
+
+static std::vector<Path> FoldersIn(const Path& folder) {
+    std::vector<Path> folders;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(folder.Child(L"*").Full().c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        Warn("Cannot look into {}.\n", folder.Shown());
+        return folders;
+    }
+    do {
+        const std::wstring name = found.cFileName;
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && name != L"." && name != L"..")
+            folders.push_back(folder.Child(name));
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::sort(folders.begin(), folders.end(),
+              [](const Path& a, const Path& b) { return a.Full() < b.Full(); });
+    std::erase_if(folders, [](const Path& path) { return path.What() != Path::keFolder; });
+    return folders;
+}
+
+static bool HasDFile(const Path& folder) {
+    for (const wchar_t* name : {L"DFile", L"MFile"})
+        if (folder.Child(name).IsThere() ||
+            FindLeftovers(folder.Child(name)).state == Leftovers::Missing)
+            return true;
+    return false;
+}
+
+int ForEachFolder(const Path& top, bool json, const std::function<FolderLine(const Path&)>& tell,
+                  const std::function<FolderLine()>& summary) {
+    if (!top.IsFolder())
+        Fail("Cannot look below {}: it is no folder.", top.Shown());
+    std::optional<JsonList> lines;
+    if (json)
+        lines.emplace(Json{{"folder", top.Shown()}}, "folders");
+    int worst = keFine;
+    unsigned long long count = 0;
+    std::vector<Path> waiting = {top};
+    while (!waiting.empty()) {
+        const Path folder = waiting.back();
+        waiting.pop_back();
+        const std::vector<Path> below = FoldersIn(folder);
+        waiting.insert(waiting.end(), below.rbegin(), below.rend());
+        if (!HasDFile(folder))
+            continue;
+        ++count;
+        try {
+            const FolderLine line = tell(folder);
+            worst = std::max<int>(worst, line.code);
+            if (lines)
+                lines->Add(line.json);
+            else
+                Print("{}: {}\n", folder.Shown(), line.text);
+        } catch (const Failure& failure) {
+            worst = std::max<int>(worst, keCouldNot);
+            Warn("{}\n", failure.text);
+        }
+    }
+    const FolderLine all = summary();
+    if (lines)
+        lines->Finish(all.json);
+    else
+        Tell("{}: {}\n", Count(count, "folder"), all.text);
+    return worst;
+}
