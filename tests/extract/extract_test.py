@@ -38,7 +38,7 @@ def run(*arguments, code=0, zone="Europe/Berlin"):
     """Runs the tool; arguments that are paths on the drive are given as Windows has them."""
     given = [windows(a) if a.startswith(DRIVE) else a for a in arguments]
     done = subprocess.run(TOOL + given, stdin=subprocess.DEVNULL, capture_output=True, timeout=200,
-                          env={**os.environ, "TZ": zone})
+                          env={**os.environ, "TZ": zone, "LC_ALL": "C.UTF-8"})
     out, err = (s.decode().replace("\r", "") for s in (done.stdout, done.stderr))
     assert code is None or done.returncode == code, (given, done.returncode, out, err)
     return out, err
@@ -356,7 +356,7 @@ def selections_and_manifest_tell_the_same_messages(folder):
         (["--until", "1998-01-10"], lambda m: m.date.day <= 10),
         (["--from", "CHIDI"], lambda m: b"Chidi" in m.sender),
         (["--from", "P3@"], lambda m: m.address.startswith(b"p3")),
-        (["--subject", "tOPIC 1"], lambda m: m.topic.startswith(b"Topic 1")),
+        (["--subject", "grÜßE"], lambda m: m.topic[:1] == b"G"),
         (["--kind", "4"], lambda m: m.kind == 4),
         (["--kind", "1", "--since", "1998-01-05", "--unprocessed"],
          lambda m: m.kind == 1 and m.date.day >= 5 and not m.processed)]

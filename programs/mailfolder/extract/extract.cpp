@@ -206,8 +206,7 @@ void Extraction::PutOut(const SourceMessage& message) {
 class Places {
 public:
     Places(const Options& options, const std::wstring& source)
-        : mOptions(options), mSource(source),
-          mTop(LongPath(mime::Decoded(options.target, mime::Charset::Utf8))) {
+        : mOptions(options), mSource(source), mTop(LongPath(WideArgument(options.target))) {
         const std::wstring final = FinalPathOf(mTop);
         if (IsWithin(final, mSource))
             throw Failure{fmt::format("{} lies in the folder that is read: name another target.",
@@ -277,14 +276,14 @@ private:
 } // namespace
 
 static int Extract(const Options& options) {
-    SourceFolder top(mime::Decoded(options.folder, mime::Charset::Utf8));
+    SourceFolder top(WideArgument(options.folder));
     if (!options.recursive && !top.HasMail())
         Fail("{} has neither a D file nor message files; --recursive looks into the folders in it.",
              Shown(WithoutPrefix(top.Path())));
     Places places(options, top.Path());
     std::optional<Manifest> manifest;
     if (!options.manifest.empty()) {
-        const std::wstring path = LongPath(mime::Decoded(options.manifest, mime::Charset::Utf8));
+        const std::wstring path = LongPath(WideArgument(options.manifest));
         if (IsWithin(FinalPathOf(path), top.Path()))
             Fail("{} lies in the folder that is read: name another manifest.",
                  Shown(WithoutPrefix(path)));

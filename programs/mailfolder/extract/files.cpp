@@ -27,6 +27,18 @@ std::string Shown(std::wstring_view text) {
     return mime::Utf8(line);
 }
 
+std::wstring WideArgument(const std::string& argument) {
+    unsigned long meaningless = 0;
+    std::wstring wide = mime::Decoded(argument, mime::Charset::Utf8, &meaningless);
+    if (meaningless) {
+        wide.assign(argument.size(), L'\0');
+        wide.resize(MultiByteToWideChar(CP_ACP, 0, argument.data(),
+                                        static_cast<int>(argument.size()), wide.data(),
+                                        static_cast<int>(wide.size())));
+    }
+    return wide;
+}
+
 std::string LastErrorText() {
     switch (const DWORD error = GetLastError()) {
     case ERROR_FILE_NOT_FOUND:

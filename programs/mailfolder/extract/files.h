@@ -20,6 +20,9 @@ typedef std::unique_ptr<void, CloseFile> FileHandle;
 // The text in UTF-8 for a line of a message; control characters are shown as dots.
 std::string Shown(std::wstring_view text);
 
+// An argument of the command line: UTF-8, or what is none in the system's code page.
+std::wstring WideArgument(const std::string& argument);
+
 // Why the last call of the system failed, in words that go on after a name.
 std::string LastErrorText();
 

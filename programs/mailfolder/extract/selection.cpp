@@ -49,9 +49,8 @@ bool Selection::TakesAll() const {
            mKind < 0;
 }
 
-// Arguments are UTF-8.
 static bool Contains(const std::wstring& text, const std::string& wanted) {
-    return Upper(text).find(Upper(mime::Decoded(wanted, mime::Charset::Utf8))) != text.npos;
+    return Upper(text).find(Upper(WideArgument(wanted))) != text.npos;
 }
 
 bool Selection::Takes(const DiskDirRec& record, const RecordText& texts) const {

@@ -62,7 +62,7 @@ bool IsNumber(const std::string& text) {
 
 // The message of that slot or file. A file has the name before a slot has the number.
 SourceMessage Find(SourceFolder& folder, const std::string& wanted) {
-    const std::wstring name = mime::Decoded(wanted, mime::Charset::Utf8);
+    const std::wstring name = WideArgument(wanted);
     std::optional<SourceMessage> bySlot;
     std::optional<SourceMessage> byFile;
     folder.ForEach([&](const SourceMessage& message) {
@@ -108,7 +108,7 @@ void ShowTable(const InternetMessage& message) {
 }
 
 int Show(const ShowOptions& options) {
-    SourceFolder folder(mime::Decoded(options.folder, mime::Charset::Utf8));
+    SourceFolder folder(WideArgument(options.folder));
     const SourceMessage found = Find(folder, options.message);
     MessageFile file(folder.Path());
     try {
