@@ -77,6 +77,17 @@ TEST_F(DayTimeTest, PackedFileTimesCountAsTheyAreStored) {
     EXPECT_EQ(DayTime(stamp).Seconds(), 889967107u + 18000); // 1998-03-15 13:05:07
 }
 
+TEST_F(DayTimeTest, UnsetAndRefusedTimesAreNoDates) {
+    for (const char* zone : {"UTC0", "EST5EDT", "UTC-14"}) {
+        Zone(zone);
+        EXPECT_EQ(Date(0, "dd/MM/yy"), "????????") << zone;
+    }
+    Zone("UTC0");
+    struct ftime stamp = {};
+    stamp.ft_month = 1; // of 1900, which is no time
+    EXPECT_STREQ(DayTime(stamp).DateToWinFormat(), "????????");
+}
+
 TEST_F(DayTimeTest, DatesFollowTheShortFormatsFirstLetterAndPairs) {
     EXPECT_EQ(Date(kMarch, nullptr, nullptr), "03/05/98");
     EXPECT_EQ(Date(kMarch, "M/d/yy", "/"), "3/5/98");

@@ -168,6 +168,7 @@ TEST(FindText, GoesOnBehindManyFailedWordsOfALongText) {
 TEST(DoubleByte, SearchesNeverTakeATrailByteForACharacter) {
     const CodePage japanese("932");
     EXPECT_THAT(Fields("\x83\x7C|\x83\x7Cz", '|'), ElementsAre("\x83\x7C", "\x83\x7Cz"));
+    EXPECT_THAT(Fields("\x83\x7Cx", '\x83'), ElementsAre("\x83\x7Cx"));
     EXPECT_EQ(Word("\x83\x7Cx y", 1), "\x83\x7Cx 1-3");
     EXPECT_EQ(Find("\x83\x7C|", "|", 0), "3-3");
     EXPECT_EQ(Find("\x83\x61 A", "a", 1), "4-4");

@@ -53,6 +53,15 @@ TEST(StringSharing, ReplacingDetachesAndChangingCaseDoesNot) {
     EXPECT_STREQ(kept.Text(), "\xE4Pfel");
 }
 
+TEST(AdjustSize, BelowTheLengthKeepsWhatTheLengthClaims) {
+    RBString text("abcdef");
+    EXPECT_STREQ(text.AdjustSize(2), "ab");
+    EXPECT_EQ(text.Length(), 6u);
+    EXPECT_EQ(Written(text), Bytes("\0\0\0\6ab\0\0\0\0"));
+    text.AdjustSize(0);
+    EXPECT_EQ(Stored(text), Image(2, "ab"));
+}
+
 TEST(StringStream, IsABigEndianLengthAndTheText) {
     // 300; 3 with a NUL among them, which counts until the text is counted again; 0; and 70,000.
     const std::string bytes = std::string("\0\0\1\x2C", 4) + Many(300) +

@@ -118,6 +118,23 @@ TEST_F(RbFileTest, CopyShowsItsProgressInTheScaleOfItsBuffer) {
     EXPECT_EQ(ReadFileBytes("TO"), std::string(20, 'f'));
 }
 
+TEST_F(RbFileTest, TheReadThatMeetsTheEndShowsProgressAndOneThatCannotReadFails) {
+    WriteFileBytes("FROM", "12345");
+    RbFile from("FROM"), to("TO"), unreadable("FROM");
+    from.Open(keOpenRead);
+    to.Open(keOpenRewrite);
+    positions.clear();
+    stopAfter = 1000;
+    EXPECT_EQ(to.DupStream(from, 25, Progress, keDupSmallBuffer), 1);
+    EXPECT_THAT(positions, ElementsAre(5));
+    from.close();
+    unreadable.Open(keOpenOut | keOpenApp | keOpenBinary);
+    EXPECT_EQ(to.DupStream(unreadable, 5, nullptr, keDupSmallBuffer), -1);
+    unreadable.close();
+    to.close();
+    EXPECT_EQ(ReadFileBytes("TO"), "12345");
+}
+
 TEST_F(RbFileTest, CopyOpensClearsAndClosesAsAsked) {
     const std::string bytes("a\r\n\x1A\0\xFF", 6);
     WriteFileBytes("FROM", bytes);

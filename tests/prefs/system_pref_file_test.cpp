@@ -117,6 +117,24 @@ TEST_F(SystemPrefs, TellsWhyThereIsNoLine) {
     EXPECT_TRUE(mBoxes.Shown().empty()) << "the destructor does not close";
 }
 
+TEST_F(SystemPrefs, AWalkBelongsToItsObject) {
+    Lines("[a]\r\nk=v\r\nl=w\r\n");
+    const auto walk = [](SystemPrefFile& file, int first) {
+        char key[10] = "", value[10] = "";
+        return file.GetUnKeyedPrefLine("a", key, 10, value, 10, first)
+                   ? std::string(key) + "=" + value
+                   : "end";
+    };
+    SystemPrefFile target, *source = new SystemPrefFile(static_cast<const FileSpec&>(mFile));
+    EXPECT_EQ(walk(*source, 1), "k=v");
+    target = *source;
+    SystemPrefFile copy(*source);
+    EXPECT_EQ(walk(*source, 0), "l=w");
+    delete source;
+    EXPECT_EQ(walk(target, 0) + walk(copy, 0), "endend");
+    EXPECT_EQ(walk(copy, 1) + walk(target, 1) + walk(copy, 0), "k=vk=vl=w");
+}
+
 TEST_F(SystemPrefs, IniEntriesMoveTheirValues) {
     RbIniStringEntry text("S", "text", "before");
     EXPECT_TRUE(text.StreamIn(mFile) == 0 && text.GetValue().Length() == 0);

@@ -15,6 +15,11 @@ TEST(MessageSemaphore, IsHeldByWhoeverMakesTheFileFirst) {
         EXPECT_EQ(first.IsCreated(), 1);
     }
     EXPECT_EQ(ReadFileBytes("MSG.SEM"), "");
+    JxMailMessageSemaphore umlaut; // created and removed under one name
+    EXPECT_NE(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 0);
+    EXPECT_NE(umlaut.RemoveSemaphore(nullptr), 0);
+    EXPECT_NE(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 0);
+    EXPECT_NE(umlaut.RemoveSemaphore(nullptr), 0);
     WriteFileBytes("MSG.SEM", "theirs");
     WriteFileBytes("OTHER.SEM", "");
     JxMailMessageSemaphore second;

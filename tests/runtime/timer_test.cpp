@@ -95,3 +95,20 @@ TEST_F(Timer, TheClientIsFoundFirstAndForgottenWithTheBackgroundTimer) {
     EXPECT_THAT(mBoxes.Texts(), ElementsAre(TimerReport("0", 182), TimerReport("0", 208),
                                             TimerReport("poPostriderTimer", 174)));
 }
+
+static JxTimer* timerInTest;
+
+// Takes itself off the timer and frees its item.
+static void Leave(void*) {
+    const std::unique_ptr<JxTimerItem> item(timerInTest->FindItem(Leave));
+    timerInTest->UnRegisterCallback(Leave);
+}
+
+TEST_F(Timer, ACallbackMayTakeItselfOffAndTheNextOneHasItsTurn) {
+    const auto timer = Make(0);
+    timerInTest = timer.get();
+    timer->RegisterCallback(Write, 0, &mA);
+    timer->RegisterCallback(Leave, 0, nullptr);
+    timer->RegisterCallback(Write, 0, &mC);
+    EXPECT_EQ(Ticks(*timer, 2), "ac.ac.");
+}

@@ -7,6 +7,13 @@ static const std::string kFileError = Base("0|Error BaseDirFile: DeleteOldMail()
 
 class BaseDirFileTest : public MailFolder {};
 
+TEST(JXDatHeader, TakesItsOwnName) {
+    JXExtendDatHeader header;
+    char* const name = header.SetName("RB.DAT");
+    EXPECT_STREQ(header.SetName(name), "RB.DAT");
+    EXPECT_STREQ(header.SetName(name + 3), "DAT");
+}
+
 TEST(JXDatHeader, KeepsThirtyTwoCharactersAndTheWholeLength) {
     JXExtendDatHeader header;
     const std::string zeros = Written<JXDatHeader>(header);

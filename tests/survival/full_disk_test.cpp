@@ -3,9 +3,9 @@
 #include <optional>
 #include <set>
 
-#include "tests/support/pref_bytes.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/message_boxes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/resource_text.h"
 #include "tests/support/small_disk.h"
 

@@ -4,10 +4,10 @@
 #include <random>
 
 #include "resident/core/windows_api.h"
-#include "tests/support/pref_bytes.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
+#include "tests/support/pref_bytes.h"
 #include "tests/support/resource_text.h"
 #include "tests/survival/pref_steps.h"
 

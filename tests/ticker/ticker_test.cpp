@@ -45,6 +45,22 @@ protected:
     int mNull = 0; // which output is a null pointer
 };
 
+TEST_F(Ticker, TellsWhyThereIsNoFirstRecord) {
+    const auto reason = [&](const std::string& path) {
+        EXPECT_EQ(First(path), "");
+        const unsigned long error = GetLastError();
+        Done();
+        return error;
+    };
+    EXPECT_EQ(reason(mFolder.Path("missing.d")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(reason(mFolder.Path("missing\\inbox.d")), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(reason(Inbox(std::string(316, '\0'))), ERROR_NO_MORE_ITEMS);
+    const HANDLE held =
+        CreateFileA(mInbox.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(reason(mInbox), ERROR_SHARING_VIOLATION);
+    CloseHandle(held);
+}
+
 TEST_F(Ticker, WalksTheUsedRecordsFromTheFilesStart) {
     const std::string header(316, '\0'), broken = With(Mail("broken", "x"), 0, "\xFF\xFF");
     const std::string damaged = With(With(Mail("", "|Bo"), 3, "\x01"), 310, "\xFF\xFF");

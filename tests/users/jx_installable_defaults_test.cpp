@@ -52,6 +52,19 @@ TEST_F(InstallableDefaults, BeforeSetUpAreFixedAndCannotBeSet) {
     EXPECT_FALSE(FileThere(mTarget));
 }
 
+TEST_F(InstallableDefaults, WordsAreTheSameToTheByte) {
+    SetUpFrom("source");
+    Set(2, 2, 2);
+    const Values kept = Get();
+    char word[99];
+    GetPrivateProfileStringA("Address Defaults", "Message Format", "", word, 99, mTarget.c_str());
+    // The collation passes over a soft hyphen.
+    WritePrivateProfileStringA("Address Defaults", "Message Format",
+                               (std::string(word) + "\xAD").c_str(), mTarget.c_str());
+    EXPECT_EQ(kept, (Values{2, 2, 2}));
+    EXPECT_EQ(Get(), (Values{4, 2, 2}));
+}
+
 TEST_F(InstallableDefaults, AreKeptAsWords) {
     SetUpFrom("source");
     const std::pair<Values, Values> cases[] = {
