@@ -7,6 +7,7 @@
 
 #include "resources/jxsysres.h"
 #include "tests/core/settings.h"
+#include "tests/support/record_bytes.h"
 
 using namespace testing;
 
