@@ -1,9 +1,12 @@
 // A D file's messages, as other programs see them.
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 
 #include "programs/mailfolder/command.h"
+#include "programs/mailfolder/extract/csv.h"
+#include "programs/mailfolder/extract/selection.h"
 #include "programs/mailfolder/folder.h"
 
 static std::string Sender(const DirectoryRecord& record) {
@@ -68,53 +71,126 @@ private:
 
 } // namespace
 
-static int List(const std::string& argument, int type, bool json) {
-    const Folder folder = FindFolder(argument, type);
-    std::optional<JsonList> messages;
-    if (json)
-        messages.emplace(
-            Json{{"file", folder.path.Shown()}, {"type", static_cast<int>(folder.type)}},
-            "messages");
-    Table table;
-    unsigned long damaged = 0;
-    ForEachSlot(folder, [&](Slot& slot) {
-        DirectoryRecord record(&slot.stored);
-        if (slot.stored.used != 0 && (!record.Check_Fixed_Validity() || !record.isUsed()))
-            ++damaged;
-        if (!record.isUsed())
-            return;
-        if (messages)
-            messages->Add(AsJson(slot, record));
-        else
-            table.Add(record);
-    });
-    if (damaged)
-        Warn("{} damaged: \"mailfolder check\" tells more.\n",
-             Count(damaged, "record is", "records are"));
-    if (messages)
-        messages->Finish();
-    else
-        table.Show(folder);
-    return keFine;
-}
-
 namespace {
 
 struct Options {
     FolderArgument folder;
     bool json = false;
+    std::string format = "text";
+    std::string sort;
+    extract::Selection selection;
 };
+
+// Prints records one by one, in the form that was asked for.
+class Printer {
+public:
+    Printer(const Folder& folder, const std::string& format) : mFolder(folder), mFormat(format) {
+        if (mFormat == "json")
+            mJson.emplace(
+                Json{{"file", folder.path.Shown()}, {"type", static_cast<int>(folder.type)}},
+                "messages");
+        else if (mFormat == "csv")
+            Print("{}", extract::CsvLine({"slot", "from", "address", "subject", "date", "kind",
+                                          "marks", "file"}));
+    }
+
+    void Add(const Slot& slot, const DirectoryRecord& record) {
+        if (mJson)
+            mJson->Add(AsJson(slot, record));
+        else if (mFormat == "jsonl")
+            Print("{}\n", AsJson(slot, record).dump(-1, ' ', true, Json::error_handler_t::replace));
+        else if (mFormat == "csv")
+            AddCsv(slot, record);
+        else
+            mTable.Add(record);
+    }
+
+    void Finish() {
+        if (mJson)
+            mJson->Finish();
+        else if (mFormat == "text")
+            mTable.Show(mFolder);
+    }
+
+private:
+    static void AddCsv(const Slot& slot, const DirectoryRecord& record) {
+        const DiskDirRec& fields = record.Record();
+        Print("{}", extract::CsvLine({std::to_string(slot.number), Utf8(Sender(record)),
+                                      Utf8(SenderAddress(record)), Utf8(record.Topic().Text()),
+                                      DateText(FlipLong(fields.date)),
+                                      std::to_string(static_cast<int>(fields.kind)),
+                                      extract::MarksOf(fields), Utf8(record.FileName().Text())}));
+    }
+
+    const Folder& mFolder;
+    std::string mFormat;
+    std::optional<JsonList> mJson;
+    Table mTable;
+};
+
+// What a record is put in order by: texts without regard to case.
+std::wstring SortKey(const std::string& by, const Slot& slot, const DirectoryRecord& record) {
+    const auto number = [](unsigned long value) {
+        const std::string digits = fmt::format("{:010}", value);
+        return std::wstring(digits.begin(), digits.end());
+    };
+    if (by == "date")
+        return number(FlipLong(slot.stored.date));
+    if (by == "kind")
+        return number(static_cast<unsigned short>(slot.stored.kind));
+    return FoldCase(WideOfAnsi(by == "from"      ? Sender(record)
+                               : by == "subject" ? std::string(record.Topic().Text())
+                                                 : std::string(record.FileName().Text())));
+}
 
 } // namespace
 
-static const Command kList("list", "List the messages of a folder",
-                           "  mailfolder list C:\\Mail\\InBox\n"
-                           "  mailfolder list C:\\Mail\\InBox\\DFile --json",
-                           [](CLI::App& app) -> Command::Run {
-                               const auto given = std::make_shared<Options>();
-                               AddFolder(app, given->folder);
-                               AddJson(app, given->json);
-                               return [given] {
-                                   return List(given->folder.path, given->folder.type, given->json);
-                               };
-                           });
+static int List(const Options& options) {
+    const Folder folder = FindFolder(options.folder.path, options.folder.type);
+    Printer printer(folder, options.json ? "json" : options.format);
+    std::vector<std::pair<std::wstring, Slot>> sorted;
+    unsigned long damaged = 0;
+    ForEachSlot(folder, [&](Slot& slot) {
+        DirectoryRecord record(&slot.stored);
+        if (slot.stored.used != 0 && (!record.Check_Fixed_Validity() || !record.isUsed()))
+            ++damaged;
+        if (!record.isUsed() || !options.selection.Takes(
+                                    record.Record(), {record.Record(), mime::Charset::Windows1252}))
+            return;
+        if (options.sort.empty())
+            printer.Add(slot, record);
+        else
+            sorted.emplace_back(SortKey(options.sort, slot, record), slot);
+    });
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& [key, slot] : sorted) {
+        DirectoryRecord record(&slot.stored);
+        record.Check_Fixed_Validity();
+        printer.Add(slot, record);
+    }
+    if (damaged)
+        Warn("{} damaged: \"mailfolder check\" tells more.\n",
+             Count(damaged, "record is", "records are"));
+    printer.Finish();
+    return keFine;
+}
+
+static const Command
+    kList("list", "List the messages of a folder",
+          "  mailfolder list C:\\Mail\\InBox\n"
+          "  mailfolder list C:\\Mail\\InBox\\DFile --json\n"
+          "  mailfolder list C:\\Mail\\InBox --unprocessed --since 1998-01-01 --sort date\n"
+          "  mailfolder list C:\\Mail\\InBox --from smith --format csv",
+          [](CLI::App& app) -> Command::Run {
+              const auto given = std::make_shared<Options>();
+              AddFolder(app, given->folder);
+              CLI::Option* const format =
+                  app.add_option("--format", given->format, "A table, or a form for other programs")
+                      ->check(CLI::IsMember({"text", "json", "jsonl", "csv"}));
+              app.add_flag("--json", given->json, "The same as --format json")->excludes(format);
+              app.add_option("--sort", given->sort, "In this order; else that of the slots")
+                  ->check(CLI::IsMember({"from", "subject", "date", "kind", "file"}));
+              given->selection.AddTo(app);
+              return [given] { return List(*given); };
+          });

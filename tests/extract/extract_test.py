@@ -8,6 +8,7 @@ import email
 import email.policy
 import functools
 import hashlib
+import json
 import mailbox
 import os
 import random
@@ -375,6 +376,12 @@ def selections_and_manifest_tell_the_same_messages(folder):
             assert row["marks"] == ("processed" if message.processed else "")
             assert int(row["slot"]) == messages.index(message) + 1 and row["target"].endswith(".mbox")
         assert not any(r["subject"].startswith("=") for r in rows)
+        # A list tells the same ones.
+        listed = [json.loads(line) for line in run("list", source, "--format", "jsonl", *options)[0].splitlines()]
+        assert [m["file"] for m in listed] == [m.file for m in expected], options
+        table = run("list", source, "--format", "csv", "--sort", "subject", *options)[0]
+        assert [r["file"] for r in csv.DictReader(table.splitlines())] == \
+            [m.file for m in sorted(expected, key=lambda m: m.topic.decode("cp1252").upper())], options
     for wrong in (["--since", "1998-02-30"], ["--until", "tomorrow"], ["--kind", "9"], ["--format", "pdf"]):
         run("extract", source, os.path.join(folder, "x"), *wrong, code=2)
 

@@ -142,10 +142,10 @@ Counts Extraction::Run() {
 
 void Extraction::Tell(const SourceMessage& message, const std::string& what) const {
     const std::string slot = message.slot ? fmt::format(", slot {}", *message.slot) : "";
-    fmt::print(stderr, "{}{}: {}\n",
-               message.file.empty() ? Shown(WithoutPrefix(mSource.Name()))
-                                    : Shown(WithoutPrefix(Joined(mSource.Path(), message.file))),
-               slot, what);
+    Warn("{}{}: {}\n",
+         message.file.empty() ? Shown(WithoutPrefix(mSource.Name()))
+                              : Shown(WithoutPrefix(Joined(mSource.Path(), message.file))),
+         slot, what);
 }
 
 // A free slot whose file came to hold another message is none of that message's.
@@ -299,12 +299,12 @@ static int Extract(const Options& options) {
         const Counts counts =
             Extraction(options, source, *target, manifest ? &*manifest : nullptr).Run();
         if (!source.Problem().empty())
-            fmt::print(stderr, "{}: {}; its messages come from their files alone.\n",
-                       Shown(WithoutPrefix(source.Name())), source.Problem());
+            Warn("{}: {}; its messages come from their files alone.\n",
+                 Shown(WithoutPrefix(source.Name())), source.Problem());
         damaged |= !source.Problem().empty() || counts.withoutFile || counts.damaged;
         all += counts;
         if (options.recursive)
-            fmt::print("{}: {}\n", Shown(WithoutPrefix(place)), counts.Text());
+            Tell("{}: {}\n", Shown(WithoutPrefix(place)), counts.Text());
     };
     if (options.recursive) {
         for (const std::wstring& folder : MailFoldersBelow(top.Path())) {
@@ -312,7 +312,7 @@ static int Extract(const Options& options) {
                 SourceFolder source(folder);
                 take(source);
             } catch (const Failure& failure) {
-                fmt::print(stderr, "{}\n", failure.text);
+                Warn("{}\n", failure.text);
                 failed = true;
             }
         }
@@ -321,7 +321,7 @@ static int Extract(const Options& options) {
     }
     if (manifest)
         manifest->Complete();
-    fmt::print("{}\n", all.Text());
+    Tell("{}\n", all.Text());
     return failed ? keCouldNot : damaged ? keDamage : keFine;
 }
 
