@@ -92,6 +92,16 @@ std::wstring FoldCase(std::wstring name) {
     return name;
 }
 
+// Whether the folder lists the name: where nothing can be opened by it, it is a link that leads
+// nowhere.
+static bool IsListed(const std::wstring& path) {
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(path.c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE)
+        FindClose(search);
+    return search != INVALID_HANDLE_VALUE;
+}
+
 Path::Thing Path::What() const {
     if (mFull.starts_with(kDevicePrefix))
         return keDevice;
@@ -99,7 +109,7 @@ Path::Thing Path::What() const {
         return keMissing; // a search would find others
     const DWORD attributes = GetFileAttributesW(mFull.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
-        return IsDanglingLink(mFull.c_str()) ? keLink : keMissing;
+        return IsListed(mFull) ? keLink : keMissing;
     if (IsLink(mFull.c_str()))
         return keLink;
     return attributes & FILE_ATTRIBUTE_DIRECTORY ? keFolder : keFile;
