@@ -24,7 +24,7 @@ function(add_ticker_library target)
         IMPORT_PREFIX ""
         IMPORT_SUFFIX .a
         LINK_DEPENDS ${PROJECT_SOURCE_DIR}/ticker/jxticdll.def)
-    target_link_libraries(${target} PRIVATE jxticdll_objects)
+    target_link_libraries(${target} PRIVATE jxticdll_objects ntdll)
     # Callee-cleans functions are exported under their plain names.
     target_link_options(${target} PRIVATE -Wl,--kill-at)
 endfunction()

@@ -45,29 +45,47 @@ static std::wstring FinalPath(const FileHandle& file) {
     return path;
 }
 
+// Whether both final paths lie in the same folder: the entry's own folder, and the one that its
+// path names, which is asked for again only where the last one asked for does not fit.
+static bool LiesIn(const std::wstring& finalFolder, const std::wstring& folder) {
+    static std::wstring lastFolder;
+    static std::wstring lastFinal;
+    const auto fits = [&] {
+        return lastFolder == folder && lstrcmpiW(lastFinal.c_str(), finalFolder.c_str()) == 0;
+    };
+    if (fits())
+        return true;
+    const FileHandle parent = OpenToAsk(folder.c_str(), 0);
+    // A folder that cannot be asked tells nothing.
+    if (!parent)
+        return true;
+    lastFolder = folder;
+    lastFinal = FinalPath(parent);
+    if (!lastFinal.empty() && lastFinal.back() == L'\\')
+        lastFinal.pop_back();
+    return fits();
+}
+
 bool IsLink(const wchar_t* path) {
     const FileHandle entry = OpenToAsk(path, FILE_FLAG_OPEN_REPARSE_POINT);
-    BY_HANDLE_FILE_INFORMATION information;
-    if (!entry || !GetFileInformationByHandle(entry.Get(), &information))
+    // Of all that could be asked this costs least.
+    FILE_ATTRIBUTE_TAG_INFO attributes;
+    if (!entry || !GetFileInformationByHandleEx(entry.Get(), FileAttributeTagInfo, &attributes,
+                                                sizeof attributes))
         return false;
-    if (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
+    if (attributes.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
         return true;
     // Links of a file system below that the system follows by itself show in the final path alone.
-    wchar_t full[0x8000];
+    wchar_t full[0x1000];
     wchar_t* name = nullptr;
-    const DWORD length = GetFullPathNameW(path, 0x8000, full, &name);
-    if (!length || length >= 0x8000 || !name)
+    const DWORD length = GetFullPathNameW(path, 0x1000, full, &name);
+    if (!length || length >= 0x1000 || !name)
         return false;
     const std::wstring final = FinalPath(entry);
     const std::size_t separator = final.rfind(L'\\');
-    const std::wstring folder(full, name);
-    const FileHandle parent = OpenToAsk(folder.c_str(), 0);
-    if (separator == std::wstring::npos || !parent)
+    if (separator == std::wstring::npos)
         return false;
-    std::wstring parentPath = FinalPath(parent);
-    if (!parentPath.empty() && parentPath.back() == L'\\')
-        parentPath.pop_back();
-    if (lstrcmpiW(parentPath.c_str(), final.substr(0, separator).c_str()) != 0)
+    if (!LiesIn(final.substr(0, separator), std::wstring(full, name)))
         return true;
     // Another name in the same folder: a link, unless it is the short name of the same entry.
     if (lstrcmpiW(name, final.c_str() + separator + 1) == 0)

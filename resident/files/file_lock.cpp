@@ -3,14 +3,19 @@
 #include <list>
 #include <string>
 
+#include "resident/core/windows_api.h"
+
+#include <winternl.h>
+
 #include "resident/files/error_mode.h"
 #include "resident/files/file_handle.h"
 #include "resident/files/file_identity.h"
 
 // A lock that this process holds, once for all that have taken it.
 struct FileLock::Held {
+    std::wstring path; // that it was taken by
     FileHandle file;
-    FileIdentity identity;
+    ULONGLONG index;
     int holders;
 };
 
@@ -18,9 +23,37 @@ static std::list<FileLock::Held> held;
 
 static constexpr DWORD kOffsetHigh = 0x100; // 1 TB
 
-static FileLock::Held* FindHeld(const FileIdentity& identity) {
+// The file's index in its volume. The volume itself is left out: asking for it costs more than all
+// the rest of a lock.
+static bool GetIndex(const FileHandle& file, ULONGLONG& index) {
+    IO_STATUS_BLOCK status;
+    FILE_INTERNAL_INFORMATION information;
+    if (NtQueryInformationFile(file.Get(), &status, &information, sizeof information,
+                               FileInternalInformation) != 0)
+        return false;
+    index = information.IndexNumber.QuadPart;
+    return true;
+}
+
+static FileHandle Open(const wchar_t* path) {
+    return FileHandle(CreateFileW(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+static FileLock::Held* FindHeld(const wchar_t* path) {
     for (FileLock::Held& lock : held)
-        if (lock.identity == identity)
+        if (lstrcmpiW(lock.path.c_str(), path) == 0)
+            return &lock;
+    return nullptr;
+}
+
+// The same by another name: of files with one index, the volumes decide.
+static FileLock::Held* FindHeld(const FileHandle& file, ULONGLONG index) {
+    FileIdentity identity;
+    FileIdentity other;
+    for (FileLock::Held& lock : held)
+        if (lock.index == index && GetFileIdentity(file.Get(), identity) &&
+            GetFileIdentity(lock.file.Get(), other) && identity == other)
             return &lock;
     return nullptr;
 }
@@ -56,37 +89,41 @@ static enumFileLockResult LockByte(HANDLE file, ULONGLONG end) {
     return keLockTaken;
 }
 
+enumFileLockResult FileLock::Share(Held& lock) {
+    ++lock.holders;
+    mpoHeld = &lock;
+    return keLockTaken;
+}
+
 enumFileLockResult FileLock::Take(const wchar_t* path, unsigned long milliseconds) {
     Release();
     if (!path || !*path)
         return keLockNoFile;
+    if (Held* const own = FindHeld(path))
+        return Share(*own);
     const CriticalErrorsFail guard;
     const ULONGLONG start = GetTickCount64();
     const ULONGLONG end = start + milliseconds;
     for (;;) {
-        FileHandle file(CreateFileW(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-        FileIdentity identity;
-        if (!file || !GetFileIdentity(file.Get(), identity)) {
+        FileHandle file = Open(path);
+        ULONGLONG index;
+        if (!file || !GetIndex(file, index)) {
             if (file || GetLastError() != ERROR_FILE_NOT_FOUND ||
                 GetTickCount64() >= start + keRenameMilliseconds || !HasBackup(path))
                 return keLockNoFile;
             Sleep(1);
             continue;
         }
-        if (Held* const own = FindHeld(identity)) {
-            ++own->holders;
-            mpoHeld = own;
-            return keLockTaken;
-        }
+        if (Held* const own = FindHeld(file, index))
+            return Share(*own);
         const enumFileLockResult result = LockByte(file.Get(), end);
         if (result != keLockTaken)
             return result;
-        FileIdentity now;
-        if (GetFileIdentity(path, now) && now == identity) {
-            held.push_back({std::move(file), identity, 1});
-            mpoHeld = &held.back();
-            return keLockTaken;
+        ULONGLONG indexNow;
+        const FileHandle now = Open(path);
+        if (now && GetIndex(now, indexNow) && indexNow == index) {
+            held.push_back({path, std::move(file), index, 0});
+            return Share(held.back());
         }
         // A rewrite has put another file in its place: that one's lock is wanted.
         if (GetTickCount64() >= end)

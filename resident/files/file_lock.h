@@ -41,5 +41,7 @@ public:
     struct Held;
 
 private:
+    enumFileLockResult Share(Held& lock);
+
     Held* mpoHeld; // shared by all that hold the same file's lock in this process
 };
