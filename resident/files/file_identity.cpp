@@ -1,5 +1,7 @@
 #include "resident/files/file_identity.h"
 
+#include <cwchar>
+
 #include "resident/core/windows_api.h"
 #include "resident/files/file_handle.h"
 #include "resident/files/oem_name.h"
@@ -51,7 +53,7 @@ static bool LiesIn(const std::wstring& finalFolder, const std::wstring& folder) 
     static std::wstring lastFolder;
     static std::wstring lastFinal;
     const auto fits = [&] {
-        return lastFolder == folder && lstrcmpiW(lastFinal.c_str(), finalFolder.c_str()) == 0;
+        return lastFolder == folder && _wcsicmp(lastFinal.c_str(), finalFolder.c_str()) == 0;
     };
     if (fits())
         return true;
@@ -88,14 +90,14 @@ bool IsLink(const wchar_t* path) {
     if (!LiesIn(final.substr(0, separator), std::wstring(full, name)))
         return true;
     // Another name in the same folder: a link, unless it is the short name of the same entry.
-    if (lstrcmpiW(name, final.c_str() + separator + 1) == 0)
+    if (_wcsicmp(name, final.c_str() + separator + 1) == 0)
         return false;
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileW(path, &found);
     if (search == INVALID_HANDLE_VALUE)
         return false;
     FindClose(search);
-    return lstrcmpiW(found.cFileName, final.c_str() + separator + 1) != 0;
+    return _wcsicmp(found.cFileName, final.c_str() + separator + 1) != 0;
 }
 
 bool IsLink(const FileSpec& file) {

@@ -1,5 +1,6 @@
 #include "resident/files/file_lock.h"
 
+#include <cwchar>
 #include <list>
 #include <string>
 
@@ -42,7 +43,7 @@ static FileHandle Open(const wchar_t* path) {
 
 static FileLock::Held* FindHeld(const wchar_t* path) {
     for (FileLock::Held& lock : held)
-        if (lstrcmpiW(lock.path.c_str(), path) == 0)
+        if (_wcsicmp(lock.path.c_str(), path) == 0)
             return &lock;
     return nullptr;
 }
