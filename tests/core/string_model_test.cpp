@@ -8,8 +8,8 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/models/side_by_side.h"
 #include "tests/support/record_bytes.h"
+#include "tests/support/side_by_side.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/models/side_by_side.h"
 #include "tests/support/pref_bytes.h"
 #include "tests/support/reports.h"
 #include "tests/support/resource_text.h"
 #include "tests/support/scratch.h"
+#include "tests/support/side_by_side.h"
 #include "tests/support/taken_boxes.h"
 
 namespace {

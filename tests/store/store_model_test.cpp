@@ -10,10 +10,10 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/models/folder_model.h"
-#include "tests/models/side_by_side.h"
+#include "tests/support/folder_model.h"
 #include "tests/support/reports.h"
 #include "tests/support/scratch.h"
+#include "tests/support/side_by_side.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/models/side_by_side.h"
+#include "tests/support/side_by_side.h"
 
 #include <gtest/gtest.h>
 
