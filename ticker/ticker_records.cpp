@@ -8,7 +8,7 @@
 #include "ticker/ticker.h"
 #include "ticker/ticker_results.h"
 
-static const char kSource[] = "JXTICKER\\JXTICDLL\\JXTICDLL.CPP";
+static constexpr Reporter kReports("JXTICKER\\JXTICDLL\\JXTICDLL.CPP");
 
 // The open D file; null while no walk is in progress.
 static RbFile* poDFile;
@@ -49,7 +49,7 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
                              unsigned short* kind, unsigned short* flag) {
     if (!path || !topic || !fileName || !sender || !kind || !flag)
         return Failed(ERROR_INVALID_PARAMETER);
-    JX_CHECK(!poDFile);
+    kReports.Check(!poDFile, "!poDFile");
     // `path` may be a text that this call empties: it is taken first.
     RbFile* const file = new (std::nothrow) RbFile(path);
     // A refused path opens nothing: its accepted parts would name another file.
@@ -72,7 +72,7 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
                             unsigned short* flag) {
     if (!topic || !fileName || !sender || !kind || !flag)
         return 0;
-    JX_CHECK(poDFile);
+    kReports.Check(poDFile, "poDFile");
     const DiskDirRec* const record = NextUsedRecord();
     if (!record) {
         const bool ended = poDFile && !poDFile->bad();

@@ -6,7 +6,7 @@
 
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\RBCOUNTR.CPP";
+static constexpr Reporter kReports("JXRESIDT\\RBCOUNTR.CPP");
 
 RbRefCounter::RbRefCounter(long initial) : mlCount(initial) {}
 
@@ -14,12 +14,12 @@ RbRefCounter::~RbRefCounter() = default;
 
 void RbRefCounter::Increment() {
     const bool counts = mlCount >= 0 && mlCount != LONG_MAX;
-    JX_CHECK_AT(67, counts, "(mlCount+1) > 0");
+    kReports.CheckAt(67, counts, "(mlCount+1) > 0");
     mlCount = static_cast<long>(static_cast<unsigned long>(mlCount) + 1);
 }
 
 int RbRefCounter::Decrement() {
-    JX_CHECK_AT(77, mlCount >= 1, "mlCount >= 1");
+    kReports.CheckAt(77, mlCount >= 1, "mlCount >= 1");
     mlCount = static_cast<long>(static_cast<unsigned long>(mlCount) - 1);
     return mlCount == 0;
 }

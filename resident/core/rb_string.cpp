@@ -14,7 +14,7 @@
 #include "resident/runtime/check.h"
 #include "resources/jxsysres.h"
 
-static const char kSource[] = "JXRESIDT\\RBSTRING.CPP";
+static constexpr Reporter kReports("JXRESIDT\\RBSTRING.CPP");
 
 // What charAt hands out when there is no such character.
 static char dummyCharacter;
@@ -409,9 +409,9 @@ std::istream& operator>>(std::istream& in, RBString& string) {
 }
 
 bool LStrNCpyAndNullTerminate(char* pszCopyTo, const char* pszCopyFrom, unsigned int iiBufSize) {
-    JX_CHECK_AT(47, iiBufSize > 1, "iiBufSize > 1");
-    JX_CHECK_AT(48, pszCopyTo != nullptr && pszCopyFrom != nullptr,
-                "pszCopyTo != NULL && pszCopyFrom != NULL");
+    kReports.CheckAt(47, iiBufSize > 1, "iiBufSize > 1");
+    kReports.CheckAt(48, pszCopyTo != nullptr && pszCopyFrom != nullptr,
+                     "pszCopyTo != NULL && pszCopyFrom != NULL");
     if (!pszCopyTo || iiBufSize == 0)
         return false;
     if (!pszCopyFrom)

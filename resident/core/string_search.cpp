@@ -10,7 +10,7 @@
 #include "resident/core/rb_string.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\STRSRCH.CPP";
+static constexpr Reporter kReports("JXRESIDT\\STRSRCH.CPP");
 
 static const char kDelimiters[] = " !@#$%&*()-+={}[]|:;\"`<>,.?/\n\r\t";
 
@@ -50,8 +50,8 @@ unsigned int BaseString::DoubleByteAdjLen(const char* text, unsigned int n) {
 
 int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
                                     unsigned char delimiter) const {
-    JX_CHECK_MESSAGE(n > 0, "tWhichWord > 0", nullptr);
-    JX_CHECK_MESSAGE(delimiter != 0, "bDelimiter != NULL", nullptr);
+    kReports.Check(n > 0, "tWhichWord > 0");
+    kReports.Check(delimiter != 0, "bDelimiter != NULL");
     if (n == 0)
         return 0;
     const auto isDelimiter = [delimiter](char c) {
@@ -74,7 +74,7 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
     const char* pszEndDelimiter = FindCharacter(field, isDelimiter);
     if (!pszEndDelimiter)
         pszEndDelimiter = field + std::strlen(field);
-    JX_CHECK(pszEndDelimiter);
+    kReports.Check(pszEndDelimiter, "pszEndDelimiter");
     const unsigned int length = pszEndDelimiter - field;
     if (length)
         word.puts(field, length);

@@ -12,7 +12,7 @@
 #include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\DISKDRVR.CPP";
+static constexpr Reporter kReports("JXRESIDT\\DISKDRVR.CPP");
 
 static constexpr int kAllEntries =
     keAttrReadOnly | keAttrHidden | keAttrSystem | keAttrDirectory | keAttrArchive;
@@ -105,7 +105,7 @@ bool DiskDriver::RemoveFile(const char* name) {
 bool DiskDriver::RemoveFile(FileSpec& name) { return RemoveFile(name.FullFileSpec()); }
 
 bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
-    JX_CHECK_AT(239, pszRHSOld != pszRHSNew, "pszRHSOld != pszRHSNew");
+    kReports.CheckAt(239, pszRHSOld != pszRHSNew, "pszRHSOld != pszRHSNew");
     const OemName from(pszRHSOld);
     const OemName to(pszRHSNew);
     if (from && to && std::rename(from.Text(), to.Text()) == 0)
@@ -113,14 +113,14 @@ bool DiskDriver::Rename(const char* pszRHSOld, const char* pszRHSNew) {
     // Renaming to another disk copies: a full one is left with a cut copy under the new name.
     if (from && to && errno == ENOSPC)
         _unlink(to.Text());
-    JX_FAIL_AT(254, "DiskDriver::Rename() failed.");
+    kReports.FailAt(254, "DiskDriver::Rename() failed.");
     return false;
 }
 
 bool DiskDriver::Rename(const wchar_t* from, const wchar_t* to) {
     if (MoveFileW(from, to))
         return true;
-    JX_FAIL_AT(254, "DiskDriver::Rename() failed.");
+    kReports.FailAt(254, "DiskDriver::Rename() failed.");
     return false;
 }
 
@@ -195,7 +195,7 @@ int DiskDriver::ValidFind() {
 
 bool DiskDriver::FoundFile(FileSpec& out) {
     if (!moFound.ff_name[0]) {
-        JX_FAIL_AT(151, "Invalid file found in DiskDriver::FoundFile");
+        kReports.FailAt(151, "Invalid file found in DiskDriver::FoundFile");
         return false;
     }
     char name[sizeof moFound.ff_name];

@@ -4,7 +4,7 @@
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\JXMSGSEM.CPP";
+static constexpr Reporter kReports("JXRESIDT\\JXMSGSEM.CPP");
 
 JxMailMessageSemaphore::JxMailMessageSemaphore() : mfCreated(0) {}
 
@@ -34,6 +34,6 @@ int JxMailMessageSemaphore::RemoveSemaphore(const char* name) {
     // By the name that opening made it under, which is another outside ASCII.
     const int fReturn = LockFile(lock, name ? name : mstrName.Text()) &&
                         !IsLink(OpenedName(lock).c_str()) && DeleteFileW(OpenedName(lock).c_str());
-    JX_CHECK_AT(76, fReturn, "fReturn");
+    kReports.CheckAt(76, fReturn, "fReturn");
     return fReturn;
 }

@@ -22,9 +22,9 @@ bool RbFile::DirectoryExists() { return DiskDriver::FileExists(FullFileSpec(), k
 enumDeleteResult RbFile::Remove() { return DoRemove(); }
 
 enumDeleteResult RbFile::DoRemove() {
-    static const char kSource[] = "JXRESIDT\\RBFILE1.CPP";
+    static constexpr Reporter kReports("JXRESIDT\\RBFILE1.CPP");
     const enumDeleteResult eResult = ImpRemove();
-    JX_CHECK_AT(54, eResult == keDELETE_OK, "eResult == keDELETE_OK");
+    kReports.CheckAt(54, eResult == keDELETE_OK, "eResult == keDELETE_OK");
     return eResult;
 }
 
@@ -89,13 +89,13 @@ bool RbFile::FileInfo(std::tm* when, long* size) {
 }
 
 bool RbFile::HashUniqueFileName(RbFile* result, FileSpec& where, const char* pszExtension) {
-    static const char kSource[] = "JXRESIDT\\RBFILE2.CPP";
+    static constexpr Reporter kReports("JXRESIDT\\RBFILE2.CPP");
     _timeb now;
     _ftime(&now);
     unsigned long seed = static_cast<unsigned long>(now.time) + now.millitm;
     FileSpec candidate(where);
     if (pszExtension) {
-        JX_CHECK_AT(361, std::strchr(pszExtension, '.'), "strchr(pszExtension, '.')");
+        kReports.CheckAt(361, std::strchr(pszExtension, '.'), "strchr(pszExtension, '.')");
         candidate.SetFileExt(pszExtension);
     }
     for (int tries = 0; tries < 32767; ++tries) {

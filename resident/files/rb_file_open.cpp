@@ -10,7 +10,7 @@
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\RBFILE1.CPP";
+static constexpr Reporter kReports("JXRESIDT\\RBFILE1.CPP");
 
 char RbFile::szTranslatedString[keOemNameSize];
 
@@ -35,7 +35,8 @@ RbFile& RbFile::operator=(const FileSpec& spec) {
 }
 
 RbFile::~RbFile() {
-    JX_REPORT(!isOpen(), "!isOpen()", "Destructor of RbFile is called when file is still OPEN", 35);
+    kReports.CheckAt(35, !isOpen(), "!isOpen()",
+                     "Destructor of RbFile is called when file is still OPEN");
 }
 
 bool RbFile::DoOpen(const char* name, int mode, int prot) {

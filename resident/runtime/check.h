@@ -3,27 +3,35 @@
 #include "resident/core/windows_api.h"
 #include "resident/runtime/reporting.h"
 
-// How the library's own sources report. Each names itself once in a constant `kSource`, with the
-// name and extension that its reports have always carried.
+// How the library's own sources report: each has one of these, with the name and extension that its
+// reports have always carried. Line numbers that other programs know are passed as numbers;
+// elsewhere the line is the caller's.
+class Reporter {
+public:
+    explicit constexpr Reporter(const char* source) : mSource(source) {}
 
-// The general form; the others fill in what they leave out. A condition that holds costs no call.
-#define JX_REPORT(condition, expression, message, line)                                            \
-    ((condition) ? void() : RbAssertDispatch(0, expression, message, line, kSource, 0))
+    // A contract, told by its `expression` where it is broken. One that holds costs no call.
+    void Check(bool holds, const char* expression, const char* message = nullptr,
+               int line = __builtin_LINE()) const {
+        if (!holds)
+            RbAssertDispatch(0, expression, message, line, mSource, 0);
+    }
+    void CheckAt(int line, bool holds, const char* expression,
+                 const char* message = nullptr) const {
+        Check(holds, expression, message, line);
+    }
+    // A failure without a condition.
+    void Fail(const char* message, int line = __builtin_LINE()) const {
+        Check(false, "0", message, line);
+    }
+    void FailAt(int line, const char* message = nullptr) const { Fail(message, line); }
 
-// A contract that explains itself, reported with its own text as expression.
-#define JX_CHECK(condition) JX_REPORT(condition, #condition, nullptr, __LINE__)
-
-// The same where line number and text are part of the interface.
-#define JX_CHECK_AT(line, condition, expression) JX_REPORT(condition, expression, nullptr, line)
-
-// A contract with a message.
-#define JX_CHECK_MESSAGE(condition, expression, message)                                           \
-    JX_REPORT(condition, expression, message, __LINE__)
-
-// A failure without a condition.
-#define JX_FAIL(message) JX_REPORT(0, "0", message, __LINE__)
-#define JX_FAIL_AT(line, message) JX_REPORT(0, "0", message, line)
+private:
+    const char* mSource;
+};
 
 // The lighter check: one fixed text on the debugger output and nothing else.
-#define JX_SAFE_CHECK(condition)                                                                   \
-    ((condition) ? void() : OutputDebugStringA("Safe assertion failed"))
+inline void SafeCheck(bool holds) {
+    if (!holds)
+        OutputDebugStringA("Safe assertion failed");
+}

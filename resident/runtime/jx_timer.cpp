@@ -4,7 +4,7 @@
 #include "resident/runtime/check.h"
 #include "resident/runtime/hidden_window.h"
 
-static const char kSource[] = "JXRESIDT\\JXTIMER.CPP";
+static constexpr Reporter kReports("JXRESIDT\\JXTIMER.CPP");
 
 static constexpr long kTick = 500;
 static constexpr unsigned int kClientTimer = 100;
@@ -30,16 +30,16 @@ JxTimer::JxTimer(void* instance, enumCreateOptions option)
         identifier = kBackgroundTimer;
         break;
     default:
-        JX_REPORT(0, "0", nullptr, 83);
+        kReports.FailAt(83);
         break;
     }
     mfGood = JxCreateHiddenWindow(&mhWindow, instance, mpszClassName, mpszClassName,
                                   WindowProcedure, keRegisterClass);
-    JX_CHECK_AT(93, mfGood, "mfGood");
+    kReports.CheckAt(93, mfGood, "mfGood");
     if (!mfGood)
         return;
     mhTimer = SetTimer(static_cast<HWND>(mhWindow), identifier, kTick, nullptr);
-    JX_CHECK_AT(97, mhTimer, "mhTimer");
+    kReports.CheckAt(97, mhTimer, "mhTimer");
     if (!mhTimer)
         mfGood = 0;
 }
@@ -66,7 +66,7 @@ void JxTimer::SetupStatics(void* process, enumCreateOptions option, JxTimer* tim
         poBackgrounderTimer = timer;
         break;
     default:
-        JX_REPORT(0, "0", nullptr, 48);
+        kReports.FailAt(48);
         break;
     }
 }
@@ -74,14 +74,14 @@ void JxTimer::SetupStatics(void* process, enumCreateOptions option, JxTimer* tim
 JxTimer* JxTimer::GetInstance() {
     void* const process = GetCurrentProcess();
     if (mhPostriderTask == process) {
-        JX_CHECK_AT(174, poPostriderTimer, "poPostriderTimer");
+        kReports.CheckAt(174, poPostriderTimer, "poPostriderTimer");
         return poPostriderTimer;
     }
     if (mhBackgrounderTask == process) {
-        JX_CHECK_AT(179, poBackgrounderTimer, "poBackgrounderTimer");
+        kReports.CheckAt(179, poBackgrounderTimer, "poBackgrounderTimer");
         return poBackgrounderTimer;
     }
-    JX_REPORT(0, "0", nullptr, 182);
+    kReports.FailAt(182);
     return nullptr;
 }
 
@@ -91,7 +91,7 @@ int JxTimer::RegisterCallback(JxTimerCallback callback, long interval, void* dat
 
 void JxTimer::UnRegisterCallback(JxTimerCallback callback) {
     JxTimerItem* poPostriderTimerItem = FindItem(callback);
-    JX_CHECK_AT(137, poPostriderTimerItem, "poPostriderTimerItem");
+    kReports.CheckAt(137, poPostriderTimerItem, "poPostriderTimerItem");
     if (poPostriderTimerItem)
         moItems.RemoveObject(*poPostriderTimerItem);
 }
@@ -105,7 +105,7 @@ JxTimerItem* JxTimer::FindItem(JxTimerCallback callback) {
 
 void JxTimer::Reset(JxTimerCallback callback, long interval) {
     JxTimerItem* poPostriderTimerItem = FindItem(callback);
-    JX_CHECK_AT(160, poPostriderTimerItem, "poPostriderTimerItem");
+    kReports.CheckAt(160, poPostriderTimerItem, "poPostriderTimerItem");
     if (poPostriderTimerItem) {
         poPostriderTimerItem->interval = interval;
         poPostriderTimerItem->elapsed = 0;
@@ -125,7 +125,7 @@ long __stdcall JxTimer::WindowProcedure(void* window, unsigned int message, unsi
         timer = poBackgrounderTimer;
         break;
     default:
-        JX_REPORT(0, "0", nullptr, 208);
+        kReports.FailAt(208);
         break;
     }
     if (timer)

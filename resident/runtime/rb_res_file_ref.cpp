@@ -32,14 +32,14 @@ RbResFileRef::~RbResFileRef() { DecrementUsage(); }
 
 void RbResFileRef::Take(const RbResFileRef& other) {
     mpoShared = other.mpoShared;
-    JX_SAFE_CHECK(mpoShared);
+    SafeCheck(mpoShared);
     if (mpoShared)
         mpoShared->Increment();
     mfValid = 1;
 }
 
 int RbResFileRef::DecrementUsage() {
-    JX_SAFE_CHECK(mpoShared);
+    SafeCheck(mpoShared);
     if (mpoShared && mpoShared->Decrement()) {
         delete mpoShared;
         mpoShared = nullptr;
@@ -48,23 +48,23 @@ int RbResFileRef::DecrementUsage() {
 }
 
 void RbResFileRef::BeginUsingResourceFile() {
-    JX_SAFE_CHECK(mpoShared);
-    JX_SAFE_CHECK(mfValid);
+    SafeCheck(mpoShared);
+    SafeCheck(mfValid);
     if (mpoShared)
         ++mpoShared->usage;
 }
 
 void RbResFileRef::EndUsingResourceFile() {
-    JX_SAFE_CHECK(mpoShared);
-    JX_SAFE_CHECK(mfValid);
+    SafeCheck(mpoShared);
+    SafeCheck(mfValid);
     if (!mpoShared)
         return;
     --mpoShared->usage;
-    JX_SAFE_CHECK(mpoShared->usage >= 0);
+    SafeCheck(mpoShared->usage >= 0);
 }
 
 int RbResFileRef::LoadStringA(unsigned int id, char* buffer, int size) {
-    JX_SAFE_CHECK(mpoShared);
+    SafeCheck(mpoShared);
     BeginUsingResourceFile();
     const int loaded = mpoShared ? ::LoadStringA(mpoShared->module, id, buffer, size) : 0;
     EndUsingResourceFile();

@@ -9,7 +9,7 @@
 #include "resident/users/jx_installable_defaults.h"
 #include "resident/users/put_pascal.h"
 
-static const char kSource[] = "JXRESIDT\\MUSR_BS.CPP";
+static constexpr Reporter kReports("JXRESIDT\\MUSR_BS.CPP");
 
 static constexpr unsigned short kSpare = 0xFFFF;
 
@@ -170,7 +170,7 @@ int BaseMailUser::SplitUserName(RBString& given, RBString& family) const {
 
 int BaseMailUser::SetInternetAddress(const char* nameAndAddr) {
     const RBString strNameAndAddr(nameAndAddr);
-    JX_CHECK(strNameAndAddr.Length());
+    kReports.Check(strNameAndAddr.Length(), "strNameAndAddr.Length()");
     const char* const open = std::strchr(strNameAndAddr.Text(), '<');
     const char* const close = std::strchr(strNameAndAddr.Text(), '>');
     if (!open || !close || close < open)
@@ -205,8 +205,8 @@ std::ostream& operator<<(std::ostream& out, BaseMailUser& oUser) {
     record.platform = static_cast<unsigned char>(oUser.mPlatform);
     record.popOption = oUser.mPopOption;
     if (szAddress.Length() < ULR_MAX_ZONE_LEN) {
-        JX_CHECK_MESSAGE(szAddress.Length() < ULR_MAX_ZONE_LEN,
-                         "oUser.szAddress.Length() < ULR_MAX_ZONE_LEN", nullptr);
+        kReports.Check(szAddress.Length() < ULR_MAX_ZONE_LEN,
+                       "oUser.szAddress.Length() < ULR_MAX_ZONE_LEN");
         PutPascal(szAddress, BaseMailUser::msUlr, offsetof(UserLRec, zone), sizeof record);
     } else {
         constexpr unsigned int first = ULR_MAX_ZONE_LEN - 1;

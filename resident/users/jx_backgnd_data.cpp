@@ -9,7 +9,7 @@
 #include "resident/core/text_fields.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\JXBCKDAT.CPP";
+static constexpr Reporter kReports("JXRESIDT\\JXBCKDAT.CPP");
 
 // The key's closing zero takes part: every 21st byte stands in the file as it is.
 static constexpr unsigned char kKey[] = {0x5A, 0x13, 0xC4, 0x7E, 0x99, 0x02, 0xB8,
@@ -23,24 +23,24 @@ JxBackgndData::JxBackgndData()
 JxBackgndData::~JxBackgndData() = default;
 
 void JxBackgndData::SetFullPopAccount(const RBString& strAddress) {
-    JX_CHECK_MESSAGE(strAddress.Length() > 0, "strAddress.Length () > 0", nullptr);
+    kReports.Check(strAddress.Length() > 0, "strAddress.Length () > 0");
     mstrFullPopAccount = strAddress;
     ParseIP(strAddress, keDefaultPopPort, &mstrPopAccount, &mwPopPort, &mfPopOption);
 }
 
 const RBString& JxBackgndData::GetPopAccount() const {
-    JX_CHECK_MESSAGE(mstrPopAccount.Length() > 0, "mstrPopAccount.Length () > 0", nullptr);
+    kReports.Check(mstrPopAccount.Length() > 0, "mstrPopAccount.Length () > 0");
     return mstrPopAccount;
 }
 
 void JxBackgndData::SetFullSmtpHost(const RBString& strAddress) {
-    JX_CHECK_MESSAGE(strAddress.Length() > 0, "strAddress.Length () > 0", nullptr);
+    kReports.Check(strAddress.Length() > 0, "strAddress.Length () > 0");
     mstrFullSmtpHost = strAddress;
     ParseIP(strAddress, keDefaultSmtpPort, &mstrSmtpHost, &mwSmtpPort, nullptr);
 }
 
 const RBString& JxBackgndData::GetSmtpHost() const {
-    JX_CHECK_MESSAGE(mstrSmtpHost.Length() > 0, "mstrSmtpHost.Length () > 0", nullptr);
+    kReports.Check(mstrSmtpHost.Length() > 0, "mstrSmtpHost.Length () > 0");
     return mstrSmtpHost;
 }
 

@@ -5,7 +5,7 @@
 #include "resident/files/rb_file.h"
 #include "resident/runtime/check.h"
 
-static const char kSource[] = "JXRESIDT\\JXUSRFIL.CPP";
+static constexpr Reporter kReports("JXRESIDT\\JXUSRFIL.CPP");
 
 static const char kUserDataFile[] = "JXUSER.DAT";
 static const char kLoggedUserFile[] = "JXLGDUSR.DAT";
@@ -47,7 +47,7 @@ unsigned int JxCurrentUserDataFile::GetUserDataFileSpec(RBString& spec) {
 }
 
 int JxCurrentUserDataFile::Open(const char* name, int mode) {
-    JX_CHECK_MESSAGE(mpoRbFile == nullptr, "mpoRbFile == NULL", nullptr);
+    kReports.Check(mpoRbFile == nullptr, "mpoRbFile == NULL");
     if (mpoRbFile && mpoRbFile->isOpen())
         mpoRbFile->close();
     delete mpoRbFile;
@@ -68,7 +68,7 @@ int JxCurrentUserDataFile::OpenUserDataFile(int mode) { return Open(kUserDataFil
 int JxCurrentUserDataFile::OpenLoggedUserFile(int mode) { return Open(kLoggedUserFile, mode); }
 
 void JxCurrentUserDataFile::Close() {
-    JX_CHECK_MESSAGE(mpszFileSpec != nullptr, "mpszFileSpec != NULL", nullptr);
+    kReports.Check(mpszFileSpec != nullptr, "mpszFileSpec != NULL");
     if (!mpszFileSpec)
         return;
     if (mpoRbFile && mpoRbFile->isOpen())
@@ -78,7 +78,7 @@ void JxCurrentUserDataFile::Close() {
     delete mpoRbFile;
     mpszFileSpec = nullptr;
     mpoRbFile = nullptr;
-    JX_CHECK_MESSAGE(iiResult == 0, "iiResult == 0", "Can't set JxBackgnd file attributes");
+    kReports.Check(iiResult == 0, "iiResult == 0", "Can't set JxBackgnd file attributes");
 }
 
 void JxCurrentUserDataFile::CloseFailed() {
@@ -87,8 +87,8 @@ void JxCurrentUserDataFile::CloseFailed() {
 }
 
 std::fstream* JxCurrentUserDataFile::GetStream() {
-    JX_CHECK(mpszFileSpec);
-    JX_CHECK(mpoRbFile);
-    JX_CHECK_MESSAGE(mpoRbFile && mpoRbFile->isOpen(), "mpoRbFile->isOpen()", nullptr);
+    kReports.Check(mpszFileSpec, "mpszFileSpec");
+    kReports.Check(mpoRbFile, "mpoRbFile");
+    kReports.Check(mpoRbFile && mpoRbFile->isOpen(), "mpoRbFile->isOpen()");
     return mpoRbFile;
 }

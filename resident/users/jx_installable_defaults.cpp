@@ -4,7 +4,7 @@
 #include "resident/runtime/check.h"
 #include "resident/users/format_words.h"
 
-static const char kSource[] = "JXRESIDT\\JXINDFLT.CPP";
+static constexpr Reporter kReports("JXRESIDT\\JXINDFLT.CPP");
 
 static const char kFileName[] = "defaults.ini";
 static const char kSection[] = "Address Defaults";
@@ -69,12 +69,12 @@ int JxInstallableDefaults::Get(const Setting& setting) const {
 
 void JxInstallableDefaults::Set(const Setting& setting, int value) {
     if (!mfSetup) {
-        JX_REPORT(0, "0", nullptr, setting.lineOfNoSetup);
+        kReports.FailAt(setting.lineOfNoSetup);
         return;
     }
     RBString word;
     if (!setting.words.WordOf(value, word))
-        JX_REPORT(0, "0", nullptr, setting.lineOfUnknownValue);
+        kReports.FailAt(setting.lineOfUnknownValue);
     // The key stays with no text when there is no word.
     WritePrivateProfileStringA(kSection, setting.key, word.Text(), mstrFile.Text());
 }

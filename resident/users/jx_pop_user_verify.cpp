@@ -6,7 +6,7 @@
 #include "resident/runtime/check.h"
 #include "resident/users/jx_current_user_data_file.h"
 
-static const char kSource[] = "JXRESIDT\\POPURVFY.CPP";
+static constexpr Reporter kReports("JXRESIDT\\POPURVFY.CPP");
 
 JxPopUserVerify::JxPopUserVerify(const char* userName, const char* password, const char* ipAddress,
                                  const char* dialupName)
@@ -18,10 +18,10 @@ JxPopUserVerify::JxPopUserVerify() : JxPopUserVerify(nullptr, nullptr, nullptr, 
 JxPopUserVerify::~JxPopUserVerify() = default;
 
 int JxPopUserVerify::WriteDataToUserFile() {
-    JX_CHECK(mpszOutputUserName);
-    JX_CHECK(mpszOutputPassword);
-    JX_CHECK(mpszOutputIPAddress);
-    JX_CHECK(mpszOutputDialupName);
+    kReports.Check(mpszOutputUserName, "mpszOutputUserName");
+    kReports.Check(mpszOutputPassword, "mpszOutputPassword");
+    kReports.Check(mpszOutputIPAddress, "mpszOutputIPAddress");
+    kReports.Check(mpszOutputDialupName, "mpszOutputDialupName");
     JxCurrentUserDataFile file;
     if (!file.OpenUserDataFile(keOpenRewrite)) {
         file.CloseFailed();

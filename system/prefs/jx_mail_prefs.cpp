@@ -12,7 +12,7 @@
 #include "system/accounts/jx_mail_user_representation.h"
 #include "system/prefs/rb_ini_entry.h"
 
-static const char kSource[] = "JXSYSTEM\\MAILPREF.CPP";
+static constexpr Reporter kReports("JXSYSTEM\\MAILPREF.CPP");
 
 static const char kPrefsFile[] = "RB.DAT";
 static const char kIniFile[] = "USER.INI";
@@ -137,7 +137,7 @@ JXMailPrefs& JXMailPrefs::operator=(const JXMailPrefs& other) {
 
 RBString JXMailPrefs::Text(enumPrefText text) const {
     const TextField* const field = FindText(text);
-    JX_CHECK(field);
+    kReports.Check(field, "field");
     RBString result;
     if (field) {
         const auto* const bytes = reinterpret_cast<const char*>(mRecord) + field->offset + 1;
@@ -150,7 +150,7 @@ RBString JXMailPrefs::Text(enumPrefText text) const {
 
 void JXMailPrefs::SetText(enumPrefText text, const char* value) {
     const TextField* const field = FindText(text);
-    JX_CHECK(field);
+    kReports.Check(field, "field");
     if (!field)
         return;
     const unsigned int length =
@@ -296,7 +296,7 @@ void JXMailPrefs::LocalDir(const char* name, RBString* dir) const {
 }
 
 void JXMailPrefs::SetPriority(const RBString& name, unsigned int wLevel) {
-    JX_CHECK_AT(349, wLevel < LP_MAX_PRIORITY_LEVELS, "wLevel < LP_MAX_PRIORITY_LEVELS");
+    kReports.CheckAt(349, wLevel < LP_MAX_PRIORITY_LEVELS, "wLevel < LP_MAX_PRIORITY_LEVELS");
     if (wLevel >= LP_MAX_PRIORITY_LEVELS)
         return;
     unsigned char* const place = mRecord + kPriorities + wLevel * kPlainSize;
@@ -353,12 +353,12 @@ void JXMailPrefs::GetClientWindowRect(int& x1, int& y1, int& x2, int& y2) const 
 }
 
 const char* JXMailPrefs::GetPopAccount() const {
-    JX_CHECK_AT(416, mstrPopAccount.Length() > 0, "mstrPopAccount.Length () > 0");
+    kReports.CheckAt(416, mstrPopAccount.Length() > 0, "mstrPopAccount.Length () > 0");
     return mstrPopAccount.Text();
 }
 
 const char* JXMailPrefs::GetSmtpHost() const {
-    JX_CHECK_AT(423, mstrSmtpHost.Length() > 0, "mstrSmtpHost.Length () > 0");
+    kReports.CheckAt(423, mstrSmtpHost.Length() > 0, "mstrSmtpHost.Length () > 0");
     return mstrSmtpHost.Text();
 }
 
@@ -377,13 +377,13 @@ RBString JXMailPrefs::GetDefaultDomain() const { return Text(kePrefDefaultDomain
 void JXMailPrefs::SetDefaultDsApiName(const char* name) { SetText(kePrefDirectoryService, name); }
 
 void JXMailPrefs::SetDialupConnection(const char* name) {
-    JX_CHECK_AT(455, mpoUserIniFile, "mpoUserIniFile");
+    kReports.CheckAt(455, mpoUserIniFile, "mpoUserIniFile");
     if (mpoUserIniFile)
         RbIniStringEntry(kDialupSection, kConnectionKey, name).StreamOut(*mpoUserIniFile);
 }
 
 void JXMailPrefs::GetDialupConnection(RBString* name) {
-    JX_CHECK_AT(463, mpoUserIniFile, "mpoUserIniFile");
+    kReports.CheckAt(463, mpoUserIniFile, "mpoUserIniFile");
     RbIniStringEntry entry(kDialupSection, kConnectionKey);
     if (mpoUserIniFile)
         entry.StreamIn(*mpoUserIniFile);
@@ -391,13 +391,13 @@ void JXMailPrefs::GetDialupConnection(RBString* name) {
 }
 
 int JXMailPrefs::GetDisconnectFlag() {
-    JX_CHECK_AT(473, mpoUserIniFile, "mpoUserIniFile");
+    kReports.CheckAt(473, mpoUserIniFile, "mpoUserIniFile");
     RbIniIntEntry entry(kDialupSection, kDisconnectKey);
     return mpoUserIniFile && entry.StreamIn(*mpoUserIniFile) ? entry.GetValue() : 0;
 }
 
 void JXMailPrefs::SetDisconnectFlag(int flag) {
-    JX_CHECK_AT(483, mpoUserIniFile, "mpoUserIniFile");
+    kReports.CheckAt(483, mpoUserIniFile, "mpoUserIniFile");
     if (mpoUserIniFile)
         RbIniIntEntry(kDialupSection, kDisconnectKey, flag ? 1 : 0).StreamOut(*mpoUserIniFile);
 }

@@ -132,6 +132,9 @@ public:
 
     // The record, as it stands in memory, 1,500 bytes.
     unsigned char* Record() { return mRecord; }
+    // Two further texts, at 18 and 52 of 86 bytes: a length byte, and 33 more. They are converted
+    // and assigned with the record, and never written.
+    unsigned char* ExtraTexts() { return mExtra; }
     // One of its texts; setting one cuts it at its size. A number that is no text's is reported,
     // and is an empty text.
     RBString Text(enumPrefText text) const;
@@ -146,7 +149,6 @@ private:
     RBInt& Number(unsigned int offset) { return *reinterpret_cast<RBInt*>(mRecord + offset); }
 
     alignas(RBInt) unsigned char mRecord[keRecordSize];
-    // Two further texts, in memory alone.
     unsigned char mExtra[keExtraSize];
     unsigned int mPrefFlags;
     int mfValid;

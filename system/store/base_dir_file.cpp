@@ -13,7 +13,7 @@
 #include "resident/runtime/check.h"
 #include "system/store/record_reader.h"
 
-static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
+static constexpr Reporter kReports("JXSYSTEM\\DIRFL_BS.CPP");
 
 DirectoryRecord BaseDirFile::oFindBufDDR;
 unsigned short BaseDirFile::mwStampTime;
@@ -158,7 +158,7 @@ int BaseDirFile::CreateDFile() {
                 written += keRecordSize;
             } else {
                 allWritten = false;
-                JX_FAIL("Error BaseDirFile: CreateDFile(), writing record");
+                kReports.Fail("Error BaseDirFile: CreateDFile(), writing record");
             }
         }
         driver.EndSearch();
@@ -174,7 +174,7 @@ int BaseDirFile::CreateDFile() {
     else if (torn)
         CutBack(written);
     if (!allWritten)
-        JX_FAIL("Error BaseDirFile: CreateDFile()");
+        kReports.Fail("Error BaseDirFile: CreateDFile()");
     return result;
 }
 
@@ -212,8 +212,7 @@ long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
 }
 
 long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, int write) {
-    JX_CHECK_MESSAGE(isOpen(), "isOpen()",
-                     "Error BaseDirFile: AlterDirectoryBlock(), File not open");
+    kReports.Check(isOpen(), "isOpen()", "Error BaseDirFile: AlterDirectoryBlock(), File not open");
     FileLock lock;
     if (MoveTo(position) && (!write || lock.Take(*this) == keLockTaken)) {
         if (write)
@@ -224,20 +223,19 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, in
             return position;
     }
     // Programs know this text, which names another operation.
-    JX_FAIL("Error BaseDirFile: DeleteOldMail(), File error");
+    kReports.Fail("Error BaseDirFile: DeleteOldMail(), File error");
     return keDirError;
 }
 
 long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& record, int write) {
-    JX_CHECK_MESSAGE(isOpen(), "isOpen()",
-                     "Error BaseDirFile: AlterDirectoryBlock(), file not OPEN");
+    kReports.Check(isOpen(), "isOpen()", "Error BaseDirFile: AlterDirectoryBlock(), file not OPEN");
     if (!isOpen())
         return keDirError;
     const long position = FindRecord(probe, keFindPosition);
     if (position == keDirNotFound)
-        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock(), Record not found");
+        kReports.Fail("Error BaseDirFile: AlterDirectoryBlock(), Record not found");
     if (position == keDirError)
-        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock()");
+        kReports.Fail("Error BaseDirFile: AlterDirectoryBlock()");
     if (position < 0)
         return position;
     FileLock lock;
@@ -262,7 +260,7 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot
     }
     FileLock lock;
     if (write ? !OpenToChange(lock, keOpenUpdate) : !Open(keOpenUpdate)) {
-        JX_FAIL("Error BaseDirFile: AlterDirectoryBlock(), can't OPEN file");
+        kReports.Fail("Error BaseDirFile: AlterDirectoryBlock(), can't OPEN file");
         return keDirError;
     }
     const long result = AlterDirectoryBlock(record, position, write);

@@ -11,7 +11,7 @@
 #include "system/store/base_dir_file.h"
 #include "system/store/record_reader.h"
 
-static const char kSource[] = "JXSYSTEM\\DIRFL_BS.CPP";
+static constexpr Reporter kReports("JXSYSTEM\\DIRFL_BS.CPP");
 
 // Whether a name is a plain one: one that, put behind any folder, is a file of that folder.
 static bool IsPlainName(const char* name) {
@@ -91,7 +91,7 @@ static void Mark(DiskDirRec& record, enumMarkMailAction action) {
 int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
     FileLock lock;
     if (!OpenToChange(lock, keOpenUpdate)) {
-        JX_FAIL("Error BaseDirFile: MarkRecord(), can't open file");
+        kReports.Fail("Error BaseDirFile: MarkRecord(), can't open file");
         return 0;
     }
     int marked = 0;
@@ -200,7 +200,7 @@ int BaseDirFile::CompressDFile() {
 
 int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
     if (!Open(keOpenUpdate)) {
-        JX_FAIL("Can't open Inbox D File");
+        kReports.Fail("Can't open Inbox D File");
         return 0;
     }
     MoveTo(FirstRecord());
@@ -252,6 +252,6 @@ int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     if (result)
         MakeWritable(backup);
     if (!result)
-        JX_FAIL("Error BaseDirFile: RemoveAllMessageIDs()");
+        kReports.Fail("Error BaseDirFile: RemoveAllMessageIDs()");
     return result;
 }

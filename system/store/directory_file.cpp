@@ -9,7 +9,7 @@
 #include "resident/runtime/check.h"
 #include "system/store/record_reader.h"
 
-static const char kSource[] = "JXSYSTEM\\DIRFILE.CPP";
+static constexpr Reporter kReports("JXSYSTEM\\DIRFILE.CPP");
 
 // Scans of an inbox start behind a header, whatever the file's type.
 static constexpr long kScanStart = BaseDirFile::keRecordSize;
@@ -70,7 +70,7 @@ int DirectoryFile::CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)()
     close();
     // Programs know this report, which names the other scan.
     if (result == keScanError)
-        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
+        kReports.Fail("Error DirectoryFile: GetUnprocessedDDRs()");
     return result;
 }
 
@@ -80,7 +80,7 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
         return keGetNone;
     FileLock lock;
     fGood = OpenToChange(lock, keOpenUpdate);
-    JX_CHECK(fGood);
+    kReports.Check(fGood, "fGood");
     if (!fGood)
         return keGetNone;
     // `idle` may take its time, and so may what it lets run: others write meanwhile.
@@ -97,7 +97,7 @@ int DirectoryFile::GetUnprocessedDDRs(RB_Container<DirectoryRecord>* list, void 
         result = keScanError;
     close();
     if (result == keScanError)
-        JX_FAIL("Error DirectoryFile: GetUnprocessedDDRs()");
+        kReports.Fail("Error DirectoryFile: GetUnprocessedDDRs()");
     return result;
 }
 
@@ -214,7 +214,7 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
     if (isOpen())
         close();
     if (!sound)
-        JX_FAIL("Error DirectoryFile: DeleteOldMail()");
+        kReports.Fail("Error DirectoryFile: DeleteOldMail()");
 }
 
 // Takes the locks of two files in an order that is the same for every program, so that two that
@@ -256,7 +256,7 @@ void DirectoryFile::UpdateDFile() {
     const bool sound = mType == keDirMessages ? DropFreeSlots() : CutFreeSlots();
     close();
     if (!sound)
-        JX_FAIL("Error copy file: DirectoryFile");
+        kReports.Fail("Error copy file: DirectoryFile");
 }
 
 // Rewrites the file in place from a copy. The copy is whole before the file is cut.
@@ -265,13 +265,13 @@ bool DirectoryFile::DropFreeSlots() {
     copy.Open(keOpenIn | keOpenOut | keOpenBinary);
     switch (copy.Copy(*this, 0, nullptr, keDupLargeBuffer)) {
     case keCopyReadFailed:
-        JX_FAIL("Error DirectoryFile copy: source file");
+        kReports.Fail("Error DirectoryFile copy: source file");
         return true;
     case keCopyWriteFailed:
-        JX_FAIL("Error DirectoryFile copy: destination file");
+        kReports.Fail("Error DirectoryFile copy: destination file");
         return true;
     case keCopyTargetNotOpen:
-        JX_FAIL("Error DirectoryFile copy: OPEN destination file");
+        kReports.Fail("Error DirectoryFile copy: OPEN destination file");
         return true;
     case keCopyDone:
         break;
@@ -323,7 +323,7 @@ int DirectoryFile::GetDFile(RbFile& copy) {
     if (!Open(keOpenUpdate))
         return miUsed;
     fGood = copy.Open(keOpenIn | keOpenOut | keOpenTrunc | keOpenBinary);
-    JX_CHECK(fGood);
+    kReports.Check(fGood, "fGood");
     if (fGood) {
         MoveTo(kScanStart);
         RecordReader records(*this);
@@ -344,7 +344,7 @@ int DirectoryFile::GetDFile(RbFile& copy) {
         }
         fGood = copy.flush() && AtEnd();
     }
-    JX_CHECK_MESSAGE(fGood, "fGood", "Error DirectoryFile: GetDFile()");
+    kReports.Check(fGood, "fGood", "Error DirectoryFile: GetDFile()");
     if (copy.isOpen())
         copy.close();
     close();

@@ -264,6 +264,7 @@ public:
             const bool toOem = random.OneIn(2);
             mPrefs.ConvertPrefs(toOem ? kePrefsToOem : kePrefsToAnsi);
             mRecord = Converted(mRecord, toOem);
+            mExtra = ConvertedExtra(mExtra, toOem);
             break;
         }
         case 10: { // any field, by its place
@@ -277,12 +278,15 @@ public:
             const unsigned int at = random.Below(1480);
             std::memcpy(mPrefs.Record() + at, bytes.data(), bytes.size());
             mRecord = With(mRecord, at, bytes);
+            mExtra = random.Bytes(86);
+            std::memcpy(mPrefs.ExtraTexts(), mExtra.data(), mExtra.size());
             break;
         }
         case 12: {
             FixDirectory(true);
             mFile = Converted(mRecord, true);
             mRecord = Converted(mFile, false);
+            mExtra = ConvertedExtra(ConvertedExtra(mExtra, true), false);
             const bool made = FileThere(mPath);
             if (!made) {
                 WriteFileBytes(mPath, InFile(std::string(1500, '\0')));
@@ -299,6 +303,7 @@ public:
             }
             Same("read", mPrefs.ReadJXPrefs(), 1);
             mRecord = Converted(mFile, false);
+            mExtra = ConvertedExtra(mExtra, false);
             FixDirectory(false);
             Split(TextOf(380, 134), mPopAccount, mPopPort, 110);
             Split(TextOf(782, 134), mSmtpHost, mSmtpPort, 25);
@@ -321,6 +326,7 @@ public:
             JXMailPrefs copy(0);
             copy = mPrefs;
             Same("copy", std::string(reinterpret_cast<char*>(copy.Record()), 1500), mRecord);
+            Same("its extra", std::string(reinterpret_cast<char*>(copy.ExtraTexts()), 86), mExtra);
             Same("ports", copy.GetPopPort() * 65536ll + copy.GetSmtpPort(),
                  mPopPort * 65536ll + mSmtpPort);
             Same("directory", copy.MailDirectory().Text(), mDirectory);
@@ -385,20 +391,26 @@ private:
             if (!words[i].empty() && words[i][0] >= '0' && words[i][0] <= '9')
                 port = static_cast<unsigned short>(std::strtoul(words[i].c_str(), nullptr, 10));
     }
+    static void Convert(std::string& bytes, unsigned int at, unsigned int size, bool toOem) {
+        const unsigned int length = strnlen(&bytes[at], size);
+        (toOem ? CharToOemBuffA : OemToCharBuffA)(&bytes[at], &bytes[at], length);
+    }
     static std::string Converted(std::string record, bool toOem) {
-        const auto convert = [&](unsigned int at, unsigned int size) {
-            const unsigned int length = strnlen(&record[at], size);
-            (toOem ? CharToOemBuffA : OemToCharBuffA)(&record[at], &record[at], length);
-        };
         for (const PrefText& field : kPrefTexts)
             if (field.converted)
-                convert(field.offset + 1, field.size - 1);
+                Convert(record, field.offset + 1, field.size - 1, toOem);
         for (unsigned int at = 16; at < 112; at += 16)
-            convert(at, 16);
+            Convert(record, at, 16, toOem);
         return record;
+    }
+    static std::string ConvertedExtra(std::string texts, bool toOem) {
+        Convert(texts, 19, 33, toOem);
+        Convert(texts, 53, 33, toOem);
+        return texts;
     }
     void CompareAll(const std::string& shown) {
         Same("record", std::string(reinterpret_cast<char*>(mPrefs.Record()), 1500), mRecord);
+        Same("extra", std::string(reinterpret_cast<char*>(mPrefs.ExtraTexts()), 86), mExtra);
         for (const PrefText& field : kPrefTexts)
             Same("text", mPrefs.Text(enumPrefText(field.offset)).Text(),
                  TextOf(field.offset, field.size));
@@ -440,7 +452,8 @@ private:
     TakenBoxes mBoxes;
     Reports mReports;
     JXMailPrefs mPrefs{JXMailPrefs::keAllowWriting};
-    std::string mRecord, mFile, mDirectory, mPopAccount, mSmtpHost, mExpected;
+    std::string mRecord, mExtra = std::string(86, '\0');
+    std::string mFile, mDirectory, mPopAccount, mSmtpHost, mExpected;
     int mPopPort = 110, mSmtpPort = 25;
 };
 

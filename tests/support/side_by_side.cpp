@@ -68,8 +68,13 @@ static std::string Differs(const Begin& begin, Seeds& steps) {
     return "";
 }
 
+static unsigned int Setting(const char* name, unsigned int otherwise) {
+    const char* const value = std::getenv(name);
+    return value ? std::strtoul(value, nullptr, 10) : otherwise;
+}
+
 static std::string Shorten(const Begin& begin, Seeds steps, std::string done) {
-    unsigned int tries = 200;
+    unsigned int tries = Setting("POSTRIDER_TRIES", 200);
     for (std::size_t part = std::max<std::size_t>(steps.size() / 2, 1); part && tries; part /= 2)
         for (std::size_t from = 0; from + part < steps.size() && tries; --tries) {
             Seeds fewer = steps;
@@ -84,12 +89,8 @@ static std::string Shorten(const Begin& begin, Seeds steps, std::string done) {
 }
 
 void CompareRuns(const Begin& begin, unsigned int runs, unsigned int steps) {
-    const auto number = [](const char* name, unsigned int otherwise) {
-        const char* const value = std::getenv(name);
-        return value ? std::strtoul(value, nullptr, 10) : otherwise;
-    };
-    const unsigned int seed = number("POSTRIDER_SEED", 1);
-    runs *= number("POSTRIDER_RUNS", 1);
+    const unsigned int seed = Setting("POSTRIDER_SEED", 1);
+    runs *= Setting("POSTRIDER_RUNS", 1);
     // Guarded memory takes its time.
     if (GetModuleHandleA("guarded_memory.dll"))
         runs = (runs + 29) / 30;

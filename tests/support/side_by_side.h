@@ -12,7 +12,8 @@
 // SideBySide, draw and do a step in Step, and call Compare<Derived>(runs, steps) in a test.
 //
 // A run that differs is repeated with fewer and fewer steps; what is left of it is printed with the
-// seed. POSTRIDER_SEED gives other steps, POSTRIDER_RUNS more runs.
+// seed. POSTRIDER_SEED gives other steps, POSTRIDER_RUNS more runs, POSTRIDER_TRIES more tries (200)
+// to leave steps out.
 class SideBySide {
 public:
     virtual ~SideBySide() = default;
