@@ -47,8 +47,9 @@ int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& resu
         spec.SetSpecPart(folder.directoryFile, 0);
         DirectoryFile directoryFile(keDirFolder);
         static_cast<FileSpec&>(directoryFile) = spec;
-        if (!directoryFile.Exists())
-            made = MakeDirectoryFile(directoryFile);
+        // A folder of that name exists, too, and is no directory file.
+        made = !directoryFile.DirectoryExists() &&
+               (directoryFile.Exists() || MakeDirectoryFile(directoryFile));
     }
     if (made)
         result = spec;

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "postrider.h"
 #include "resident/core/windows_api.h"
 #include "tests/support/message_boxes.h"
@@ -118,4 +120,8 @@ TEST(LocalMailDirectory, IsMadeWithItsEmptyDirectoryFile) {
         EXPECT_EQ(MakeFolder(folder.Path(above), 0) + MakeFolder(folder.Path(above), 7),
                   "failedfailed");
     EXPECT_EQ(MakeFolder("C:\\" + std::string(250, 'm'), 0), "failed");
+    std::filesystem::create_directories(folder.Path("taken\\InBox\\DFile"));
+    EXPECT_EQ(MakeFolder(folder.Path("taken"), 0) + MakeFolder(folder.Path(), 8), "failedfailed");
+    FileSpec result;
+    EXPECT_EQ(JxLoggedMailUser().SetupLocalMailDirectory(nullptr, result, keLocalInbox), 0);
 }

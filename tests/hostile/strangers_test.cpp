@@ -86,6 +86,13 @@ TEST_F(Strangers, LinksOfMessagesAndFoldersLeadNowhere) {
     EXPECT_FALSE(IsLink(Wide("OUTSIDE\\PRECIOUS.TXT").c_str()));
     EXPECT_FALSE(IsLink(Wide("OUTSIDE").c_str()));
 
+    // A short name is the file's own.
+    WriteFileBytes("OUTSIDE\\A long name.letter", kPrecious);
+    char shortName[MAX_PATH];
+    ASSERT_TRUE(GetShortPathNameA("OUTSIDE\\A long name.letter", shortName, sizeof shortName));
+    EXPECT_FALSE(IsLink(Wide(shortName).c_str())) << shortName;
+    DeleteFileA("OUTSIDE\\A long name.letter");
+
     const std::string record = Date(Message("A", "A.EML"), 3029529600u);
     WriteFileBytes("MAIL\\INBOX.DAT", kHeader + record);
     WriteFileBytes("OLD.DAT", kHeader);

@@ -72,6 +72,10 @@ TEST_F(SystemPrefs, WalksASectionByItsKeyNames) {
     EXPECT_EQ(Walk("S", false, 3, 4), "lo:val");
     EXPECT_EQ(Walk("S", false, 2, 1), "a:");
     EXPECT_EQ(Walk("S", false) + Walk("S", false), "");
+    char value[] = "....";
+    EXPECT_EQ(mFile.GetUnKeyedPrefLine("S", nullptr, 300, value + 1, 0, 1), 1);
+    EXPECT_EQ(mFile.GetUnKeyedPrefLine("S", value + 1, 0, nullptr, 300, 1), 1);
+    EXPECT_STREQ(value, "....");
     EXPECT_EQ(Walk("missing", true) + Walk("u", true), "");
     int names = 0; // of 4 characters and a zero, in 1,600 bytes
     while (Walk("many", names == 0) == std::to_string(1000 + names) + ":x")

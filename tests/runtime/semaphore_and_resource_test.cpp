@@ -56,7 +56,7 @@ TEST(ResFileRef, TellsBrokenPreconditionsAndGoesOn) {
 
     loaded.DecrementUsage();
     EXPECT_THAT(debug.TakeTexts(), testing::IsEmpty());
-    EXPECT_EQ(loaded.DecrementUsage(), 0);
+    EXPECT_EQ(loaded.DecrementUsage() + loaded.UsageCount(), 0);
     EXPECT_THAT(debug.TakeTexts(), testing::Contains(kBroken));
     EXPECT_EQ(Product(loaded), "/0");
     EXPECT_THAT(debug.TakeTexts(), testing::Contains(kBroken));

@@ -58,6 +58,12 @@ TEST(MailUserAddress, StandsBetweenTheFirstBracketsOrIsTheWholeText) {
                                                  EndsWith("\nJXRESIDT\\MUSR_BS.CPP\n"))));
 }
 
+// What another program derives.
+struct CountedUser : JxLoggedMailUser {
+    void CopyDerivedData(const JxLoggedMailUser& other) override { value = other.Value(); }
+    long value = 0;
+};
+
 // Values besides the library's own are other programs'.
 TEST(MailUser, KeepsSettingsOfOtherPrograms) {
     MailUser user("Anna", "a", keFormat1, static_cast<enumEnclosureEncode>(99)), copy(user);
@@ -69,6 +75,9 @@ TEST(MailUser, KeepsSettingsOfOtherPrograms) {
     logged.SetLoggedText("C:\\ANNA");
     logged.SetSecondText("secret");
     assigned = logged;
+    CountedUser counted;
+    counted.JxLoggedMailUser::operator=(logged);
+    EXPECT_EQ(counted.value, -6);
     EXPECT_TRUE(assigned.UserStatus() == 5 && assigned.Value() == -6);
     EXPECT_TRUE(assigned.LoggedText() == "C:\\ANNA" && assigned.SecondText() == "secret");
 }
