@@ -58,6 +58,14 @@ protected:
     void* mOther;
 };
 
+TEST_F(Communicator, ClassIsRegisteredOnce) {
+    void* window = nullptr;
+    EXPECT_EQ(JxCreateHiddenWindow(&window, GetModuleHandleA(nullptr), "again", "Communicator",
+                                   Procedure, keRegisterClass),
+              0);
+    EXPECT_EQ(window, nullptr);
+}
+
 TEST_F(Communicator, PostsAndSendsToItsPartner) {
     EXPECT_NE(PostReturnMessage(kPlain, 2), 0);
     EXPECT_THAT(journal, IsEmpty());

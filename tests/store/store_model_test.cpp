@@ -47,11 +47,25 @@ DirectoryRecord Read(Text bytes) {
     return record;
 }
 
+// Calls its own AddObject for each record.
+struct CountingContainer : RB_Container<DirectoryRecord> {
+    CountingContainer() : RB_Container(keOwnsObjects) {}
+    int AddObject(DirectoryRecord& record) override {
+        ++added;
+        return RB_Container::AddObject(record);
+    }
+    int added = 0;
+};
+
 class Store : public SideBySide {
 public:
     explicit Store(TypeDirFile type) : mType(type), mFile(type, kInbox) {
         CreateDirectoryA("OLD", nullptr);
         CreateDirectoryA("SUB", nullptr);
+        // No message files.
+        CreateDirectoryA("DIR.EML", nullptr);
+        Put("A.EMX", Message("other extension"));
+        Put("SUB\\E.EML", Message("other folder"));
         Put(kInbox, type == keDirMessages ? "" : kHeader);
         Put(kOld, kHeader);
         mNow = static_cast<unsigned long>(std::time(nullptr));
@@ -96,7 +110,8 @@ private:
         std::string bytes = mType == keDirMessages ? ""
                             : random.OneIn(8)      ? AnyRecord(random)
                                                    : kHeader;
-        for (unsigned int slots = random.Below(6); slots--;)
+        // Now and then more than are read at once.
+        for (unsigned int slots = random.OneIn(30) ? 500 : random.Below(6); slots--;)
             bytes += AnyRecord(random);
         if (random.OneIn(6) && !mFile.isOpen())
             bytes += AnyRecord(random).substr(0, random.Below(316));
@@ -514,7 +529,10 @@ private:
     void Take(Random& random) {
         const int option = random.Below(4);
         Say("take", option);
-        RB_Container<DirectoryRecord> list(1);
+        RB_Container<DirectoryRecord> plain(1);
+        CountingContainer counting;
+        const bool counts = random.OneIn(2);
+        RB_Container<DirectoryRecord>& list = counts ? counting : plain;
         std::string taken, model;
         int expected = 1;
         if (There()) {
@@ -552,10 +570,12 @@ private:
         for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
             taken += Written(*record);
         Same("taken", taken, model);
+        Same("added", counting.added * 316, counts ? model.size() : 0);
     }
     void MoveOld(Random& random) {
         const bool onlyProcessed = random.OneIn(2);
-        const unsigned long age = random.Of<unsigned long>({0, 1000, 700000000, 0xFFFFFFFF});
+        const unsigned long age =
+            random.Of<unsigned long>({0, 1000, 700000000, 0x80000000, 0xFFFFFFFF});
         Say("move old", age, onlyProcessed);
         File old(keDirFolder, kOld);
         std::vector<std::string> moved;
