@@ -1,10 +1,11 @@
 #include "programs/mailticker/message_file.h"
 
-#include <algorithm>
 #include <string_view>
 
 #include "programs/mailticker/owners.h"
 #include "programs/mailticker/text.h"
+#include "programs/mime/encoded_words.h"
+#include "programs/mime/header.h"
 
 static constexpr DWORD kRecordSize = 316;
 static constexpr DWORD kMostShown = 0x100000;
@@ -55,25 +56,15 @@ static std::string ReadUpTo(HANDLE file, DWORD size) {
     return bytes;
 }
 
-// How many bytes of header fields a text begins with, with the empty line behind them: lines of a
-// name without blanks, a colon and anything, or going on with a blank.
-static std::size_t HeaderSize(std::string_view text) {
-    std::size_t at = 0;
-    bool fields = false;
-    while (at < text.size()) {
-        const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
-        const std::size_t next = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
-        const std::string_view line = text.substr(at, end - at);
-        if (line.empty())
-            return fields ? next : 0;
-        const bool goesOn = fields && (line[0] == ' ' || line[0] == '\t');
-        const std::size_t name = line.find_first_of(": \t");
-        if (!goesOn && (name == 0 || name == std::string_view::npos || line[name] != ':'))
-            return 0;
-        fields = true;
-        at = next;
+// A header's fields, a line each, as they are meant.
+static std::wstring FieldLines(const mime::Header& header) {
+    std::wstring lines;
+    for (const mime::Field& field : header.fields) {
+        lines += lines.empty() ? L"" : L"\r\n";
+        lines += std::wstring(field.name.begin(), field.name.end()) + L": ";
+        lines += mime::FieldText(field.body);
     }
-    return fields ? text.size() : 0;
+    return lines;
 }
 
 std::optional<MessageText> ReadMessageText(const std::wstring& folder, const std::wstring& name,
@@ -83,11 +74,9 @@ std::optional<MessageText> ReadMessageText(const std::wstring& folder, const std
         return {};
     const std::string bytes = ReadUpTo(file.get(), kMostShown + 1);
     const std::string_view shown = std::string_view(bytes).substr(0, kMostShown);
-    const std::size_t header = std::min(HeaderSize(shown), shown.size());
-    std::string_view fields = shown.substr(0, header);
-    while (fields.ends_with('\r') || fields.ends_with('\n'))
-        fields.remove_suffix(1);
-    return MessageText{ShownLines(fields), ShownLines(shown.substr(header)),
+    const auto header = mime::HeaderOf(shown);
+    return MessageText{header ? FieldLines(*header) : L"",
+                       ShownLines(shown.substr(header ? header->size : 0)),
                        bytes.size() > kMostShown};
 }
 
@@ -119,8 +108,8 @@ std::wstring MessageCopies::Make(const std::wstring& folder, const std::wstring&
     if (!file)
         return {};
     std::string bytes = ReadUpTo(file.get(), kMostShown);
-    const std::wstring path =
-        mFolder + name.substr(0, name.find_last_of(L'.')) + (HeaderSize(bytes) ? L".eml" : L".txt");
+    const std::wstring path = mFolder + name.substr(0, name.find_last_of(L'.')) +
+                              (mime::HeaderOf(bytes) ? L".eml" : L".txt");
     CreateDirectoryW(mFolder.c_str(), nullptr);
     const auto copy = OwnedFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                             CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY, nullptr));

@@ -7,7 +7,7 @@
 // and shared with everybody.
 
 struct MessageText {
-    std::wstring fields; // header fields as they stand, a line each; empty where there are none
+    std::wstring fields; // header fields with encoded words decoded, a line each; often none
     std::wstring text;
     bool isCut = false; // there is more than is shown
 };

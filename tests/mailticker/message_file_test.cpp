@@ -24,8 +24,9 @@ TEST_F(MessageFile, IsReadBehindItsRecord) {
         {"Gr\xFC\xDF"
          "e\rLine\nLine\r\nEnd\x01",
          L"", L"Gr\u00FC\u00DFe\r\nLine\r\nLine\r\nEnd\u00B7"},
-        {"From: a\r\nSubject: b\r\n c\r\n\r\nBody: x\r\n", L"From: a\r\nSubject: b\r\n c",
+        {"From: a\r\nSubject: b\r\n c\r\n\r\nBody: x\r\n", L"From: a\r\nSubject: b c",
          L"Body: x\r\n"},
+        {"From: =?utf-8?Q?J=C3=B6rg?= <j@b>\r\n\r\n", L"From: J\u00F6rg <j@b>", L""},
         {"To: a\n\nText", L"To: a", L"Text"},
         {"Dear all: this is no header\n\nText", L"", L"Dear all: this is no header\r\n\r\nText"},
         {"", L"", L""},

@@ -1,11 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "programs/mailfolder/mime/charset.h"
-#include "programs/mailfolder/mime/date.h"
-#include "programs/mailfolder/mime/encodings.h"
-#include "programs/mailfolder/mime/header.h"
-#include "programs/mailfolder/mime/maildir.h"
-#include "programs/mailfolder/mime/mbox.h"
+#include "programs/mime/charset.h"
+#include "programs/mime/date.h"
+#include "programs/mime/encoded_words.h"
+#include "programs/mime/encodings.h"
+#include "programs/mime/header.h"
+#include "programs/mime/maildir.h"
+#include "programs/mime/mbox.h"
 
 namespace {
 
@@ -100,6 +101,35 @@ TEST(Mime, FieldsAreFoldedAndEncoded) {
     EXPECT_EQ(mailbox(L""), "From: <a@b>\n");
     EXPECT_EQ(mailbox(L" Anna Smith "), "From: Anna Smith <a@b>\n");
     EXPECT_EQ(mailbox(L"O\"Neil, J."), "From: \"O\\\"Neil, J.\" <a@b>\n");
+}
+
+TEST(Mime, EncodedWordsAreRead) {
+    const struct {
+        const char* field;
+        const wchar_t* text;
+    } cases[] = {
+        {" Plain =? a?= \xE4\r\n\tb", L"Plain =? a?= \u00E4 b"},
+        {"=?ISO-8859-1?Q?a?= =?ISO-8859-1?q?b?=\r\n =?utf-8*de?Q?_=C3=A4=?=", L"ab \u00E4="},
+        {"(=?us-ascii?Q?a?= b =?us-ascii?Q?c?=)", L"(a b c)"},
+        {"=?ISO-8859-1?B?SWYgeW91IGNhbiByZWFkIHRoaXMgeW8=?=", L"If you can read this yo"},
+        // A character in two words, and one from outside the basic plane.
+        {"=?utf-8?B?5pel5g==?= =?UTF-8?b?nKw?=", L"\u65E5\u672C"},
+        {"=?utf-8?Q?=F0=9F=98=80?=", L"\xD83D\xDE00"},
+        {"=?windows-1251?Q?=CC=E8=F0?= =?iso-8859-15?Q?=A4?=", L"\u041C\u0438\u0440\u20AC"},
+        {"=?utf-8?Q?a=0D=0ABcc:_b?=", L"a  Bcc: b"},
+        // What is none stays.
+        {"=?x-none?Q?a?= =?utf-8?X?a?= =?utf-8?B?a*b?= =?utf-8?Q?a b?= =?utf-8?Q?a",
+         L"=?x-none?Q?a?= =?utf-8?X?a?= =?utf-8?B?a*b?= =?utf-8?Q?a b?= =?utf-8?Q?a"},
+        {"=?0?Q?a?==?windows-0?Q?a?==?", L"=?0?Q?a?==?windows-0?Q?a?==?"},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(FieldText(one.field), one.text) << one.field;
+    // What is written is read back, whatever its words part.
+    std::wstring text;
+    for (int i = 0; i < 50; ++i)
+        text += std::wstring(i % 7, L' ') + L"\u65E5\xD83D\xDE00=?_" + wchar_t(L'!' + i);
+    EXPECT_EQ(FieldText(EncodedWords(text)), text);
+    EXPECT_EQ(FieldText(EncodedWords(L"\u20AC \u00E4")), L"\u20AC \u00E4");
 }
 
 TEST(Mime, AddressesAndIdentifiersAreWhatFieldsCanHold) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "programs/mailfolder/failure.h"
-#include "programs/mailfolder/mime/charset.h"
+#include "programs/mime/charset.h"
 #include "resident/core/windows_api.h"
 
 namespace extract {

@@ -4,8 +4,8 @@
 
 #include "programs/mailfolder/extract/sha256.h"
 #include "programs/mailfolder/failure.h"
-#include "programs/mailfolder/mime/date.h"
-#include "programs/mailfolder/mime/encodings.h"
+#include "programs/mime/date.h"
+#include "programs/mime/encodings.h"
 
 namespace extract {
 

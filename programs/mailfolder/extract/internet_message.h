@@ -8,8 +8,8 @@
 #include "programs/mailfolder/extract/message_file.h"
 #include "programs/mailfolder/extract/record_text.h"
 #include "programs/mailfolder/extract/source_folder.h"
-#include "programs/mailfolder/mime/header.h"
-#include "programs/mailfolder/mime/lines.h"
+#include "programs/mime/header.h"
+#include "programs/mime/lines.h"
 
 namespace extract {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "postrider.h"
-#include "programs/mailfolder/mime/charset.h"
+#include "programs/mime/charset.h"
 
 namespace extract {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "programs/mailfolder/failure.h"
-#include "programs/mailfolder/mime/maildir.h"
-#include "programs/mailfolder/mime/mbox.h"
+#include "programs/mime/maildir.h"
+#include "programs/mime/mbox.h"
 #include "resident/core/windows_api.h"
 
 namespace extract {

@@ -1,4 +1,4 @@
-#include "programs/mailfolder/mime/maildir.h"
+#include "programs/mime/maildir.h"
 
 namespace mime {
 

@@ -1,4 +1,4 @@
-#include "programs/mailfolder/mime/encodings.h"
+#include "programs/mime/encodings.h"
 
 namespace mime {
 
@@ -75,9 +75,10 @@ void Base64::Finish() {
     mSink.Finish();
 }
 
+static constexpr std::string_view kBase64Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
 std::string Base64Of(std::string_view bytes) {
-    static const char kDigits[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     text.reserve((bytes.size() + 2) / 3 * 4);
     for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(3, bytes.size()))) {
@@ -85,9 +86,24 @@ std::string Base64Of(std::string_view bytes) {
         for (std::size_t i = 0; i < 3; ++i)
             bits = bits << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0);
         for (std::size_t i = 0; i < 4; ++i)
-            text += i <= bytes.size() ? kDigits[bits >> (18 - 6 * i) & 63] : '=';
+            text += i <= bytes.size() ? kBase64Digits[bits >> (18 - 6 * i) & 63] : '=';
     }
     return text;
+}
+
+std::optional<std::string> FromBase64(std::string_view text) {
+    std::string bytes;
+    unsigned long bits = 0;
+    int count = 0;
+    for (const char c : text.substr(0, text.find('='))) {
+        const std::size_t digit = kBase64Digits.find(c);
+        if (digit == kBase64Digits.npos)
+            return {};
+        bits = bits << 6 | digit;
+        if ((count += 6) >= 8)
+            bytes += static_cast<char>(bits >> (count -= 8));
+    }
+    return bytes;
 }
 
 } // namespace mime

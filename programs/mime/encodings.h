@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "programs/mailfolder/mime/lines.h"
+#include "programs/mime/lines.h"
 
 namespace mime {
 
@@ -39,6 +40,8 @@ private:
 
 // The whole of it in one line.
 std::string Base64Of(std::string_view bytes);
+// The bytes of such a line, padded or not; none when it has other characters.
+std::optional<std::string> FromBase64(std::string_view text);
 
 // A byte as "=XX".
 std::string HexEscape(unsigned char byte);

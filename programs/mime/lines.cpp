@@ -1,4 +1,4 @@
-#include "programs/mailfolder/mime/lines.h"
+#include "programs/mime/lines.h"
 
 namespace mime {
 

@@ -13,6 +13,12 @@ enum class Charset { Windows1252, Macintosh, Utf8 };
 const char* NameOf(Charset charset);
 std::optional<Charset> CharsetNamed(std::string_view name);
 
+// The system's number of a character set that mail names in whatever way (IANA's names, and common
+// ones that are none), in any case of its letters; none of sets that it does not know.
+std::optional<unsigned int> CodePageNamed(std::string_view name);
+// The text in UTF-16, as the system decodes it.
+std::wstring DecodedFrom(unsigned int codePage, std::string_view text);
+
 // The text in UTF-16. What has no meaning in the character set becomes U+FFFD, and is counted into
 // `meaningless` where that is given.
 std::wstring Decoded(std::string_view text, Charset charset, unsigned long* meaningless = nullptr);

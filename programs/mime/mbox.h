@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "programs/mailfolder/mime/lines.h"
+#include "programs/mime/lines.h"
 
 namespace mime {
 

@@ -1,5 +1,7 @@
-#include "programs/mailfolder/mime/charset.h"
+#include "programs/mime/charset.h"
 
+#include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "resident/core/windows_api.h"
@@ -32,6 +34,56 @@ std::optional<Charset> CharsetNamed(std::string_view name) {
         if (name == known.name)
             return known.charset;
     return {};
+}
+
+// Sets whose names end in the number that tells their code page.
+struct Family {
+    const char* prefix;
+    unsigned int base;
+};
+constexpr Family kFamilies[] = {{"windows-", 0}, {"cp", 0}, {"ibm", 0}, {"iso-8859-", 28590}};
+// Who says ISO 8859-1 or ASCII often means windows-1252, which has the same characters and more.
+constexpr struct {
+    const char* name;
+    unsigned int codePage;
+} kOthers[] = {{"utf-8", CP_UTF8},   {"us-ascii", 1252},     {"iso-8859-1", 1252},
+               {"macintosh", 10000}, {"koi8-r", 20866},      {"koi8-u", 21866},
+               {"shift_jis", 932},   {"iso-2022-jp", 50220}, {"euc-jp", 51932},
+               {"gb2312", 936},      {"gbk", 936},           {"gb18030", 54936},
+               {"big5", 950},        {"euc-kr", 51949},      {"ks_c_5601-1987", 949},
+               {"tis-620", 874}};
+
+static unsigned int CodePageOf(const std::string& name) {
+    for (const auto& other : kOthers)
+        if (name == other.name)
+            return other.codePage;
+    for (const Family& family : kFamilies) {
+        const std::size_t size = std::strlen(family.prefix);
+        const std::string number = name.substr(std::min(size, name.size()));
+        if (name.starts_with(family.prefix) && !number.empty() && number.size() < 6 &&
+            number.find_first_not_of("0123456789") == number.npos)
+            return family.base + std::stoul(number);
+    }
+    return 0;
+}
+
+std::optional<unsigned int> CodePageNamed(std::string_view name) {
+    std::string lower(name);
+    for (char& c : lower)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+    // 0 would be the system's own.
+    const unsigned int codePage = CodePageOf(lower);
+    if (codePage == 0 || !IsValidCodePage(codePage))
+        return {};
+    return codePage;
+}
+
+std::wstring DecodedFrom(unsigned int codePage, std::string_view text) {
+    const int size = static_cast<int>(text.size());
+    std::wstring wide(MultiByteToWideChar(codePage, 0, text.data(), size, nullptr, 0), L'\0');
+    wide.resize(MultiByteToWideChar(codePage, 0, text.data(), size, wide.data(),
+                                    static_cast<int>(wide.size())));
+    return wide;
 }
 
 std::wstring Decoded(std::string_view text, Charset charset, unsigned long* meaningless) {

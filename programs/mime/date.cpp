@@ -1,4 +1,4 @@
-#include "programs/mailfolder/mime/date.h"
+#include "programs/mime/date.h"
 
 #include <fmt/format.h>
 

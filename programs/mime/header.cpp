@@ -1,16 +1,14 @@
-#include "programs/mailfolder/mime/header.h"
+#include "programs/mime/header.h"
 
 #include <algorithm>
 
-#include "programs/mailfolder/mime/charset.h"
-#include "programs/mailfolder/mime/encodings.h"
+#include "programs/mime/encoded_words.h"
 
 namespace mime {
 
 namespace {
 
-constexpr std::size_t kLine = 76;        // RFC 2047, 2: less than RFC 5322, 2.1.1, allows
-constexpr std::size_t kEncodedWord = 75; // RFC 2047, 2
+constexpr std::size_t kLine = 76; // RFC 2047, 2: less than RFC 5322, 2.1.1, allows
 
 // RFC 5322, 3.6, and RFC 2045, 3.
 constexpr std::string_view kKnownFields[] = {
@@ -78,62 +76,12 @@ std::string Quoted(std::string_view text) {
     return quoted + '"';
 }
 
-std::wstring OneLine(std::wstring_view text) {
-    std::wstring line(text);
-    for (wchar_t& c : line)
-        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029)
-            c = ' ';
-    return line;
-}
-
 // Whether readers get a text back that stands there unencoded: they take blanks around it for
 // folding and runs of them for one, and what looks like an encoded word for one.
 bool SurvivesPlain(std::wstring_view text) {
     return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x7F; }) &&
            text.find(L"=?") == text.npos && text.find(L"  ") == text.npos &&
            (text.empty() || (text.front() != ' ' && text.back() != ' '));
-}
-
-// RFC 2047, 4.2, with the characters that 5 (3) lets stand in a display name.
-std::string QEncoded(std::string_view bytes) {
-    std::string text;
-    for (const char c : bytes) {
-        if (c == ' ')
-            text += '_';
-        else if (IsLetterOrDigit(c) || c == '!' || c == '*' || c == '+' || c == '-' || c == '/')
-            text += c;
-        else
-            text += HexEscape(static_cast<unsigned char>(c));
-    }
-    return text;
-}
-
-// The shorter of both encodings.
-std::string EncodedWord(const char* charset, std::string_view bytes) {
-    const std::string q = QEncoded(bytes);
-    const std::string b = Base64Of(bytes);
-    return std::string("=?") + charset + (b.size() < q.size() ? "?B?" + b : "?Q?" + q) + "?=";
-}
-
-// Encoded words with a blank between them, each of whole characters (RFC 2047, 5). In windows-1252
-// where that has the characters, else in UTF-8.
-std::string EncodedWords(std::wstring_view text) {
-    const bool narrow = Windows1252(text).has_value();
-    const auto encoded = [&](std::wstring_view part) {
-        return narrow ? EncodedWord("windows-1252", *Windows1252(part))
-                      : EncodedWord("utf-8", Utf8(part));
-    };
-    std::string words;
-    while (!text.empty()) {
-        std::size_t length = std::min<std::size_t>(text.size(), kEncodedWord);
-        while (length > 1 && encoded(text.substr(0, length)).size() > kEncodedWord)
-            --length;
-        if (length < text.size() && length > 1 && (text[length] & 0xFC00) == 0xDC00)
-            --length;
-        words += (words.empty() ? "" : " ") + encoded(text.substr(0, length));
-        text.remove_prefix(length);
-    }
-    return words;
 }
 
 // The display name of an address: a phrase (RFC 5322, 3.2.5).

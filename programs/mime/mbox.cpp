@@ -1,6 +1,6 @@
-#include "programs/mailfolder/mime/mbox.h"
+#include "programs/mime/mbox.h"
 
-#include "programs/mailfolder/mime/date.h"
+#include "programs/mime/date.h"
 
 namespace mime {
 
