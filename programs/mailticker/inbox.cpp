@@ -1,51 +1,39 @@
 #include "programs/mailticker/inbox.h"
 
 #include <algorithm>
-#include <numeric>
+#include <iterator>
 
 #include "programs/mailticker/text.h"
 
 static constexpr unsigned long long kVanishedFor = 5000; // milliseconds
 
-// How many messages at the beginning of both are the same, and how many at the end of the rest.
-static std::pair<std::size_t, std::size_t> SameEnds(const Messages& a, const Messages& b) {
-    const std::size_t least = std::min(a.Count(), b.Count());
-    std::size_t first = 0;
-    while (first < least && a.Key(first) == b.Key(first))
-        ++first;
-    std::size_t last = 0;
-    while (last < least - first && a.Key(a.Count() - 1 - last) == b.Key(b.Count() - 1 - last))
-        ++last;
-    return {first, last};
-}
-
 // The keys of `these` that are none of `others`; only what differs between the same ends is looked
 // at twice.
 static std::set<std::string_view> KeysWithout(const Messages& these, const Messages& others,
-                                              std::pair<std::size_t, std::size_t> ends) {
+                                              const SameEnds& same) {
     std::set<std::string_view> keys;
-    for (std::size_t i = ends.first; i < these.Count() - ends.second; ++i)
+    for (std::size_t i = same.first; i < these.Count() - same.last; ++i)
         keys.insert(these.Key(i));
     for (std::size_t i = 0; i < others.Count() && !keys.empty(); ++i)
         keys.erase(others.Key(i));
     return keys;
 }
 
-Inbox::Keys Inbox::Arrivals(const Messages& next, unsigned long long now) {
-    const auto ends = SameEnds(mMessages, next);
+Inbox::Keys Inbox::Arrivals(const Messages& next, const SameEnds& same, unsigned long long now) {
     std::erase_if(mVanished, [&](const auto& one) { return now - one.second > kVanishedFor; });
-    for (const std::string_view key : KeysWithout(mMessages, next, ends))
+    for (const std::string_view key : KeysWithout(mMessages, next, same))
         mVanished.emplace_back(key, now);
     if (!mTaken)
         return {};
-    Keys keys = KeysWithout(next, mMessages, ends);
+    Keys keys = KeysWithout(next, mMessages, same);
     for (const auto& vanished : mVanished)
         keys.erase(vanished.first);
     return keys;
 }
 
 void Inbox::Take(Messages messages, unsigned long long now) {
-    const Keys arrived = Arrivals(messages, now);
+    const SameEnds same(mMessages, messages);
+    const Keys arrived = Arrivals(messages, same, now);
     mArrived.clear();
     mUnprocessed = 0;
     std::set<std::string, std::less<>> stillNew;
@@ -62,6 +50,7 @@ void Inbox::Take(Messages messages, unsigned long long now) {
             stillNew.emplace(key);
     }
     mNew = std::move(stillNew);
+    mOrder.Follow(messages, mMessages.Count(), same);
     mMessages = std::move(messages);
     mTaken = true;
     Show();
@@ -115,8 +104,7 @@ void Inbox::OnlyUnprocessed(bool only) {
 }
 
 void Inbox::Sort(Column column, bool descending) {
-    mColumn = column;
-    mDescending = descending;
+    mOrder.By(mMessages, column, descending);
     Show();
 }
 
@@ -131,62 +119,15 @@ bool Inbox::Passes(std::size_t message) const {
 }
 
 void Inbox::Show() {
+    const std::vector<std::uint32_t>& all = mOrder.Sequence();
     mRows.clear();
     if (mImpossible)
         return;
-    if (IsFiltered()) {
-        for (std::size_t i = 0; i < mMessages.Count(); ++i)
-            if (Passes(i))
-                mRows.push_back(static_cast<std::uint32_t>(i));
-    } else {
-        mRows.resize(mMessages.Count());
-        std::iota(mRows.begin(), mRows.end(), 0u);
-    }
-    Order();
-}
-
-// The text's first eight characters as a number that compares as they do.
-static std::uint64_t Beginning(std::string_view text) {
-    std::uint64_t beginning = 0;
-    for (std::size_t i = 0; i < 8; ++i)
-        beginning = beginning << 8 | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0);
-    return beginning;
-}
-
-void Inbox::Order() {
-    if (mColumn == Column::Slot) {
-        if (mDescending)
-            std::reverse(mRows.begin(), mRows.end());
-        return;
-    }
-    struct Place {
-        std::uint64_t beginning;
-        std::uint32_t message;
-    };
-    std::uint64_t kinds[kKinds];
-    for (unsigned int kind = 0; kind < kKinds; ++kind)
-        kinds[kind] = Beginning(*Folded(KindName(kind)));
-    std::vector<Place> places;
-    places.reserve(mRows.size());
-    const bool byKind = mColumn == Column::Kind;
-    for (const std::uint32_t row : mRows)
-        places.push_back(
-            {byKind ? kinds[mMessages.Kind(row)] : Beginning(mMessages.FoldedText(row, mColumn)),
-             row});
-    // Most texts differ in the beginning, which lies at hand.
-    const auto compare = [&](const Place& a, const Place& b) {
-        if (a.beginning != b.beginning)
-            return a.beginning < b.beginning ? -1 : 1;
-        return byKind ? 0
-                      : mMessages.FoldedText(a.message, mColumn)
-                            .compare(mMessages.FoldedText(b.message, mColumn));
-    };
-    std::sort(places.begin(), places.end(), [&](const Place& a, const Place& b) {
-        const int order = mDescending ? compare(b, a) : compare(a, b);
-        return order ? order < 0 : a.message < b.message;
-    });
-    std::transform(places.begin(), places.end(), mRows.begin(),
-                   [](const Place& place) { return place.message; });
+    if (!IsFiltered())
+        mRows = all;
+    else
+        std::copy_if(all.begin(), all.end(), std::back_inserter(mRows),
+                     [&](std::uint32_t message) { return Passes(message); });
 }
 
 int Inbox::RowOf(std::string_view key) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "programs/mailticker/messages.h"
+#include "programs/mailticker/order.h"
 
 // What the ticker knows of an inbox: its messages as they were last read, which of them are shown
 // and in which order, and which of them are new. Knows neither window nor file.
@@ -52,10 +53,9 @@ private:
     };
 
     // The keys of the next reading that were in none of the last seconds; remembers what vanished.
-    Keys Arrivals(const Messages& next, unsigned long long now);
+    Keys Arrivals(const Messages& next, const SameEnds& same, unsigned long long now);
     void Show();
     bool Passes(std::size_t message) const;
-    void Order();
 
     Messages mMessages;
     bool mTaken = false;
@@ -68,7 +68,6 @@ private:
     std::vector<Word> mWords;
     bool mImpossible = false; // words that no inbox can have
     bool mOnlyUnprocessed = false;
-    Column mColumn = Column::Slot;
-    bool mDescending = false;
-    std::vector<std::uint32_t> mRows;
+    Order mOrder;
+    std::vector<std::uint32_t> mRows; // what of them is shown
 };

@@ -23,6 +23,7 @@ MessageList::MessageList(HWND parent, int id, const Inbox& inbox, const Settings
         column.pszText = const_cast<wchar_t*>(kTitles[i]);
         ListView_InsertColumn(mWindow, i, &column);
     }
+    ListView_SetColumnOrderArray(mWindow, kColumns, settings.columnOrder);
 }
 
 void MessageList::SetLook(const Look& look) {
@@ -41,6 +42,7 @@ void MessageList::SetLook(const Look& look) {
 void MessageList::SaveColumns(Settings& settings) const {
     for (int i = 0; i < kColumns; ++i)
         settings.columnWidths[i] = MulDiv(ListView_GetColumnWidth(mWindow, i), 96, mColumnsOf);
+    ListView_GetColumnOrderArray(mWindow, kColumns, settings.columnOrder);
 }
 
 void MessageList::ShowSorting(Column column, bool descending) {
@@ -58,37 +60,58 @@ void MessageList::ShowSorting(Column column, bool descending) {
 
 void MessageList::Update() {
     const std::string key = mSelectedKey;
-    const int rows = static_cast<int>(mInbox.Rows().size());
-    ListView_SetItemCountEx(mWindow, rows, LVSICF_NOSCROLL);
-    const int row = key.empty() ? -1 : mInbox.RowOf(key);
-    if (row != ListView_GetNextItem(mWindow, -1, LVNI_SELECTED)) {
-        ListView_SetItemState(mWindow, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
-        if (row >= 0)
-            ListView_SetItemState(mWindow, row, LVIS_SELECTED | LVIS_FOCUSED,
-                                  LVIS_SELECTED | LVIS_FOCUSED);
+    const auto& rows = mInbox.Rows();
+    ListView_SetItemCountEx(mWindow, static_cast<int>(rows.size()), LVSICF_NOSCROLL);
+    const int before = SelectedRow();
+    const bool same = before >= 0 && static_cast<std::size_t>(before) < rows.size() &&
+                      mInbox.All().Key(rows[before]) == key;
+    const int row = key.empty() ? -1 : same ? before : mInbox.RowOf(key);
+    if (row != before) {
+        SetSelected(before, false);
+        SetSelected(row, true);
     }
-    SelectionChanged();
+    mSelectedKey = row < 0 ? std::string() : key;
     InvalidateRect(mWindow, nullptr, FALSE);
 }
 
+// A list view looks through all rows for the selected one: the one that is known is tried first.
+int MessageList::SelectedRow() const {
+    if (ListView_GetSelectedCount(mWindow) == 0)
+        return -1;
+    return mSelectedRow >= 0 && ListView_GetItemState(mWindow, mSelectedRow, LVIS_SELECTED)
+               ? mSelectedRow
+               : ListView_GetNextItem(mWindow, -1, LVNI_SELECTED);
+}
+
+void MessageList::SetSelected(int row, bool selected) {
+    constexpr UINT kStates = LVIS_SELECTED | LVIS_FOCUSED;
+    if (row >= 0)
+        ListView_SetItemState(mWindow, row, selected ? kStates : 0, kStates);
+}
+
 int MessageList::Selected() const {
-    const int row = ListView_GetNextItem(mWindow, -1, LVNI_SELECTED);
+    const int row = SelectedRow();
     return row >= 0 && row < static_cast<int>(mInbox.Rows().size())
                ? static_cast<int>(mInbox.Rows()[row])
                : -1;
 }
 
 void MessageList::Select(int row) {
-    ListView_SetItemState(mWindow, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    SetSelected(SelectedRow(), false);
     if (row < 0 || row >= static_cast<int>(mInbox.Rows().size()))
         return;
-    ListView_SetItemState(mWindow, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    SetSelected(row, true);
     ListView_EnsureVisible(mWindow, row, FALSE);
 }
 
-void MessageList::SelectionChanged() {
+bool MessageList::ItemChanged(const NMLISTVIEW& change) {
+    if (!((change.uOldState ^ change.uNewState) & LVIS_SELECTED))
+        return false;
+    if (change.uNewState & LVIS_SELECTED)
+        mSelectedRow = change.iItem;
     const int message = Selected();
     mSelectedKey = message < 0 ? std::string() : std::string(mInbox.All().Key(message));
+    return true;
 }
 
 void MessageList::FillText(LVITEMW& item) const {

@@ -24,13 +24,15 @@ public:
     int Selected() const;
     // Nothing for -1.
     void Select(int row);
-    // After the user selected: takes over which.
-    void SelectionChanged();
+    // Takes over a change that the list view told of. Returns whether it is one of the selection.
+    bool ItemChanged(const NMLISTVIEW& change);
 
     // Answers the list view's questions: its text, its look, its search by typing.
     LRESULT OnNotify(UINT code, LPARAM lParam);
 
 private:
+    int SelectedRow() const;
+    void SetSelected(int row, bool selected);
     void FillText(LVITEMW& item) const;
     LRESULT Draw(NMLVCUSTOMDRAW& draw) const;
     int Find(const NMLVFINDITEMW& find) const;
@@ -40,5 +42,6 @@ private:
     const Look* mLook = nullptr;
     Owned<HIMAGELIST> mRowHeight; // empty pictures, as high as a row is
     std::string mSelectedKey;
-    int mColumnsOf = 96; // dots an inch that the columns have their widths for
+    int mSelectedRow = -1; // as it was seen last
+    int mColumnsOf = 96;   // dots an inch that the columns have their widths for
 };

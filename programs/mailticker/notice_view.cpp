@@ -1,6 +1,6 @@
 #include "programs/mailticker/notice_view.h"
 
-NoticeView::NoticeView(HWND parent) : OwnWindow(L"PostriderNotice", L"", WS_CHILD, 0, parent) {
+NoticeView::NoticeView(HWND parent) : PaintedWindow(L"PostriderNotice", L"", WS_CHILD, 0, parent) {
     Listen();
 }
 
@@ -34,11 +34,8 @@ int NoticeView::HeightFor(int width) const {
     return Draw(WindowDc(Handle()), {margin, 0, width - margin, 0}, DT_CALCRECT) + 2 * margin;
 }
 
-void NoticeView::Paint() {
-    PAINTSTRUCT paint;
-    const HDC dc = BeginPaint(Handle(), &paint);
-    RECT area;
-    GetClientRect(Handle(), &area);
+void NoticeView::Paint(HDC dc, const RECT& client) {
+    RECT area = client;
     FillRect(dc, &area, GetSysColorBrush(mWhole ? COLOR_WINDOW : COLOR_INFOBK));
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, GetSysColor(mWhole ? COLOR_WINDOWTEXT : COLOR_INFOTEXT));
@@ -47,19 +44,4 @@ void NoticeView::Paint() {
     if (mWhole)
         area.top += std::max(0L, (area.bottom - area.top) / 2 - 2L * mLook->LineHeight());
     Draw(dc, area, 0);
-    EndPaint(Handle(), &paint);
-}
-
-LRESULT NoticeView::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-    case WM_PAINT:
-        Paint();
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
-    case WM_SIZE:
-        InvalidateRect(Handle(), nullptr, FALSE);
-        return 0;
-    }
-    return DefWindowProcW(Handle(), message, wParam, lParam);
 }

@@ -6,7 +6,7 @@
 
 // Says how things stand: in a band above the list, or in place of a list that there is none of. Its
 // window text is the heading, and the detail on a second line.
-class NoticeView : public OwnWindow {
+class NoticeView : public PaintedWindow {
 public:
     explicit NoticeView(HWND parent);
 
@@ -19,8 +19,7 @@ public:
     int HeightFor(int width) const;
 
 private:
-    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
-    void Paint();
+    void Paint(HDC dc, const RECT& client) override;
     // Draws, or only measures, both texts from `area`'s top on; returns the height.
     int Draw(HDC dc, RECT area, UINT how) const;
 

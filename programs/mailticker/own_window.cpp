@@ -33,3 +33,22 @@ OwnWindow::~OwnWindow() {
     SetWindowLongPtrW(mWindow, GWLP_USERDATA, 0);
     DestroyWindow(mWindow);
 }
+
+LRESULT PaintedWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        RECT client;
+        GetClientRect(Handle(), &client);
+        Paint(BeginPaint(Handle(), &paint), client);
+        EndPaint(Handle(), &paint);
+        return 0;
+    }
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_SIZE:
+        InvalidateRect(Handle(), nullptr, FALSE);
+        return 0;
+    }
+    return DefWindowProcW(Handle(), message, wParam, lParam);
+}

@@ -25,3 +25,12 @@ private:
 
     HWND mWindow;
 };
+
+// One that draws all of itself, whenever it has to and when it gets another size.
+class PaintedWindow : public OwnWindow {
+protected:
+    using OwnWindow::OwnWindow;
+
+    virtual void Paint(HDC dc, const RECT& client) = 0;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+};

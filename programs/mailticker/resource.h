@@ -25,6 +25,9 @@
 #define ID_RESUME 243
 #define ID_START_WITH_WINDOWS 250
 #define ID_KEYS 260
+// Keys that do what depends on where they are pressed.
+#define ID_ENTER 270
+#define ID_ESCAPE 271
 
 // Controls.
 #define ID_LIST 300

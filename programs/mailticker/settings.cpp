@@ -1,6 +1,7 @@
 #include "programs/mailticker/settings.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "programs/mailticker/owners.h"
 
@@ -20,8 +21,10 @@ void ForEach(Settings& settings, const Visit& visit) {
     visit(L"Bottom", settings.window.bottom);
     visit(L"Maximized", settings.maximized);
     visit(L"PaneHeight", settings.paneHeight);
-    for (int i = 0; i < kColumns; ++i)
+    for (int i = 0; i < kColumns; ++i) {
         visit((L"Column" + std::to_wstring(i)).c_str(), settings.columnWidths[i]);
+        visit((L"Place" + std::to_wstring(i)).c_str(), settings.columnOrder[i]);
+    }
     visit(L"SortColumn", settings.sortColumn);
     visit(L"Descending", settings.descending);
     visit(L"OnlyUnprocessed", settings.onlyUnprocessed);
@@ -43,6 +46,11 @@ Settings Settings::Load() {
     // Whatever somebody wrote there.
     for (int& width : settings.columnWidths)
         width = std::clamp(width, 20, 2000);
+    const Settings original;
+    if (!std::is_permutation(std::begin(original.columnOrder), std::end(original.columnOrder),
+                             settings.columnOrder))
+        std::copy(std::begin(original.columnOrder), std::end(original.columnOrder),
+                  settings.columnOrder);
     settings.paneHeight = std::clamp(settings.paneHeight, 60, 4000);
     if (static_cast<unsigned int>(settings.sortColumn) >= kColumns)
         settings.sortColumn = Column::Slot;

@@ -12,6 +12,7 @@ struct Settings {
     bool maximized = false;
     int paneHeight = 190;
     int columnWidths[kColumns] = {150, 265, 90, 120, 50};
+    int columnOrder[kColumns] = {0, 1, 2, 3, 4}; // columns from the left to the right
     Column sortColumn = Column::Slot;
     bool descending = false;
     bool onlyUnprocessed = false;

@@ -10,7 +10,7 @@ static constexpr double kDotsASecond = 45; // at 96 dots an inch
 static constexpr int kWidestStrip = 30000;
 
 TickerLine::TickerLine(HWND parent, std::function<void(const std::string& key)> onPick)
-    : OwnWindow(L"PostriderTickerLine", L"", WS_CHILD | WS_VISIBLE, 0, parent, IDC_HAND),
+    : PaintedWindow(L"PostriderTickerLine", L"", WS_CHILD | WS_VISIBLE, 0, parent, IDC_HAND),
       mOnPick(std::move(onPick)) {
     Listen();
 }
@@ -88,11 +88,7 @@ void TickerLine::MakeStrip() {
     }
 }
 
-void TickerLine::Paint() {
-    PAINTSTRUCT paint;
-    const HDC dc = BeginPaint(Handle(), &paint);
-    RECT client;
-    GetClientRect(Handle(), &client);
+void TickerLine::Paint(HDC dc, const RECT& client) {
     if (mLook && !mItems.empty() && (!mStrip || mStripHeight != client.bottom))
         MakeStrip();
     int x = 0;
@@ -101,7 +97,6 @@ void TickerLine::Paint() {
             BitBlt(dc, x, 0, mStripWidth, mStripHeight, mStrip.get(), 0, 0, SRCCOPY);
     RECT rest = {x, 0, client.right, client.bottom};
     FillRect(dc, &rest, GetSysColorBrush(COLOR_WINDOW));
-    EndPaint(Handle(), &paint);
 }
 
 void TickerLine::Step() {
@@ -133,11 +128,6 @@ void TickerLine::Pick(int x) {
 
 LRESULT TickerLine::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-    case WM_PAINT:
-        Paint();
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
     case WM_TIMER:
         Step();
         return 0;
@@ -152,5 +142,5 @@ LRESULT TickerLine::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         Pick(GET_X_LPARAM(lParam));
         return 0;
     }
-    return DefWindowProcW(Handle(), message, wParam, lParam);
+    return PaintedWindow::OnMessage(message, wParam, lParam);
 }

@@ -9,7 +9,7 @@
 
 // One line of text that runs from right to left, round and round, and stops under the mouse. Its
 // window text is the whole line. Has a timer while it runs, and none when it does not.
-class TickerLine : public OwnWindow {
+class TickerLine : public PaintedWindow {
 public:
     struct Item {
         std::wstring text;
@@ -27,12 +27,11 @@ public:
 private:
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void MakeStrip();
-    void Paint();
+    void Paint(HDC dc, const RECT& client) override;
     void Step();
     void UpdateTimer();
     void OnMouseMove();
     void Pick(int x);
-    bool Fits(int width) const { return mStripWidth <= width; }
 
     std::function<void(const std::string&)> mOnPick;
     const Look* mLook = nullptr;

@@ -183,8 +183,12 @@ void TickerWindow::OnCommand(int command, int code) {
         mUserChanged = false;
         return Read(true);
     case ID_OPEN:
+        return OpenSelected();
+    case ID_ENTER:
         return Enter();
     case ID_HIDE:
+        return Hide();
+    case ID_ESCAPE:
         return Escape();
     case ID_EXIT:
         PostQuitMessage(0);
@@ -236,8 +240,8 @@ LRESULT TickerWindow::OnNotify(LPARAM lParam) {
         SortBy(static_cast<Column>(reinterpret_cast<NMLISTVIEW*>(lParam)->iSubItem));
         return 0;
     case LVN_ITEMCHANGED:
-        mList.SelectionChanged();
-        UpdatePane();
+        if (mList.ItemChanged(*reinterpret_cast<NMLISTVIEW*>(lParam)))
+            UpdatePane();
         return 0;
     case NM_DBLCLK:
         OpenSelected();

@@ -11,6 +11,7 @@
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -65,6 +66,12 @@ protected:
         const bool came = Comes([&] { return mTicker->Notice().starts_with(heading); });
         EXPECT_TRUE(came) << testing::PrintToString(heading) << ", not "
                           << testing::PrintToString(mTicker->Notice());
+    }
+
+    std::vector<LONG> Place() const {
+        RECT place;
+        GetWindowRect(mTicker->Window(), &place);
+        return {place.left, place.top, place.right, place.bottom};
     }
 
     ScratchFolder mScratch;
@@ -158,15 +165,27 @@ TEST_F(MailTicker, SaysHowThingsStand) {
     NoticeComes(L"The inbox is empty.");
     DeleteFileA(mPath.c_str());
     NoticeComes(L"There is no inbox yet.");
+    CreateDirectoryA(mPath.c_str(), nullptr);
+    mTicker->Command(ID_READ_NOW);
+    NoticeComes(L"The inbox cannot be read.");
+    RemoveDirectoryA(mPath.c_str());
     WriteFileBytes(mPath, sound);
     NoticeComes(L"");
     EXPECT_TRUE(Comes([&] { return mTicker->Rows() == 3; }));
+    // Nobody tells of what happens here: it looks from time to time.
     const std::string away = mScratch.Path("Away");
     MoveFileA(mInbox.c_str(), away.c_str());
     mTicker->Command(ID_READ_NOW);
     NoticeComes(L"The inbox\u2019s folder is not there.");
     MoveFileA(away.c_str(), mInbox.c_str());
     NoticeComes(L"");
+    // A path that has no shorter form.
+    std::string deep = mInbox;
+    for (; deep.size() < 240; CreateDirectoryA(deep.c_str(), nullptr))
+        deep += "\\SUB";
+    WriteFileBytes(deep + "\\DFile", sound);
+    HelperProcess("mailticker.exe", "\"" + deep + "\"").ExitCode();
+    NoticeComes(L"The inbox\u2019s name cannot be passed on.");
     // Nothing of all this was new mail.
     EXPECT_EQ(mTicker->TrayTexts().find(L"new,"), std::wstring::npos);
 }
@@ -261,13 +280,108 @@ TEST_F(MailTicker, RemembersItsPlaceAndOrder) {
     SendMessageW(list(), LVM_SETCOLUMNWIDTH, kFile, 77);
     EXPECT_EQ(mTicker->Exit(), 0u);
     mTicker.reset();
+    const char* const key = "Software\\Postrider\\Ticker";
+    const auto place = [](int column) { return "Place" + std::to_string(column); };
+    for (DWORD i = 0; i < 5; ++i) {
+        const DWORD column = 4 - i;
+        RegSetKeyValueA(HKEY_CURRENT_USER, key, place(i).c_str(), REG_DWORD, &column, 4);
+    }
     Start();
-    RECT place;
-    GetWindowRect(mTicker->Window(), &place);
-    EXPECT_THAT((std::vector<LONG>{place.left, place.top, place.right, place.bottom}),
-                ElementsAre(40, 50, 650, 520));
+    EXPECT_THAT(Place(), ElementsAre(40, 50, 650, 520));
     EXPECT_THAT(mTicker->Column(kTopic), ElementsAre(L"Form", L"Gr\u00FC\u00DFe", L"Lunch?"));
     EXPECT_EQ(SendMessageW(list(), LVM_GETCOLUMNWIDTH, kFile, 0), 77);
+    mTicker.reset();
+    // On a screen with smaller dots; the columns are where somebody dragged them.
+    DWORD size = sizeof(DWORD), left = 0, dpi = 192;
+    RegGetValueA(HKEY_CURRENT_USER, key, place(0).c_str(), RRF_RT_REG_DWORD, nullptr, &left, &size);
+    EXPECT_EQ(left, 4u);
+    RegSetKeyValueA(HKEY_CURRENT_USER, "Control Panel\\Desktop", "LogPixels", REG_DWORD, &dpi, 4);
+    Start();
+    RegDeleteKeyValueA(HKEY_CURRENT_USER, "Control Panel\\Desktop", "LogPixels");
+    EXPECT_EQ(SendMessageW(list(), LVM_GETCOLUMNWIDTH, kFile, 0), 2 * 77);
+}
+
+TEST_F(MailTicker, FollowsItsScreen) {
+    Start();
+    mTicker->MoveToScreen(96, {30, 20, 530, 420});
+    EXPECT_THAT(Place(), ElementsAre(30, 20, 530, 420));
+}
+
+TEST_F(MailTicker, DoesAllByKeys) {
+    Start();
+    enum { kPaneText = 0 };
+    const struct {
+        std::initializer_list<unsigned char> keys;
+        int focus, rows;
+        const wchar_t* first; // file in the first row
+    } steps[] = {
+        {{VK_DOWN}, ID_LIST, 3, L"M1.EML"},
+        {{VK_TAB}, kPaneText, 3, L"M1.EML"},
+        {{VK_TAB}, ID_FILTER_BOX, 3, L"M1.EML"},
+        {{VK_TAB}, ID_ONLY_UNPROCESSED, 3, L"M1.EML"},
+        {{VK_SPACE}, ID_ONLY_UNPROCESSED, 2, L"M1.EML"},
+        {{VK_CONTROL, 'F'}, ID_FILTER_BOX, 2, L"M1.EML"},
+        {{'4'}, ID_FILTER_BOX, 1, L"M4.EML"},
+        {{VK_RETURN}, ID_LIST, 1, L"M4.EML"},
+        {{VK_CONTROL, 'F'}, ID_FILTER_BOX, 1, L"M4.EML"},
+        {{VK_ESCAPE}, ID_FILTER_BOX, 2, L"M1.EML"},
+        {{VK_CONTROL, 'U'}, ID_FILTER_BOX, 3, L"M1.EML"},
+        {{VK_CONTROL, '4'}, ID_FILTER_BOX, 3, L"M1.EML"},
+        {{VK_CONTROL, '4'}, ID_FILTER_BOX, 3, L"M4.EML"},
+        {{VK_SHIFT, VK_TAB}, kPaneText, 3, L"M4.EML"},
+    };
+    for (const auto& step : steps) {
+        mTicker->Press(step.keys);
+        const int number = static_cast<int>(&step - steps);
+        ASSERT_TRUE(Comes([&] {
+            return mTicker->Focus() == step.focus && mTicker->Rows() == step.rows &&
+                   mTicker->Cell(0, kFile) == step.first;
+        })) << "step "
+            << number << ": " << mTicker->Focus() << ", " << mTicker->Rows();
+    }
+    Append(mInbox + "\\M4.EML", Message("T") + "Here it is.");
+    mTicker->Press({VK_F5});
+    EXPECT_TRUE(Comes([&] { return mTicker->PaneText() == L"Here it is."; }));
+    mTicker->Press({VK_F1});
+    EXPECT_TRUE(Comes([&] { return mTicker->PaneText().starts_with(L"F5\t"); }));
+    mTicker->Press({VK_ESCAPE});
+    EXPECT_TRUE(Comes([&] { return !IsWindowVisible(mTicker->Window()); }));
+    EXPECT_EQ(WaitForSingleObject(mTicker->Process(), 0), WAIT_TIMEOUT);
+}
+
+TEST_F(MailTicker, HandsMessagesToOtherPrograms) {
+    const std::string opened = mScratch.Path("OPENED");
+    const auto set = [](const char* key, const std::string& value) {
+        RegSetKeyValueA(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, value.c_str(), value.size() + 1);
+    };
+    set(".eml", "PostriderTest");
+    set("PostriderTest\\shell\\open\\command", "cmd /c copy \"%1\" \"" + opened + "\"");
+    const std::string mail = "Subject: a\r\n\r\nb";
+    WriteFileBytes(mInbox + "\\M1.EML", Message("T") + mail);
+    Start();
+    mTicker->SelectRow(0);
+    mTicker->Command(ID_OPEN);
+    EXPECT_TRUE(Comes([&] { return FileThere(opened) && ReadFileBytes(opened) == mail; }));
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, ".eml");
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, "PostriderTest");
+    mTicker->SelectRow(2);
+    mTicker->Command(ID_OPEN);
+    EXPECT_EQ(mTicker->PaneText(), L"The message\u2019s file is not in the folder.");
+}
+
+TEST_F(MailTicker, StartsWithWindowsWhenItIsTold) {
+    Start();
+    const auto command = [] {
+        char text[MAX_PATH] = "";
+        DWORD size = sizeof text;
+        RegGetValueA(HKEY_CURRENT_USER, "Software\\Microsoft\\Windows\\CurrentVersion\\Run",
+                     "Postrider Ticker", RRF_RT_REG_SZ, nullptr, text, &size);
+        return std::string(text);
+    };
+    mTicker->Command(ID_START_WITH_WINDOWS);
+    EXPECT_THAT(command(), AllOf(StartsWith("\""), EndsWith("\\mailticker.exe\" /tray")));
+    mTicker->Command(ID_START_WITH_WINDOWS);
+    EXPECT_EQ(command(), "");
 }
 
 TEST_F(MailTicker, HoldsNothingMoreAfterAThousandReadings) {

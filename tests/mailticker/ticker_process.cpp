@@ -141,6 +141,27 @@ void TickerProcess::SelectRow(int row) {
     SendMessageW(GetDlgItem(mWindow, ID_LIST), LVM_SETITEMSTATE, row, memory.Place());
 }
 
+void TickerProcess::Press(std::initializer_list<unsigned char> keys) const {
+    SetForegroundWindow(mWindow);
+    for (const unsigned char key : keys)
+        keybd_event(key, 0, 0, 0);
+    for (auto key = keys.end(); key-- != keys.begin();)
+        keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);
+}
+
+int TickerProcess::Focus() const {
+    GUITHREADINFO information = {};
+    information.cbSize = sizeof information;
+    GetGUIThreadInfo(GetWindowThreadProcessId(mWindow, nullptr), &information);
+    return GetDlgCtrlID(information.hwndFocus);
+}
+
+void TickerProcess::MoveToScreen(int dpi, const RECT& place) {
+    RemoteMemory memory(ProcessOf(mWindow));
+    memory.Write(place);
+    SendMessageW(mWindow, WM_DPICHANGED, MAKEWPARAM(dpi, dpi), memory.Place());
+}
+
 // The tray's tooltips belong to the shell.
 std::wstring TickerProcess::TrayTexts() const {
     std::wstring texts = L"\n";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +22,12 @@ public:
     void Tray(UINT event);
     void Filter(const std::wstring& typed);
     void SelectRow(int row);
+    // Keys held down in this order, as the keyboard sends them.
+    void Press(std::initializer_list<unsigned char> keys) const;
+    // What has the keyboard's focus: the number of a control, or of a part of one.
+    int Focus() const;
+    // As if it came onto a screen of so many dots an inch, which gives it that place.
+    void MoveToScreen(int dpi, const RECT& place);
     // Ends it as Exit in its menu does; returns its exit code.
     unsigned long Exit();
 
