@@ -49,6 +49,15 @@ TEST_F(DiskDriverTest, MovesTheProcessAndPutsItBack) {
     SetCurrentDirectoryA(mFolder.Path().c_str());
 }
 
+TEST_F(DiskDriverTest, ASearchEndsWhereItIsClosed) {
+    FileSearch search;
+    ffblk found;
+    EXPECT_EQ(search.Next(found), 0);
+    EXPECT_EQ(search.First(mFolder.Path("TREE\\*.*").c_str(), found, 0), 1);
+    search.Close();
+    EXPECT_EQ(search.Next(found), 0);
+}
+
 TEST_F(DiskDriverTest, ListsAFolder) {
     DiskDriver driver;
     driver.SetSearchPattern(FileSpec(mFolder.Path("TREE\\*.*").c_str()));

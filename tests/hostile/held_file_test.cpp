@@ -44,11 +44,23 @@ struct LongWaits {
     VainWait removed{NewHeld("REMOVED.DAT")};
 };
 
+static std::unique_ptr<LongWaits> longWaits;
+
+// They begin with the program's first test, and are over when it comes to them.
+class BeginLongWaits : public testing::Environment {
+    void SetUp() override {
+        const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+        for (int i = 0; i < all.total_test_suite_count(); ++i)
+            if (all.GetTestSuite(i)->name() == std::string("HeldFiles") &&
+                all.GetTestSuite(i)->should_run())
+                longWaits.reset(new LongWaits);
+    }
+    void TearDown() override { longWaits.reset(); }
+};
+static testing::Environment* const kBegin = testing::AddGlobalTestEnvironment(new BeginLongWaits);
+
 class HeldFiles : public testing::Test {
 protected:
-    static void SetUpTestSuite() { longWaits.reset(new LongWaits); }
-    static void TearDownTestSuite() { longWaits.reset(); }
-
     HeldFiles() {
         current = this;
         RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
@@ -79,7 +91,6 @@ protected:
     }
 
     static HeldFiles* current;
-    static std::unique_ptr<LongWaits> longWaits;
     ScratchFolder mFolder;
     const std::string mPath = mFolder.Path("INBOX.DAT");
     DebugOutput mOutput;
@@ -90,7 +101,6 @@ protected:
     std::function<void()> mWhat;
 };
 HeldFiles* HeldFiles::current;
-std::unique_ptr<LongWaits> HeldFiles::longWaits;
 
 TEST_F(HeldFiles, OpenAtTheTickThatFindsThemReleased) {
     for (int ticks : {3, 7}) { // one second, and three

@@ -143,17 +143,17 @@ TEST_F(NeighbourFolder, EveryPairKeepsWhatItTold) {
     const std::string kinds = "amcdzsuo";
     for (std::size_t i = 0; i < kinds.size(); ++i)
         for (std::size_t k = i; k < kinds.size(); ++k)
-            Run({{kinds[i], 'w'}, {kinds[k]}}, Rounds(6));
+            Run({{kinds[i], 'w'}, {kinds[k]}}, Rounds(2));
     Compare(false);
 }
 
 TEST_F(NeighbourFolder, EightAtOnceKeepWhatTheyTold) {
-    Run({"a", "aw", "mo", "c", "cz", "d", "zu", "sU"}, Rounds(25));
+    Run({"a", "aw", "mo", "c", "cz", "d", "zu", "sU"}, Rounds(8));
     Compare(false);
 }
 
 TEST_F(NeighbourFolder, WhoAreEndedKeepNobodyWaitingAndLoseNothingTold) {
-    for (int i = 0; i < Rounds(6); ++i) {
+    for (int i = 0; i < Rounds(3); ++i) {
         // Between the two renames of a rewrite there is no directory file: those stay out of it.
         Run({"a", "am", "c", "d", "cu", "aw"}, 10000, 150 + 37 * i);
         Compare(true);

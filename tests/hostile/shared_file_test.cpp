@@ -127,7 +127,7 @@ TEST_F(SharedFiles, CollectorsThatRaceTakeEachRecordOnce) {
 }
 
 TEST_F(SharedFiles, AMessageSemaphoreIsSeizedByOneOfThoseThatRaceForIt) {
-    constexpr int kRaces = 400;
+    constexpr int kRaces = 100;
     const auto command = [&](Text list) {
         return "seize " + Quoted(mFolder.Path("LOCK")) + std::to_string(kRaces) + " " +
                Quoted(mFolder.Path(list));
@@ -153,7 +153,7 @@ TEST_F(SharedFiles, ANotifierListsWhatIsThereWhileOthersChangeIt) {
     char *topic, *file, *sender;
     unsigned short kind, flag;
     int walks = 0, records = 0;
-    for (const DWORD start = GetTickCount(); GetTickCount() - start < 4000; walks++) {
+    for (const DWORD start = GetTickCount(); GetTickCount() - start < 1500; walks++) {
         int more = GetFirstRecord(path.c_str(), &topic, &file, &sender, &kind, &flag);
         for (; more; records++) {
             const std::string text = std::string(topic).substr(6);
