@@ -151,6 +151,7 @@ TEST_F(SystemPrefs, IniEntriesMoveTheirValues) {
     EXPECT_EQ(ReadFileBytes(mPath), "[s]\r\n");
     for (int value : {0, 2147483647, -1}) {
         RbIniIntEntry number("S", "number", value);
+        EXPECT_EQ(RbIniIntEntry("S").GetValue() + RbIniIntEntry("S", "k").GetValue(), 0);
         number.StreamOut(mFile);
         EXPECT_EQ(ReadFileBytes(mPath), "[s]\r\nnumber=" + std::to_string(value) + "\r\n");
         number.SetValue(1);

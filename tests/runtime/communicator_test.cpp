@@ -58,7 +58,10 @@ protected:
     void* mOther;
 };
 
+static const unsigned short secondsAtFirst = JxCommunicator::mwNumSecsToWaitAfterPost;
+
 TEST_F(Communicator, ClassIsRegisteredOnce) {
+    EXPECT_EQ(secondsAtFirst, 30);
     void* window = nullptr;
     EXPECT_EQ(JxCreateHiddenWindow(&window, GetModuleHandleA(nullptr), "again", "Communicator",
                                    Procedure, keRegisterClass),

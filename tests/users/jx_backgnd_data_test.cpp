@@ -7,17 +7,6 @@
 using namespace testing;
 using Strings = std::vector<std::string>;
 
-// A different text for every string, one of them empty and one longer than a length byte tells.
-static Strings Texts() {
-    Strings texts;
-    for (unsigned int i = 0; i < kUserStrings; ++i)
-        texts.push_back("text " + std::to_string(i));
-    texts[5] = "";
-    texts[17] = std::string(300, 'x');
-    texts[kSmtpHost] = "smtp7:2525";
-    texts[kPopAccount] = "anna@pop7:1995:n";
-    return texts;
-}
 // Reads a file with these bytes; whether the stream is good then.
 static bool Read(JxBackgndData& data, const std::string& plain) {
     std::istringstream in(ScrambledUserData(plain));
@@ -32,17 +21,6 @@ static std::string Servers(const JxBackgndData& data) {
     return data.GetPopAccount().Text() + std::string(" ") + std::to_string(data.GetPopPort()) +
            " " + std::to_string(data.GetPopOption()) + " " + data.GetSmtpHost().Text() + " " +
            std::to_string(data.GetSmtpPort());
-}
-
-TEST(BackgndData, ReadsAndWritesEveryField) {
-    JxBackgndData data = Old();
-    ASSERT_TRUE(Read(data, UserData(Texts()) + "whatever follows"));
-    EXPECT_TRUE(data.mulFlags == 0x12345678 && data.mwValue3 == 0xABCD);
-    EXPECT_TRUE(data.mwValue4 == 0x0102 && data.mulValue2 == 0xDEADBEEF);
-    EXPECT_TRUE(data.mstrSettings[15] == "text 15" && data.mstrList[0] == "text 16");
-    EXPECT_TRUE(data.mstr7 == "text 24" && data.mstr16 == "text 25");
-    EXPECT_EQ(Servers(data), "anna@pop7 1995 0 smtp7 2525");
-    EXPECT_EQ(Written(data), ScrambledUserData(UserData(Texts())));
 }
 
 TEST(BackgndData, RecordOfMoreThan8192BytesIsNotWritten) {

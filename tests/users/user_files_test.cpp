@@ -57,8 +57,9 @@ TEST_F(UserFile, IsHiddenWhileClosed) {
     WriteFileBytes(logged.Path(), "logged");
     EXPECT_TRUE(mFile.OpenLoggedUserFile(0xA1) && mFile.GetStream()->get() == 'l');
     mFile.Close();
-    char path[4];
-    EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, sizeof path), 0u);
+    char path[300];
+    EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, 4), 0u);
+    EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec(std::string(300, 'n').c_str(), path, 300), 0u);
 }
 
 TEST_F(UserFile, MisuseIsReportedAndGoesOn) {
