@@ -32,14 +32,6 @@ protected:
         return PrefHeader("\x90\x01", mPath, 1) + PrefEntry("\x51\x46", "\x90\x01", 1, 58, 1500) +
                ScrambledBlock(record);
     }
-    int Read(const std::string& record) {
-        WriteFileBytes(mPath, File(record));
-        return mPrefs.ReadJXPrefs();
-    }
-    void SetMailDirectory(const std::string& path) {
-        FileSpec spec(path.c_str(), 1);
-        mPrefs.SetMailDirectory(spec);
-    }
     std::string Message(unsigned int id) { return FileMessage(id, mPath); }
 
     ScratchFolder mFolder;
@@ -62,40 +54,6 @@ TEST_F(MailPrefs, NewFileHoldsTheDefaults) {
     EXPECT_EQ(mPrefs.WriteJXPrefs(), 1);
     EXPECT_EQ(ReadFileBytes(mPath), File(DefaultRecord()));
     EXPECT_TRUE(mBoxes.Shown().empty());
-}
-
-TEST_F(MailPrefs, TextsStayInTheirFields) {
-    const std::string x(10000, 'x'), path = "C:\\" + std::string(70, 'm');
-    mPrefs.SetReturnAddress(x.c_str());
-    mPrefs.SetFullSmtpHost(("smtp7:99:" + x).c_str());
-    mPrefs.SetDefaultDsApiName(const_cast<char*>(x.c_str()));
-    mPrefs.SetPriority(x.c_str(), 4);
-    mPrefs.SetPriority("Low", 0);
-    mPrefs.SetPriority(x.c_str(), 5);
-    JxLoggedMailUser user;
-    user.SetAddress(("anna:" + std::string(200, '9')).c_str());
-    user.SetSecondText(std::string(255, 'p').c_str());
-    mPrefs.SetUserData(user);
-    mPrefs.SetClientWindowRect(-1, 32767, -32768, 258);
-    SetMailDirectory(path);
-    mPrefs.FixMailDirectory(1);
-    std::string record = With(DefaultRecord(), 514, Pascal(x.substr(0, 132)));
-    record = With(record, 782, Pascal(("smtp7:99:" + x).substr(0, 132)));
-    record = With(With(record, 955, Pascal(x.substr(0, 31))), 96, x.substr(0, 15));
-    record = With(With(record, 32, "Low"), 380, Pascal("anna:" + std::string(127, '9')));
-    record =
-        With(With(record, 988, Pascal(std::string(254, 'p'))), 280, Pascal(path.substr(0, 64)));
-    EXPECT_EQ(RecordOf(mPrefs), With(record, 112, Bytes("\xFF\xFF\x7F\xFF\x80\0\x01\x02")));
-    EXPECT_EQ(mPrefs.GetPopAccount() + std::string("/") + mPrefs.GetSmtpHost(), "anna/smtp7");
-    int left, top, right, bottom;
-    mPrefs.GetClientWindowRect(left, top, right, bottom);
-    EXPECT_THAT((std::vector{left, top, right, bottom}), ElementsAre(-1, 32767, -32768, 258));
-    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Report("wLevel < LP_MAX_PRIORITY_LEVELS", 349)));
-    // Lengths that a file gives are not followed past a field either.
-    ASSERT_EQ(Read(std::string(1500, '\xFF')), 1);
-    EXPECT_EQ(mPrefs.GetReturnAddress().Length(), 132u);
-    for (unsigned int seed = 1; seed <= 50; ++seed)
-        EXPECT_TRUE(Read(RandomBytes(seed, 1500)) == 1 && mPrefs.WriteJXPrefs() == 1);
 }
 
 TEST_F(MailPrefs, OtherApplicationsBlockIsReadIntoItsTag) {
