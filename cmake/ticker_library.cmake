@@ -13,6 +13,11 @@ target_link_libraries(jxticdll_objects PUBLIC postrider_options jxsysres)
 # Copies of functions that the optimiser makes for one caller or in parts would be exported like the
 # functions themselves.
 target_compile_options(jxticdll_objects PUBLIC -fno-ipa-cp -fno-partial-inlining)
+# Every edge calls edges.dll, which counts them: tests/fuzz/edges.h.
+if(POSTRIDER_COVERAGE)
+    target_compile_options(jxticdll_objects PRIVATE -fsanitize-coverage=trace-pc)
+    target_link_libraries(jxticdll_objects PUBLIC edges)
+endif()
 
 # add_ticker_library(target source...): a JXTICDLL.DLL with its small blocks from these sources.
 function(add_ticker_library target)

@@ -66,7 +66,9 @@ bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
         name.replace(name.size() - digits.size(), digits.size(), digits);
         name += mstrTempExt.Text();
         FileSpec candidate(windowsDirectory, 1);
-        candidate.SetSpecPart(name.c_str(), 0);
+        // What is refused would leave the folder's own name, which is always taken.
+        if (candidate.SetSpecPart(name.c_str(), 0) != FileSpec::keSpecOk)
+            return false;
         if (IsTaken(candidate))
             continue;
         FileSpec::operator=(candidate);

@@ -5,22 +5,48 @@
 #include <string>
 #include <vector>
 
-#include "tests/fuzz/damage.h"
-
 // What is fed with damaged input: a format is one kind of bytes and everything that reads them.
 //
 // To add one, append it in the source of its family (or make a new family, with a function here and
-// in fuzz.cpp): a name, sound samples with the fields of their bytes, and a function that writes
-// the input where it belongs and drives all that reads it. What the function and the library take
-// they give back before it returns. Then name the files that may be there afterwards and the texts
-// that may be shown, no more than the operations' descriptions call for: everything else is a
-// failure.
+// in fuzz.cpp): a name, words that mean something to its readers, and a function that writes the
+// input where it belongs and drives one operation that reads it, or a few; the input itself chooses
+// which. What the function and the library take they give back before it returns. Then name the
+// files that may be there afterwards and the texts that may be shown, no more than the operations'
+// descriptions call for: everything else is a failure. At last put a sound sample into corpus/, as
+// NAME-sound.bin: sixteen bytes of choices, then the bytes.
 
-// What a format's function is given.
-struct Input {
-    const std::string& bytes;
-    Random& random;
-    bool cut; // one of the first inputs, which show every operation that reads
+class Input {
+public:
+    static constexpr unsigned int keChoices = 16;
+
+    explicit Input(const std::string& whole);
+
+    std::string bytes;
+
+    // Choices, which the first bytes of the whole input make, over and over again.
+    unsigned int Number();
+    // From 0 to below `limit`; 0 without one.
+    unsigned int Below(unsigned int limit);
+    bool OneIn(unsigned int n) { return Below(n) == 0; }
+    template <class T>
+    T Of(const std::vector<T>& choices) {
+        return choices[Below(choices.size())];
+    }
+    // Does one of these.
+    template <class... Things>
+    void DoOne(Things... things) {
+        const unsigned int chosen = Below(sizeof...(things));
+        unsigned int i = 0;
+        ((i++ == chosen ? things() : void()), ...);
+    }
+    // A piece of the input as a text for another argument; overlong now and then.
+    std::string Text();
+
+private:
+    unsigned char Choice() { return static_cast<unsigned char>(mChoices[mNext++ % keChoices]); }
+
+    std::string mChoices;
+    unsigned int mNext = 0;
 };
 
 // What may be shown or reported: any text with `part` in it, and why.
@@ -31,13 +57,14 @@ struct AllowedText {
 
 struct Format {
     std::string name;
-    unsigned int shortRun; // inputs of a short run
-    Shape shape;
     std::function<void(Input&)> run;
+    // Bytes that mean something to a reader, and the size of records that are put in, left out and
+    // exchanged as one.
+    std::vector<std::string> words = {};
+    unsigned int unit = 0;
     std::string own = ""; // the file of the current folder that the function writes the input to
-    // Of the current folder: files that stand there before each input, with their bytes, and
-    // patterns
-    // ('*' and '?') of names that may be there or missing afterwards.
+    // Of the current folder: files that stand there before each input, with their bytes ("folder"
+    // for a folder), and patterns ('*' and '?') of names that may be there or missing afterwards.
     std::map<std::string, std::string> files = {};
     std::vector<std::string> mayAppear = {};
     std::vector<std::string> mayGo = {};

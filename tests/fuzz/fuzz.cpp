@@ -4,76 +4,73 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <list>
 
 #include "resident/core/windows_api.h"
-#include "tests/fuzz/watch.h"
+#include "tests/fuzz/edges.h"
+#include "tests/fuzz/guided.h"
+#include "tests/support/scratch.h"
 
 namespace {
 
-constexpr unsigned int kSlice = 100; // milliseconds that a format runs at a time
-constexpr unsigned int kTableEvery = 30000;
+constexpr unsigned int kSlice = 200; // milliseconds that a format runs at a time
 // The exit code when inputs failed and none ended the process; nothing else ends with it.
 constexpr int kFailed = 10;
 
 struct Tally {
-    const Format* format = nullptr;
-    std::uint64_t next = 0; // the next index
+    const Format& format;
+    Guided guided;
     std::uint64_t inputs = 0;
     std::uint64_t failures = 0;
-    std::uint64_t limit = 0; // of inputs, 0 without one
-    unsigned long long time = 0;
+    unsigned long long time = 0; // milliseconds
 
-    bool Done() const { return limit && inputs >= limit; }
+    void Count(bool well) {
+        ++inputs;
+        failures += !well;
+    }
 };
 
 struct Arguments {
+    std::vector<std::string> inputs;
     std::vector<std::string> formats;
+    std::vector<std::string> corpus;
     unsigned int seed = 1;
-    std::uint64_t first = 0;
-    std::uint64_t inputs = 0;
+    std::uint64_t limit = 0;
     std::uint64_t seconds = 0;
-    unsigned int worker = 0;
-    unsigned int workers = 1;
-    std::string failures = ".";
+    std::string folder = ".";
     std::string state;
-    std::string stop;
     std::string report;
-    bool brief = false;
+    std::string edges;
+    bool replay = false;
     bool list = false;
 };
 
 Arguments arguments;
-std::vector<Tally> tallies;
+std::list<Tally> tallies;
 volatile LONG stopped;
 
 void Read(int argc, char** argv) {
     CLI::App app{"Feeds damaged input to everything that reads it."};
     app.name("fuzz");
     app.allow_windows_style_options(false);
+    app.add_option("INPUT", arguments.inputs, "Run these files, and nothing else");
     app.add_option("--format", arguments.formats, "These formats alone")->delimiter(',');
-    app.add_option("--seed", arguments.seed, "Other inputs for another seed; 1");
-    app.add_option("--first", arguments.first, "The first index; 0");
-    app.add_option("--inputs", arguments.inputs, "Stop after that many inputs altogether");
+    app.add_option("--seed", arguments.seed, "Other damage for another seed; 1");
+    app.add_option("--inputs", arguments.limit, "Stop after that many inputs of each format");
     app.add_option("--seconds", arguments.seconds, "Stop after that time");
-    app.add_option("--worker", arguments.worker, "The number of this process, from 0");
-    app.add_option("--workers", arguments.workers, "How many share the indexes")
-        ->check(CLI::PositiveNumber);
-    app.add_option("--failures", arguments.failures, "The folder for inputs that fail");
-    app.add_option("--state", arguments.state, "The file to go on from, kept up to date");
-    app.add_option("--stop", arguments.stop, "Stop when there is a file of this name");
-    app.add_option("--report", arguments.report, "Write a report as the test programs do");
-    app.add_flag("--brief", arguments.brief, "A fixed number of inputs of each format");
     app.add_flag("--list", arguments.list, "List the formats");
+    // What ./fuzz and ./test say.
+    app.add_option("--corpus", arguments.corpus, "Folders of inputs to start from")->group("");
+    app.add_flag("--replay", arguments.replay, "Run them, and nothing else")->group("");
+    app.add_option("--folder", arguments.folder, "For what is kept, and what fails")->group("");
+    app.add_option("--state", arguments.state, "Go on from it, and keep it")->group("");
+    app.add_option("--report", arguments.report, "Report as the test programs do")->group("");
+    app.add_option("--edges", arguments.edges, "A file for the edges of each input")->group("");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         std::exit(app.exit(error) == 0 ? 0 : 2);
     }
-}
-
-// This process's share of so many inputs.
-std::uint64_t Share(std::uint64_t inputs) {
-    return (inputs + arguments.workers - 1 - arguments.worker) / arguments.workers;
 }
 
 // The state: a line for each format. Written by a process that may be out of memory, too.
@@ -83,9 +80,9 @@ void WriteState() {
     static char text[8192];
     int length = 0;
     for (const Tally& tally : tallies)
-        length += std::snprintf(text + length, sizeof text - length, "%s %llu %llu %llu %llu\n",
-                                tally.format->name.c_str(), tally.next, tally.inputs,
-                                tally.failures, tally.time);
+        length += std::snprintf(text + length, sizeof text - length, "%s %llu %llu %llu %u\n",
+                                tally.format.name.c_str(), tally.inputs, tally.failures, tally.time,
+                                tally.guided.Kept());
     // Its readers find it whole: it is put in the place of the old one.
     const std::string fresh = arguments.state + ".new";
     const HANDLE file = CreateFileA(fresh.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
@@ -99,47 +96,38 @@ void WriteState() {
 void ReadState() {
     std::FILE* const file = std::fopen(arguments.state.c_str(), "r");
     char name[64];
-    Tally read;
-    while (file && std::fscanf(file, "%63s %llu %llu %llu %llu", name, &read.next, &read.inputs,
-                               &read.failures, &read.time) == 5)
+    unsigned long long inputs, failures, time;
+    unsigned int kept;
+    while (file &&
+           std::fscanf(file, "%63s %llu %llu %llu %u", name, &inputs, &failures, &time, &kept) == 5)
         for (Tally& tally : tallies)
-            if (tally.format->name == name) {
-                tally.next = read.next;
-                tally.inputs = read.inputs;
-                tally.failures = read.failures;
-                tally.time = read.time;
-            }
+            if (tally.format.name == name)
+                tally.inputs = inputs, tally.failures = failures, tally.time = time;
     if (file)
         std::fclose(file);
 }
 
 // The input being run, kept in a file beside the state.
-Running* MapRunning() {
+Running& MapRunning() {
     static Running unmapped;
     if (arguments.state.empty())
-        return &unmapped;
+        return unmapped;
     const HANDLE file =
         CreateFileA((arguments.state + ".now").c_str(), GENERIC_READ | GENERIC_WRITE,
                     FILE_SHARE_READ, nullptr, OPEN_ALWAYS, 0, nullptr);
     const HANDLE mapping =
         CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, sizeof(Running), nullptr);
     void* const view = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, sizeof(Running));
-    return view ? static_cast<Running*>(view) : &unmapped;
+    return view ? *static_cast<Running*>(view) : unmapped;
 }
 
-// The input that ended the last process counts as a failure, and is not run again.
-void PassOver(Running& last) {
+// The input that ended the last process counts as a failure.
+void CountLast(Running& last) {
     for (Tally& tally : tallies)
-        if (last.state != Running::keNothing && tally.format->name == last.format) {
-            ++tally.inputs;
-            ++tally.failures;
-            tally.next = last.index + arguments.workers;
-            if (last.state == Running::keInput) {
-                Random random(arguments.seed, tally.format->name, last.index);
-                TellFailure(*tally.format, last.index,
-                            MakeInput(tally.format->shape, last.index, random), "ends the process");
-            }
-        }
+        if (last.state != Running::keNothing && tally.format.name == last.format)
+            tally.Count(false);
+    if (last.state == Running::keInput)
+        TellFailure("ends the process");
     last.state = Running::keNothing;
 }
 
@@ -150,32 +138,33 @@ std::uint64_t Inputs() {
     return sum;
 }
 
-void PrintTable() {
-    std::uint64_t failures = 0;
-    std::printf("%-20s %12s %9s\n", "format", "inputs", "failures");
-    for (const Tally& tally : tallies) {
-        std::printf("%-20s %12llu %9llu\n", tally.format->name.c_str(), tally.inputs,
-                    tally.failures);
-        failures += tally.failures;
-    }
-    std::printf("%-20s %12llu %9llu\n", "total", Inputs(), failures);
-    std::fflush(stdout);
-}
-
 void WriteReport() {
     std::FILE* const file = std::fopen(arguments.report.c_str(), "w");
     if (!file)
         return;
-    unsigned int failed = 0;
-    for (const Tally& tally : tallies)
-        failed += tally.failures != 0;
+    const auto failed = std::count_if(tallies.begin(), tallies.end(),
+                                      [](const Tally& tally) { return tally.failures != 0; });
     std::fprintf(file, "<testsuites tests=\"%u\" failures=\"%u\" disabled=\"0\">\n",
-                 static_cast<unsigned int>(tallies.size()), failed);
+                 static_cast<unsigned int>(tallies.size()), static_cast<unsigned int>(failed));
     for (const Tally& tally : tallies)
         std::fprintf(file, "  <testcase name=\"%s\" inputs=\"%llu\" failures=\"%llu\"/>\n",
-                     tally.format->name.c_str(), tally.inputs, tally.failures);
+                     tally.format.name.c_str(), tally.inputs, tally.failures);
     std::fprintf(file, "</testsuites>\n");
     std::fclose(file);
+}
+
+// A line for each input: its file and the edges that it takes.
+void TellEdges(const std::string& input) {
+    const auto edges = reinterpret_cast<decltype(&Edges)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("edges.dll"), "Edges")));
+    static std::FILE* const file = std::fopen(arguments.edges.c_str(), "w");
+    if (!edges || !file)
+        return;
+    std::fprintf(file, "%s", input.substr(input.rfind('\\') + 1).c_str());
+    for (unsigned int i = 0; i < edges()->count; ++i)
+        std::fprintf(file, " %x", edges()->at[i]);
+    std::fprintf(file, "\n");
+    std::fflush(file);
 }
 
 BOOL WINAPI OnControl(DWORD) {
@@ -183,60 +172,59 @@ BOOL WINAPI OnControl(DWORD) {
     return TRUE;
 }
 
-class Run {
-public:
-    Run(Watch& watch, unsigned long long start) : mWatch(watch), mStart(start) {
-        mLimit = Share(arguments.inputs);
-    }
-    // Formats take turns until the end: the one that has had the least time is next.
-    void All() {
-        unsigned long long tabled = GetTickCount64();
-        while (!Stops()) {
-            Tally* const tally = Next();
-            if (!tally)
-                break;
-            mWatch.Enter(*tally->format);
-            RunSlice(*tally);
-            // At each turn: what ends the process may not let it be written any more.
-            WriteState();
-            const unsigned long long now = GetTickCount64();
-            if (arguments.state.empty() && now - tabled > kTableEvery) {
-                tabled = now;
-                PrintTable();
+// The sound inputs, and those that were kept before.
+void RunCorpus(Watch& watch) {
+    for (Tally& tally : tallies)
+        for (const std::string& folder : arguments.corpus)
+            for (const std::string& file : InputFiles(folder, tally.format.name)) {
+                if (arguments.replay)
+                    tally.Count(watch.Run(tally.format, ReadFileBytes(file)));
+                else
+                    tally.guided.RunKept(watch, ReadFileBytes(file));
+                if (!arguments.edges.empty())
+                    TellEdges(file);
+                if (stopped)
+                    return;
             }
-        }
-    }
+}
 
-private:
-    Tally* Next() const {
+// Formats take turns until the end: the one that has had the least time is next.
+void RunDamaged(Watch& watch, unsigned long long start) {
+    Random random(arguments.seed, "damage", Inputs());
+    const auto full = [](const Tally& tally) {
+        return arguments.limit && tally.inputs >= arguments.limit;
+    };
+    while (!stopped && !FileThere(arguments.state + ".stop")) {
         Tally* next = nullptr;
         for (Tally& tally : tallies)
-            if (!tally.Done() && (!next || tally.time < next->time))
+            if (!full(tally) && (!next || tally.time < next->time))
                 next = &tally;
-        return next;
-    }
-    bool Full() const { return arguments.inputs && Inputs() >= mLimit; }
-    bool Stops() const {
-        return stopped || Full() ||
-               (arguments.seconds && GetTickCount64() - mStart >= arguments.seconds * 1000) ||
-               (!arguments.stop.empty() && FileThere(arguments.stop));
-    }
-    void RunSlice(Tally& tally) {
-        const unsigned long long start = GetTickCount64();
-        const unsigned long long before = tally.time;
-        while (tally.time - before < kSlice && !tally.Done() && !Full() && !stopped) {
-            const bool well = mWatch.Run(*tally.format, tally.next);
-            tally.failures += !well;
-            ++tally.inputs;
-            tally.next += arguments.workers;
-            tally.time = before + GetTickCount64() - start;
+        const unsigned long long now = GetTickCount64();
+        if (!next || (arguments.seconds && now - start >= arguments.seconds * 1000))
+            break;
+        const unsigned long long before = next->time;
+        while (next->time - before < kSlice && !full(*next) && !stopped) {
+            const unsigned int runs = watch.Runs();
+            next->failures += !next->guided.RunDamaged(watch, random);
+            next->inputs += watch.Runs() - runs;
+            next->time = before + GetTickCount64() - now;
         }
+        // At each turn: what ends the process may not let it be written any more.
+        WriteState();
     }
+}
 
-    Watch& mWatch;
-    std::uint64_t mLimit;
-    const unsigned long long mStart;
-};
+void RunFiles(Watch& watch) {
+    for (const std::string& file : arguments.inputs)
+        for (Tally& tally : tallies) {
+            const std::size_t slash = file.find_last_of("/\\");
+            const std::string name = file.substr(slash == file.npos ? 0 : slash + 1);
+            if (name.substr(0, name.rfind('-')) != tally.format.name)
+                continue;
+            tally.Count(watch.Run(tally.format, ReadFileBytes(file)));
+            std::printf("%s: done\n", name.c_str());
+        }
+}
 
 } // namespace
 
@@ -251,14 +239,11 @@ int main(int argc, char** argv) {
     for (const Format& format : formats) {
         if (arguments.list)
             std::printf("%s\n", format.name.c_str());
-        if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), format.name) == wanted.end())
-            continue;
-        Tally tally;
-        tally.format = &format;
-        tally.next = arguments.first + arguments.worker;
-        if (arguments.brief)
-            tally.limit = Share(format.shortRun);
-        tallies.push_back(tally);
+        else if (wanted.empty() ||
+                 std::find(wanted.begin(), wanted.end(), format.name) != wanted.end())
+            tallies.push_back({format, Guided(format, arguments.replay || arguments.state.empty()
+                                                          ? ""
+                                                          : arguments.folder + "\\kept")});
     }
     if (arguments.list)
         return 0;
@@ -268,24 +253,26 @@ int main(int argc, char** argv) {
     }
     ReadState();
     SetConsoleCtrlHandler(OnControl, TRUE);
-    std::printf("Seed %u, worker %u of %u\n", arguments.seed, arguments.worker, arguments.workers);
-    std::fflush(stdout);
     {
-        Running& running = *MapRunning();
-        Watch watch(arguments.seed, arguments.failures, running, WriteState);
-        PassOver(running);
+        Running& running = MapRunning();
+        Watch watch(arguments.folder, running, WriteState);
+        CountLast(running);
         WriteState();
         if (!running.started)
             running.started = GetTickCount64();
-        Run(watch, running.started).All();
+        if (!arguments.inputs.empty()) {
+            RunFiles(watch);
+        } else {
+            RunCorpus(watch);
+            if (!arguments.replay)
+                RunDamaged(watch, running.started);
+        }
     }
     WriteState();
-    if (arguments.state.empty())
-        PrintTable();
     if (!arguments.report.empty())
         WriteReport();
-    for (const Tally& tally : tallies)
-        if (tally.failures)
-            return kFailed;
-    return 0;
+    const bool failed = std::any_of(tallies.begin(), tallies.end(),
+                                    [](const Tally& tally) { return tally.failures != 0; });
+    std::printf("%llu inputs, %s\n", Inputs(), failed ? "failures above" : "no failure");
+    return failed ? kFailed : 0;
 }

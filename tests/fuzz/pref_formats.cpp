@@ -50,39 +50,14 @@ std::string ScrambleBlocks(std::string bytes) {
     return bytes;
 }
 
-std::string MailBlock() {
-    std::string block = With(std::string(kMailBlock, '\0'), 0, Bytes("\xCB\x34\x3B\0\0\x24\x08"));
-    block = With(With(block, 16, "string"), 32, "urgent");
-    block = With(With(block, 280, Pascal("C:\\MAIL")), 380, Pascal("box@mail:110"));
-    block = With(With(block, 514, Pascal("anna@post.org")), 782, Pascal("mail:25"));
-    return With(With(block, 988, Pascal("secret")), 1244, Pascal("You wrote:"));
+// Preferences with nothing but zeros in them.
+std::string SoundPrefs() {
+    return PrefHeader("\x90\x01", "RB.DAT", 1) +
+           PrefEntry(kMailId, "\x90\x01", 1, kHeader + kEntry, kMailBlock) +
+           ScrambledBlock(std::string(kMailBlock, '\0'));
 }
 
-Sample PrefFile(unsigned int others) {
-    const unsigned int count = 1 + others;
-    const std::string header = PrefHeader("\x90\x01", "RB.DAT", count);
-    SampleMaker maker;
-    maker.PutField(header.substr(0, 8))
-        .PutField(header.substr(8, 2))
-        .PutField(header.substr(10, 1));
-    maker.Put(header.substr(11, 33)).PutField(header.substr(44));
-    unsigned long offset = kHeader + count * kEntry;
-    std::string blocks;
-    for (unsigned int i = 0; i < count; ++i) {
-        const std::string block = i == others ? MailBlock() : std::string(20 * i + 10, 'o');
-        const std::string id = i == others ? kMailId : std::string{char(i + 1), '\x12'};
-        const std::string entry = PrefEntry(id, "\x90\x01", i + 1, offset, block.size());
-        maker.PutRecords(entry, kEntry, {{0, 2}, {2, 2}, {4, 2}, {6, 4}, {6, 2}, {8, 2}, {10, 2}});
-        offset += block.size();
-        blocks += block;
-    }
-    std::vector<Field> fields = {{0, 1}, {1, 1}, {112, 2}, {148, 2}};
-    for (const PrefText& text : kPrefTexts)
-        fields.push_back({unsigned(blocks.size()) - kMailBlock + text.offset, 1});
-    return maker.PutRecords(blocks, blocks.size(), fields);
-}
-
-void UsePrefs(JXMailPrefs& prefs, Random& random) {
+void UsePrefs(JXMailPrefs& prefs, Input& in) {
     for (const PrefText& text : kPrefTexts)
         ReadText(prefs.Text(static_cast<enumPrefText>(text.offset)).Text());
     ReadText(prefs.GetReturnAddress().Text());
@@ -97,13 +72,13 @@ void UsePrefs(JXMailPrefs& prefs, Random& random) {
     prefs.GetLocalDeadMailDir(&dir);
     for (unsigned int level = 0; level < LP_MAX_PRIORITY_LEVELS; ++level)
         ReadText(prefs.GetPriority(level).Text());
-    prefs.SetPriority(AnyText(random).c_str(), random.Below(LP_MAX_PRIORITY_LEVELS));
-    prefs.SetFullSmtpHost(AnyText(random).c_str());
-    prefs.SetReturnAddress(AnyText(random).c_str());
-    prefs.SetDefaultDsApiName(AnyText(random).c_str());
+    prefs.SetPriority(in.Text().c_str(), in.Below(LP_MAX_PRIORITY_LEVELS));
+    prefs.SetFullSmtpHost(in.Text().c_str());
+    prefs.SetReturnAddress(in.Text().c_str());
+    prefs.SetDefaultDsApiName(in.Text().c_str());
     JxLoggedMailUser user;
-    user.SetAddress(AnyText(random).c_str());
-    user.SetSecondText(AnyText(random).c_str());
+    user.SetAddress(in.Text().c_str());
+    user.SetSecondText(in.Text().c_str());
     prefs.SetUserData(user);
     JXMailPrefs copy(0);
     copy = prefs;
@@ -111,80 +86,73 @@ void UsePrefs(JXMailPrefs& prefs, Random& random) {
 }
 
 void DrivePrefFile(Input& in) {
-    WriteFileBytes("RB.DAT", in.bytes);
-    Random& random = in.random;
+    WriteFileBytes("RB.DAT", in.OneIn(8) ? in.bytes : ScrambleBlocks(in.bytes));
     const std::string folder = Folder();
     JxMailUserRepresentation user("Smith|Anna", folder.c_str());
-    JXMailPrefs prefs(user, random.Below(4)); // one in two may write
+    JXMailPrefs prefs(user, in.Below(4)); // one in two may write
     prefs.VerifyFileExists(user);
     if (prefs.IsValid())
-        UsePrefs(prefs, random);
+        UsePrefs(prefs, in);
     JxLoggedMailUser logged;
     logged.SetLoggedText(folder.c_str());
     JXMailPrefs other(logged, 0);
-    for (unsigned int times = in.cut ? 2 : 3; times--;) {
+    for (unsigned int times = 1 + in.Below(3); times--;) {
         const unsigned short size =
-            random.Of(std::vector<unsigned short>{0, 1, 10, 30, 50, 1500, 0x7FFF, 0xFFFF});
+            in.Of(std::vector<unsigned short>{0, 1, 10, 30, 50, 1500, 0x7FFF, 0xFFFF});
         std::string block(size, 'n');
-        const std::string id = random.Of(std::vector<std::string>{kMailId, kOtherId, "\x01\x12"});
+        const std::string id = in.Of(std::vector<std::string>{kMailId, kOtherId, "\x01\x12"});
         unsigned short number;
         std::memcpy(&number, id.data(), sizeof number);
         AppPrefTag tag{number, 400, size, block.data()};
         UserPrefFile file(block.data(), number, size, 400);
         file.Parse(Full("RB.DAT").c_str(), 1);
-        switch (random.Below(8)) {
-        case 0:
-        case 1:
-            if (prefs.WriteJXPrefs() && prefs.ReadJXPrefs())
-                UsePrefs(prefs, random);
-            break;
-        case 2:
-            prefs.ReadOtherPrefs(tag);
-            break;
-        case 3:
-            if (file.OpenPrefFile())
-                file.ReadAppPrefs(tag, random.Below(2));
-            break;
-        case 4:
-            if (file.OpenPrefFile() && file.WriteAppPrefs(tag)) {
-                std::string back(size, '\0');
-                AppPrefTag read{number, 400, size, back.data()};
-                // A block of another size is left alone, and may be anything.
-                if (file.ReadAppPrefs(read, 0))
-                    ReadText(back.c_str());
-            }
-            break;
-        case 5:
-            if (file.OpenPrefFile() && file.ReadAppHeader(number)) {
-                file.ReadPrefBuffer(tag, static_cast<long>(random.Next()));
-                file.UpdateHeader();
-            }
-            break;
-        case 6:
-            // As it may have been read: the record is damaged, too.
-            if (prefs.IsValid()) {
-                const std::string record =
-                    random.OneIn(2) ? in.bytes : RandomBytes(random.Next(), 1500);
-                std::memcpy(prefs.Record(), record.data(),
-                            std::min<std::size_t>(record.size(), kMailBlock));
-                prefs.ConvertPrefs(random.OneIn(2) ? kePrefsToAnsi : kePrefsToOem);
-                prefs.FixMailDirectory(0);
-                UsePrefs(prefs, random);
-            }
-            break;
-        case 7: {
-            FileSpec mail(Folder().c_str(), 1);
-            prefs.SetMailDirectory(mail);
-            FileSpec result;
-            const int made = logged.SetupLocalMailDirectory(
-                &prefs, result, static_cast<enumLocalMailDir>(random.Below(8)));
-            Expect(made == 1, "makes no local folder");
-            break;
-        }
-        }
+        in.DoOne([&] { prefs.SetNewPassword(logged); },
+                 [&] {
+                     if (prefs.WriteJXPrefs() && prefs.ReadJXPrefs())
+                         UsePrefs(prefs, in);
+                 },
+                 [&] { prefs.ReadOtherPrefs(tag); },
+                 [&] {
+                     if (file.OpenPrefFile())
+                         file.ReadAppPrefs(tag, in.Below(2));
+                 },
+                 [&] {
+                     if (file.OpenPrefFile() && file.WriteAppPrefs(tag)) {
+                         std::string back(size, '\0');
+                         AppPrefTag read{number, 400, size, back.data()};
+                         // A block of another size is left alone, and may be anything.
+                         if (file.ReadAppPrefs(read, 0))
+                             ReadText(back.c_str());
+                     }
+                 },
+                 [&] {
+                     if (file.OpenPrefFile() && file.ReadAppHeader(number)) {
+                         file.ReadPrefBuffer(tag, static_cast<long>(in.Number()));
+                         file.UpdateHeader();
+                     }
+                 },
+                 [&] {
+                     // As it may have been read: the record is damaged, too.
+                     if (prefs.IsValid()) {
+                         const std::string record = in.bytes;
+                         std::memcpy(prefs.Record(), record.data(),
+                                     std::min<std::size_t>(record.size(), kMailBlock));
+                         prefs.ConvertPrefs(in.OneIn(2) ? kePrefsToAnsi : kePrefsToOem);
+                         prefs.FixMailDirectory(0);
+                         UsePrefs(prefs, in);
+                     }
+                 },
+                 [&] {
+                     FileSpec mail(Folder().c_str(), 1);
+                     prefs.SetMailDirectory(mail);
+                     FileSpec result;
+                     const int made = logged.SetupLocalMailDirectory(
+                         &prefs, result, static_cast<enumLocalMailDir>(in.Below(8)));
+                     Expect(made == 1, "makes no local folder");
+                 });
         file.ClosePrefFile();
     }
-    if (random.OneIn(20)) {
+    if (in.OneIn(20)) {
         std::string block(100, 'c');
         UserPrefFile file(block.data(), 7, 100, 400);
         file.CreatePrefsFile(Full("NEW.DAT").c_str());
@@ -202,35 +170,35 @@ const std::vector<std::string> kKeys = {
 
 // Buffers of any size, each a block of its own.
 struct Buffer {
-    explicit Buffer(Random& random)
-        : bytes(random.Of(std::vector<unsigned int>{1, 2, 3, 10, 80, 1599, 1600, 1601, 2000})) {}
+    explicit Buffer(Input& in)
+        : bytes(in.Of(std::vector<unsigned int>{1, 2, 3, 10, 80, 1599, 1600, 1601, 2000})) {}
     std::vector<char> bytes;
 };
 
 void DriveSettings(Input& in) {
     WriteFileBytes("SET.INI", in.bytes);
-    Random& random = in.random;
     SystemPrefFile file(RBString(Full("SET.INI").c_str()));
-    const std::string section = random.Of(kSections);
-    const std::string key = random.Of(kKeys);
+    const std::string section = in.Of(kSections);
+    const std::string key = in.Of(kKeys);
     Expect(file.OpenPrefFile(), "does not open the file");
     for (unsigned int walks = 2; walks--;) {
-        Buffer keyOut(random), valueOut(random);
+        Buffer keyOut(in), valueOut(in);
         for (unsigned int lines = 0; lines < 3000; ++lines)
             if (file.GetNextUnKeyPrefLine(section.c_str(), keyOut.bytes.data(), keyOut.bytes.size(),
-                                          random.OneIn(2) ? nullptr : "default",
-                                          valueOut.bytes.data(), valueOut.bytes.size()) < 0)
+                                          in.OneIn(2) ? nullptr : "default", valueOut.bytes.data(),
+                                          valueOut.bytes.size()) < 0)
                 break;
         file.OpenPrefFile();
     }
     file.ClosePrefFile();
-    Buffer keyOut(random), valueOut(random);
+    Buffer keyOut(in), valueOut(in);
     for (int first = 1;
          file.GetUnKeyedPrefLine(section.c_str(), keyOut.bytes.data(), keyOut.bytes.size(),
                                  valueOut.bytes.data(), valueOut.bytes.size(), first);
          first = 0)
         ReadText(keyOut.bytes.data());
     ReadText(file.GetToken(section.c_str(), key.c_str(), "default"));
+    file.GetPrefToken(section.c_str(), key.c_str(), "default");
     file.GetToken(section.c_str(), key.c_str(), 7);
     file.GetToken(section.c_str(), key.c_str(), -7l);
     RbIniIntEntry number(section.c_str(), key.c_str());
@@ -241,13 +209,14 @@ void DriveSettings(Input& in) {
     text.StreamIn(file);
     user.StreamIn(file);
     ReadText(user.GetDisplayString().Text());
-    if (!in.cut) {
+    if (in.OneIn(2)) {
         number.StreamOut(file);
-        text.SetValue(AnyText(random).c_str());
+        text.SetValue(in.Text().c_str());
         text.StreamOut(file);
         user.StreamOut(file);
-        file.SetToken(section.c_str(), AnyText(random).c_str(), static_cast<int>(random.Next()),
-                      random.Below(2));
+        file.SetPrefToken(section.c_str(), key.c_str(), in.Text().c_str());
+        file.SetToken(section.c_str(), in.Text().c_str(), static_cast<int>(in.Number()),
+                      in.Below(2));
         Expect(file.SetToken(section.c_str(), "k", 12345, 0) &&
                    file.GetToken(section.c_str(), "k", 0) == 12345,
                "a number is read other than it was written");
@@ -274,19 +243,18 @@ void DriveUserIni(Input& in) {
     prefs.GetDialupConnection(&name);
     ReadText(name.Text());
     prefs.GetDisconnectFlag();
-    if (!in.cut) {
-        prefs.SetDisconnectFlag(static_cast<int>(in.random.Next()));
-        prefs.SetDialupConnection(AnyText(in.random).c_str());
+    if (in.OneIn(2)) {
+        prefs.SetDisconnectFlag(static_cast<int>(in.Number()));
+        prefs.SetDialupConnection(in.Text().c_str());
         prefs.GetDialupConnection(&name);
     }
 }
 
 void DriveDefaults(Input& in) {
     WriteFileBytes("defaults.ini", in.bytes);
-    Random& random = in.random;
     JxInstallableDefaults* const defaults = JxInstallableDefaults::GetInstance();
     CreateDirectoryA("TO", nullptr);
-    const bool copied = random.OneIn(2);
+    const bool copied = in.OneIn(2);
     defaults->SetupInstallableDefaults(Folder().c_str(),
                                        copied ? Full("TO").c_str() : Folder().c_str());
     const int format = defaults->GetDefaultMessageFormat();
@@ -296,13 +264,13 @@ void DriveDefaults(Input& in) {
                platform <= 6,
            "a default is out of range");
     MailUser user("Smith|Anna", "anna@post", keUserOrdinary);
-    if (!in.cut) {
-        const int value = 1 + static_cast<int>(random.Below(4));
+    if (in.OneIn(2)) {
+        const int value = 1 + static_cast<int>(in.Below(4));
         defaults->SetDefaultMessageFormat(static_cast<enumMessageFormat>(value));
         Expect(defaults->GetDefaultMessageFormat() == value,
                "a default is read other than it was written");
-        defaults->SetDefaultEnclosureEncoding(static_cast<enumEnclosureEncode>(random.Below(9)));
-        defaults->SetDefaultPlatformType(static_cast<enumUserPlatformType>(random.Next()));
+        defaults->SetDefaultEnclosureEncoding(static_cast<enumEnclosureEncode>(in.Below(9)));
+        defaults->SetDefaultPlatformType(static_cast<enumUserPlatformType>(in.Number()));
     }
     JxInstallableDefaults::KillInstance();
 }
@@ -314,25 +282,30 @@ void DriveHeader(Input& in) {
         std::ostringstream out;
         out << header;
         Expect(in.bytes.find(out.str()) != in.bytes.npos, "writes other bytes than it read");
-        ReadText(header.SetName(AnyText(in.random).c_str()));
+        ReadText(header.SetName(in.Text().c_str()));
     }
 }
 
-Format Settings(const char* name, const char* own, std::function<void(Input&)> run,
-                const std::vector<std::string>& texts) {
+void DriveEntry(Input& in) {
+    std::istringstream stream(in.bytes);
+    for (AppRecHeader entry; stream >> entry;) {
+        std::ostringstream out;
+        out << entry;
+        Expect(in.bytes.find(out.str()) != in.bytes.npos, "writes other bytes than it read");
+    }
+}
+
+Format Settings(const char* name, const char* own, std::function<void(Input&)> run) {
     Format format;
     format.name = name;
-    format.shortRun = 500;
     format.own = own;
     format.run = std::move(run);
-    for (const std::string& text : texts)
-        format.shape.samples.push_back(SampleMaker().Put(text));
-    format.shape.words = kSections;
-    format.shape.words.insert(format.shape.words.end(), kKeys.begin(), kKeys.end());
+    format.words = kSections;
+    format.words.insert(format.words.end(), kKeys.begin(), kKeys.end());
     for (const char* word :
          {"[", "]", "=", "\r", "\n", ";", "\"", "-1", "2147483648", "-99999999999", "Text", "MIME",
           "Default", "Base64", "\xEF\xBB\xBF", "\xFF\xFE", "\x1A"})
-        format.shape.words.push_back(word);
+        format.words.push_back(word);
     return format;
 }
 
@@ -341,12 +314,8 @@ Format Settings(const char* name, const char* own, std::function<void(Input&)> r
 void AddPrefFormats(std::vector<Format>& formats) {
     Format prefs;
     prefs.name = "rb.dat";
-    prefs.shortRun = 1700;
-    prefs.shape.samples = {PrefFile(0), PrefFile(1), PrefFile(5)};
-    prefs.shape.unit = kEntry;
-    prefs.shape.first = kHeader;
-    prefs.shape.words = {"C:\\X", "..\\..\\X", "mail:n:1", ":", "\x90\x01", kMailId, kOtherId};
-    prefs.shape.scramble = ScrambleBlocks;
+    prefs.unit = kEntry;
+    prefs.words = {"C:\\X", "..\\..\\X", "mail:n:1", ":", "\x90\x01", kMailId, kOtherId};
     prefs.run = DrivePrefFile;
     prefs.own = "RB.DAT";
     prefs.mayAppear = {
@@ -361,35 +330,23 @@ void AddPrefFormats(std::vector<Format>& formats) {
                    {"mstrSmtpHost.Length () > 0", "preferences without a host"}};
     formats.push_back(prefs);
 
-    formats.push_back(
-        Settings("settings", "SET.INI", DriveSettings,
-                 {"[mail]\r\n name = value \r\nk=1\r\n\r\n; no\r\n[POP3 Users]\r\n"
-                  "Smith|Anna=C:\\MAIL\r\nOkafor|Chidi=D:\\X=Y\r\n[x]\r\nUnKnown=1\r\n",
-                  "k=0\n[MAIL]\nk=12abc\nk= -5\n=\n==\n[x\nk=\n[ x ]\n\tk\t=\t\"q\"\n"}));
-    Format line = Settings("settings-line", "", DriveLine, {"  name = value  ", "k=", "=v", "\t"});
-    line.shortRun = 2000;
-    formats.push_back(line);
-    Format ini = Settings("user.ini", "USER.INI", DriveUserIni,
-                          {"[Dial-Up Networking]\r\nConnection=Office\r\nDisconnect=1\r\n",
-                           "[dial-up networking]\nDisconnect=-1\nConnection=\"A = B\"\n"});
-    ini.files = {{"RB.DAT", ScrambleBlocks(PrefFile(0).bytes)}};
+    formats.push_back(Settings("settings", "SET.INI", DriveSettings));
+    formats.push_back(Settings("settings-line", "", DriveLine));
+    Format ini = Settings("user.ini", "USER.INI", DriveUserIni);
+    ini.files = {{"RB.DAT", SoundPrefs()}};
     formats.push_back(ini);
-    Format defaults = Settings(
-        "defaults.ini", "defaults.ini", DriveDefaults,
-        {"[Address Defaults]\r\nMessage Format=MIME\r\nEnclosure Encoding=Base64\r\n"
-         "Platform=Postrider\r\n",
-         "[Address Defaults]\nMessage Format=Text \nPlatform=Default\nEnclosure Encoding=\n"});
+    Format defaults = Settings("defaults.ini", "defaults.ini", DriveDefaults);
     defaults.mayAppear = {"TO", "TO\\defaults.ini"};
     defaults.texts = {{"JXINDFLT", "a value without a word is reported"}};
     formats.push_back(defaults);
 
     Format header;
     header.name = "dat-header";
-    header.shortRun = 1500;
-    header.shape.samples = {SampleMaker().PutRecords(PrefHeader("\x90\x01", "RB.DAT", 1), kHeader,
-                                                     {{0, 8}, {8, 2}, {10, 1}, {43, 1}, {44, 2}})};
+    header.unit = kHeader;
     header.run = [](Input& in) {
-        in.random.OneIn(2) ? DriveHeader<JXDatHeader>(in) : DriveHeader<JXExtendDatHeader>(in);
+        in.DoOne([&] { return DriveHeader<JXDatHeader>(in); },
+                 [&] { return DriveHeader<JXExtendDatHeader>(in); },
+                 [&] { return DriveEntry(in); });
     };
     formats.push_back(header);
 }

@@ -1,19 +1,16 @@
 // D files of the three types and message files.
 
 #include <cstring>
+#include <sstream>
 
 #include "postrider.h"
 #include "tests/fuzz/format.h"
-#include "tests/support/record_bytes.h"
+#include "tests/support/mail_bytes.h"
 #include "tests/support/scratch.h"
 
 namespace {
 
 constexpr unsigned int kRecord = sizeof(DiskDirRec);
-const std::vector<Field> kRecordFields = {
-    {0, 2},   {2, 1},   {3, 1},   {4, 1},   {5, 1},   {36, 2},  {38, 1},
-    {39, 1},  {72, 1},  {73, 1},  {104, 1}, {107, 1}, {112, 1}, {118, 1},
-    {150, 2}, {186, 1}, {218, 1}, {232, 1}, {300, 4}, {308, 2}, {310, 2}};
 // Names that lead out of the folder, to devices, to several files or to none.
 const std::vector<std::string> kNames = {"M1.EML",
                                          "M2.EML",
@@ -44,23 +41,10 @@ const std::vector<std::string> kNames = {"M1.EML",
                                          "Smith|Anna",
                                          "\x01\x2B"};
 
-std::string Record(const std::string& topic, const std::string& fileName, int bits,
-                   const std::string& identifier = "") {
-    std::string bytes = With(std::string(kRecord, '\0'), 0, Bytes("\0\x07\x01"));
-    bytes = With(With(bytes, 3, {char(bits)}), 4, Pascal(topic));
-    bytes = With(With(bytes, 36, {char(bits >> 8), 0}), 38, Pascal(fileName));
-    bytes = With(With(bytes, 72, Pascal("Smith|Anna")), 112, Pascal(identifier));
-    bytes = With(With(bytes, 186, Pascal("Okafor|Chidi")), 300, "\xB1\xCA\xA7\x90");
-    return With(With(bytes, 309, "\x02"), 311, "\x01");
-}
-
 // Longer than a record's field for it.
 const std::string kLongName = "M" + std::string(40, 'x') + ".EML";
-const std::string kHeader(kRecord, '\0');
-const std::string kFirst = Record("Minutes of Monday", "M1.EML", 0x2022, "id-1");
-const std::string kSecond = Record("", "M2.EML", 0x0041);
-const std::string kThird = Record("Lunch?", "GONE.EML", 0x0100, "id-3");
-const std::string kFree = With(kThird, 2, Bytes("\0"));
+const std::string kFirst = MessageID(Message("Minutes of Monday", "M1.EML"), "id-1");
+const std::string kSecond = Message("", "M2.EML");
 
 struct Store {
     Input& in;
@@ -85,9 +69,9 @@ struct Store {
         DiskDirRec record = {};
         const unsigned int count = in.bytes.size() / kRecord;
         if (count)
-            std::memcpy(&record, in.bytes.data() + in.random.Below(count) * kRecord, kRecord);
+            std::memcpy(&record, in.bytes.data() + in.Below(count) * kRecord, kRecord);
         probe = DirectoryRecord(&record);
-        if (in.random.OneIn(2))
+        if (in.OneIn(2))
             probe.Check_Fixed_Validity();
     }
     long Used() { return file.GetInfo(keInfoAll) ? file.UsedCount() : -1; }
@@ -123,158 +107,114 @@ long Walk(const char* path) {
     return count;
 }
 
-constexpr unsigned int kReading = 12; // operations that leave the file as it is
-constexpr unsigned int kOperations = 29;
-
-void Operate(Store& store, unsigned int operation) {
+void Operate(Store& store) {
     DirectoryFile& file = store.file;
-    Random& random = store.in.random;
+    Input& in = store.in;
     DirectoryRecord& probe = store.probe;
     DirectoryRecord record;
     RB_Container<DirectoryRecord> records(RB_Container<DirectoryRecord>::keOwnsObjects);
-    switch (operation) {
-    case 0: {
-        const long count = Walk(file.FullFileSpec());
-        if (store.type == keDirMessages)
-            Expect(count == store.Used(), "the walk and GetInfo count differently");
-        break;
-    }
-    case 1:
-        store.Used();
-        Expect(file.UnprocessedCount() <= file.UsedCount(), "counts more unprocessed than used");
-        break;
-    case 2:
-        file.FindRecord(probe, keFindPosition);
-        break;
-    case 3:
-        file.FindRecord(probe, keFindExisting);
-        break;
-    case 4:
-        file.AlterDirectoryBlock(record, random.Below(6), 0);
-        ReadRecord(record);
-        break;
-    case 5:
-        if (file.Open(keOpenUpdate)) {
-            file.AlterDirectoryBlock(probe, record, 0);
-            file.AlterDirectoryBlock(record, static_cast<long>(random.Next()), 0);
-            file.GetInfo(keInfoAll);
-            file.FindRecord(probe, keFindPosition);
-            file.close();
-        }
-        break;
-    case 6:
-        file.CheckDateStamp();
-        break;
-    case 7:
-        file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(random.Below(4)), Idle);
-        break;
-    case 8: {
-        RB_Container<JxDownloadItem> items(RB_Container<JxDownloadItem>::keOwnsObjects);
-        file.GetUIDList(&items);
-        for (JxDownloadItem* item = items.GetFirstObject(); item; item = items.GetNextObject())
-            ReadText(item->Text().Text());
-        break;
-    }
-    case 9: {
-        RbFile copy(Store::Full("COPY.DAT").c_str());
-        const int count = file.GetDFile(copy);
-        Expect(store.type == keDirMessages || count == store.Used(),
-               "GetDFile and GetInfo count differently");
-        break;
-    }
-    case 10:
-        file.ReadDDR(file, record);
-        ReadRecord(record);
-        break;
-    case 11: {
-        ReadRecord(probe);
-        DirectoryRecord same(probe);
-        Expect((same == probe) == (probe.Record().used != 0), "a record is not itself");
-        Expect(file.OkToProcess(&probe) >= file.OkToProcess(&probe, keCheckInstallable),
-               "installable and not processable");
-        file.OkToProcess(&probe, keGetInstallable);
-        probe.FixTopicAndIndex();
-        std::string identifier = Pascal(AnyText(random).substr(0, random.Below(255)));
-        probe.SetMessageID(reinterpret_cast<const unsigned char*>(identifier.c_str()));
-        ReadRecord(probe);
-        break;
-    }
-    case 12:
-        file.AlterDirectoryBlock(record, random.Below(6), 1);
-        break;
-    case 13:
-        if (file.Open(keOpenUpdate)) {
-            file.AlterDirectoryBlock(probe, record, 1);
-            file.close();
-        }
-        break;
-    case 14:
-        file.MarkRecord(probe, static_cast<enumMarkMailAction>(random.Below(10)));
-        break;
-    case 15:
-        file.MarkMail(probe, random.Below(2));
-        break;
-    case 16:
-        file.MarkUnUsed(probe, 0);
-        break;
-    case 17:
-        file.ClearReturnReceipt(probe);
-        break;
-    case 18:
-        file.DeleteMail(probe);
-        break;
-    case 19: {
-        // A header that is a used record is taken for one, and is one from then on.
-        const long count = Walk(file.FullFileSpec());
-        if (file.CompressDFile())
-            Expect(store.Used() == count, "CompressDFile changes the number of records");
-        break;
-    }
-    case 20:
-        file.RemoveAllMessageIDs(static_cast<BaseDirFile::enumRemoveOptions>(random.Below(2)));
-        break;
-    case 21: {
-        RbFile message(
-            Store::Full(random.Of<std::string>({"M1.EML", kLongName, "GONE.EML"})).c_str());
-        file.AddMessage(&message);
-        break;
-    }
-    case 22: {
-        RbFile message(Store::Full("M2.EML").c_str());
-        if (message.Open(keOpenRead)) {
-            file.AddMessage(&message);
-            message.close();
-        }
-        break;
-    }
-    case 23:
-    case 24:
-        file.GetUnprocessedDDRs(&records, random.OneIn(2) ? Idle : nullptr,
-                                static_cast<enumGetDDROptions>(random.Below(4)));
+    const auto take = [&](void (*idle)()) {
+        file.GetUnprocessedDDRs(&records, idle, static_cast<enumGetDDROptions>(in.Below(4)));
         for (DirectoryRecord* one = records.GetFirstObject(); one; one = records.GetNextObject())
             ReadRecord(*one);
-        break;
-    case 25:
-        file.GetInstallableDDRs(&records);
-        break;
-    case 26: {
-        if (random.OneIn(2))
-            WriteFileBytes("TARGET\\BOX.DAT", store.in.bytes);
-        DirectoryFile same(store.type); // the very file
-        same.Parse(file.FullFileSpec(), 1);
-        file.DeleteOldMail(random.OneIn(2) ? 0 : random.Next(), random.Below(2),
-                           random.OneIn(8)   ? nullptr
-                           : random.OneIn(8) ? &same
+    };
+    in.DoOne(
+        [&] {
+            const long count = Walk(file.FullFileSpec());
+            if (store.type == keDirMessages)
+                Expect(count == store.Used(), "the walk and GetInfo count differently");
+        },
+        [&] {
+            store.Used();
+            Expect(file.UnprocessedCount() <= file.UsedCount(),
+                   "counts more unprocessed than used");
+        },
+        [&] { file.FindRecord(probe, keFindPosition); },
+        [&] { file.FindRecord(probe, keFindExisting); },
+        [&] {
+            file.AlterDirectoryBlock(record, in.Below(6), 0);
+            ReadRecord(record);
+        },
+        [&] {
+            if (file.Open(keOpenUpdate)) {
+                file.AlterDirectoryBlock(probe, record, 0);
+                file.AlterDirectoryBlock(record, static_cast<long>(in.Number()), 0);
+                file.GetInfo(keInfoAll);
+                file.FindRecord(probe, keFindPosition);
+                file.close();
+            }
+        },
+        [&] { file.CheckDateStamp(); },
+        [&] { file.CheckUnprocessedDDRs(static_cast<enumCheckOptions>(in.Below(4)), Idle); },
+        [&] {
+            RB_Container<JxDownloadItem> items(RB_Container<JxDownloadItem>::keOwnsObjects);
+            file.GetUIDList(&items);
+            for (JxDownloadItem* item = items.GetFirstObject(); item; item = items.GetNextObject())
+                ReadText(item->Text().Text());
+        },
+        [&] {
+            RbFile copy(Store::Full("COPY.DAT").c_str());
+            const int count = file.GetDFile(copy);
+            Expect(store.type == keDirMessages || count == store.Used(),
+                   "GetDFile and GetInfo count differently");
+        },
+        [&] {
+            file.ReadDDR(file, record);
+            ReadRecord(record);
+        },
+        [&] {
+            ReadRecord(probe);
+            DirectoryRecord same(probe);
+            Expect((same == probe) == (probe.Record().used != 0), "a record is not itself");
+            Expect(file.OkToProcess(&probe) >= file.OkToProcess(&probe, keCheckInstallable),
+                   "installable and not processable");
+            file.OkToProcess(&probe, keGetInstallable);
+            probe.FixTopicAndIndex();
+            std::string identifier = Pascal(in.Text().substr(0, 254));
+            probe.SetMessageID(reinterpret_cast<const unsigned char*>(identifier.c_str()));
+            ReadRecord(probe);
+        },
+        [&] { file.AlterDirectoryBlock(record, in.Below(6), 1); },
+        [&] {
+            if (file.Open(keOpenUpdate)) {
+                file.AlterDirectoryBlock(probe, record, 1);
+                file.close();
+            }
+        },
+        [&] { file.MarkRecord(probe, static_cast<enumMarkMailAction>(in.Below(10))); },
+        [&] { file.MarkMail(probe, in.Below(2)); }, [&] { file.MarkUnUsed(probe, 0); },
+        [&] { file.ClearReturnReceipt(probe); }, [&] { file.DeleteMail(probe); },
+        [&] {
+            // A header that is a used record is taken for one, and is one from then on.
+            const long count = Walk(file.FullFileSpec());
+            if (file.CompressDFile())
+                Expect(store.Used() == count, "CompressDFile changes the number of records");
+        },
+        [&] { file.RemoveAllMessageIDs(static_cast<BaseDirFile::enumRemoveOptions>(in.Below(2))); },
+        [&] {
+            RbFile message(
+                Store::Full(in.Of<std::string>({"M1.EML", kLongName, "GONE.EML"})).c_str());
+            file.AddMessage(&message);
+        },
+        [&] {
+            RbFile message(Store::Full("M2.EML").c_str());
+            if (message.Open(keOpenRead)) {
+                file.AddMessage(&message);
+                message.close();
+            }
+        },
+        [&] { take(Idle); }, [&] { take(nullptr); }, [&] { file.GetInstallableDDRs(&records); },
+        [&] {
+            if (in.OneIn(2))
+                WriteFileBytes("TARGET\\BOX.DAT", store.in.bytes);
+            DirectoryFile same(store.type); // the very file
+            same.Parse(file.FullFileSpec(), 1);
+            file.DeleteOldMail(in.OneIn(2) ? 0 : in.Number(), in.Below(2),
+                               in.OneIn(8)   ? nullptr
+                               : in.OneIn(8) ? &same
                                              : &store.target);
-        break;
-    }
-    case 27:
-        file.UpdateDFile();
-        break;
-    case 28:
-        file.CreateDFile();
-        break;
-    }
+        },
+        [&] { file.UpdateDFile(); }, [&] { file.CreateDFile(); });
     Expect(!file.isOpen(), "leaves the D file open");
     if (file.isOpen())
         file.close();
@@ -283,22 +223,13 @@ void Operate(Store& store, unsigned int operation) {
 void DriveStore(Input& in, TypeDirFile type) {
     WriteFileBytes("INBOX.DAT", in.bytes);
     Store store(in, type);
-    if (in.cut)
-        for (unsigned int operation = 0; operation < kOperations; ++operation) {
-            if (operation > kReading)
-                WriteFileBytes("INBOX.DAT", in.bytes);
-            Operate(store, operation);
-        }
-    for (unsigned int times = in.cut ? 0 : 5; times--;) {
-        Operate(store, in.random.Below(kOperations));
-        if (in.random.OneIn(2))
-            store.NewProbe();
-    }
+    for (unsigned int times = 1 + in.Below(3); times--;)
+        Operate(store);
 }
 
 void DriveMessageFile(Input& in) {
     WriteFileBytes("M3.EML", in.bytes);
-    Store store(in, in.random.OneIn(3) ? keDirFolder : keDirMessages);
+    Store store(in, in.OneIn(3) ? keDirFolder : keDirMessages);
     store.file.CreateDFile();
     RbFile message(Store::Full("M3.EML").c_str());
     DirectoryRecord record;
@@ -306,30 +237,24 @@ void DriveMessageFile(Input& in) {
     Expect(read == (in.bytes.size() >= kRecord),
            "reads a record that is not whole, or no whole one");
     ReadRecord(record);
+    std::istringstream stream(in.bytes);
+    DiskDirRec raw = {};
+    if (stream >> raw) {
+        ClampRecord(raw);
+        ReadRecord(record = DirectoryRecord(&raw));
+    }
     const long used = store.Used();
     if (store.file.AddMessage(&message))
         Expect(store.Used() == used + 1, "adds a message that does not count");
-    for (unsigned int times = 3; times--;)
-        Operate(store, in.random.Below(kOperations));
+    Operate(store);
 }
 
 Format DFile(const char* name, TypeDirFile type) {
     Format format;
     format.name = name;
-    format.shortRun = 1650;
-    const std::string header = type == keDirMessages ? "" : kHeader;
-    for (const std::string& bytes :
-         {header + kFirst + kFree + kSecond + kThird, header + kFirst + kSecond + kFree + kFree,
-          header + kThird + kThird + kFirst + kSecond + kSecond + kFree + kFirst, header})
-        format.shape.samples.push_back(SampleMaker().PutRecords(bytes, kRecord, kRecordFields));
-    // Every name of the list once.
-    std::string named = header;
-    for (const std::string& fileName : kNames)
-        named += Record("Lunch?", fileName, 0x0002);
-    format.shape.samples.push_back(SampleMaker().PutRecords(named, kRecord, kRecordFields));
-    format.shape.unit = kRecord;
-    format.shape.words = kNames;
     format.run = [type](Input& in) { DriveStore(in, type); };
+    format.words = kNames;
+    format.unit = kRecord;
     format.own = "INBOX.DAT";
     format.files = {{"M1.EML", kFirst + "A message.\r\n"},
                     {"M2.EML", kSecond},
@@ -362,10 +287,6 @@ void AddStoreFormats(std::vector<Format>& formats) {
     formats.push_back(DFile("d-messages", keDirMessages));
 
     Format message = DFile("message-file", keDirMessages);
-    message.shortRun = 600;
-    message.shape.samples = {
-        SampleMaker().PutRecords(kFirst, kRecord, kRecordFields).Put("Text\r\n"),
-        SampleMaker().PutRecords(kThird, kRecord, kRecordFields)};
     message.run = DriveMessageFile;
     message.own = "M3.EML";
     message.mayAppear.push_back("INBOX.DAT");

@@ -22,46 +22,45 @@ void Check(const RBString& string) {
            "a length byte that is not the length");
 }
 
-unsigned int Position(const RBString& text, Random& random) {
-    return random.OneIn(6)   ? random.Of(std::vector<unsigned int>{0, 1, 0x7FFFFFFF, 0xFFFFFFFF})
-           : random.OneIn(4) ? text.Length() + random.Below(3)
-                             : random.Below(text.Length() + 1);
+unsigned int Position(const RBString& text, Input& in) {
+    return in.OneIn(6)   ? in.Of(std::vector<unsigned int>{0, 1, 0x7FFFFFFF, 0xFFFFFFFF})
+           : in.OneIn(4) ? text.Length() + in.Below(3)
+                         : in.Below(text.Length() + 1);
 }
 
 void DriveSearch(Input& in) {
-    Random& random = in.random;
     RBString text(in.bytes.c_str());
     Check(text);
     const std::string pattern =
-        random.OneIn(2) && text.Length()
-            ? std::string(text.Text()).substr(random.Below(text.Length()), random.Below(20))
-            : AnyText(random);
+        in.OneIn(2) && text.Length()
+            ? std::string(text.Text()).substr(in.Below(text.Length()), in.Below(20))
+            : in.Text();
     for (unsigned int times = 6; times--;) {
         RBString word("unchanged");
         unsigned int start = 0, end = 0;
-        const unsigned int position = Position(text, random);
+        const unsigned int position = Position(text, in);
         if (text.FindTextA(pattern.c_str(), &start, &end, position,
-                           static_cast<enumStringSearch>(random.Below(4))))
+                           static_cast<enumStringSearch>(in.Below(4))))
             Expect(start >= 1 && end == start + pattern.size() - 1 &&
                        position - 1 + end <= text.Length(),
                    "finds outside of the text");
         if (text.GetWord(word, &start, &end, position,
-                         static_cast<enumGetWordOptions>(random.Below(2))))
+                         static_cast<enumGetWordOptions>(in.Below(2))))
             Expect(start >= 1 && end <= text.Length() && end == start + word.Length() - 1,
                    "a word outside of the text");
         text.GetWord(word, nullptr, nullptr, position, keGetWordPlain);
         Check(word);
-        text.GetNthDelimitedWord(word, 1 + random.Below(random.OneIn(9) ? 100000 : 6),
-                                 static_cast<unsigned char>(":\t,|a\x81"[random.Below(6)]));
+        text.GetNthDelimitedWord(word, 1 + in.Below(in.OneIn(9) ? 100000 : 6),
+                                 static_cast<unsigned char>(":\t,|a\x81"[in.Below(6)]));
         Check(word);
-        char* cursor = const_cast<char*>(text.Text()) + random.Below(text.Length() + 1);
+        char* cursor = const_cast<char*>(text.Text()) + in.Below(text.Length() + 1);
         const char* const stop =
-            text.GetStartAndEndPos(&cursor, static_cast<enumGSEPOptions>(random.Below(2)));
+            text.GetStartAndEndPos(&cursor, static_cast<enumGSEPOptions>(in.Below(2)));
         Expect(cursor <= text.Text() + text.Length() &&
                    (!stop || (stop >= cursor && stop <= text.Text() + text.Length())),
                "a word's ends lie outside of the text");
     }
-    BaseString::DoubleByteAdjLen(text.Text(), random.Below(text.Length() + 1));
+    BaseString::DoubleByteAdjLen(text.Text(), in.Below(text.Length() + 1));
     RBString other(pattern.c_str());
     // Only that they end is asked: the order is the system's.
     (void)(text < other), (void)(text > other), (void)(text == other), text.StrICmp(other);
@@ -69,78 +68,56 @@ void DriveSearch(Input& in) {
 }
 
 void DriveConvert(Input& in) {
-    Random& random = in.random;
     RBString text(in.bytes.c_str());
     const RBString kept(text);
     const std::string was = text.Text();
-    const std::string other = AnyText(random);
-    std::string counted = Pascal(other.substr(0, random.Below(256)));
+    const std::string other = in.Text();
+    std::string counted = Pascal(other.substr(0, in.Below(256)));
     counted.resize(257);
     for (unsigned int times = 5; times--;) {
-        switch (random.Below(14)) {
-        case 0:
-            text.MacToPC(random.OneIn(2) ? nullptr : other.c_str());
-            break;
-        case 1:
-            text.PCToMac(random.OneIn(2) ? nullptr : other.c_str());
-            Expect(!std::strchr(text.Text(), '\n'), "a line feed is left");
-            break;
-        case 2:
-            text.Replace(Position(text, random), Position(text, random), other.c_str());
-            break;
-        case 3:
-            text.Truncate(Position(text, random));
-            break;
-        case 4:
-            text.StripChars(" \tx\x81"[random.Below(4)], random.Below(4));
-            break;
-        case 5:
-            text.concat(other.c_str()).concat(text).concat('x');
-            break;
-        case 6:
-            text.concat(reinterpret_cast<const unsigned char*>(counted.data()));
-            break;
-        case 7:
-            text.puts(reinterpret_cast<const unsigned char*>(counted.data()));
-            break;
-        case 8:
-            text.Sprintf("%s|%d|%5u%%", other.c_str(), -1, 7u);
-            break;
-        case 9: {
-            RBString format("%s=%ld");
-            text.Sprintf(format, text.Text(), 5l);
-            break;
-        }
-        case 10:
-            std::strcpy(text.AdjustSize(other.size() + text.Length()), other.c_str());
-            text.AdjustSize(0);
-            break;
-        case 11:
-            text.puts(other.c_str(), random.Below(50));
-            break;
-        case 12:
-            if (text.Length()) {
-                text.SetCharUpper(1 + random.Below(text.Length()));
-                text.IsCharUpperA(text.Length());
-            }
-            // Nobody has it.
-            if (random.OneIn(20))
-                *text.charAt(text.Length() + 1) = 'x';
-            break;
-        case 13: {
-            RBString own(text.Text());
-            own.Upper();
-            own.Lower();
-            Expect(own.Length() == std::strlen(text.Text()), "another case is another length");
-            break;
-        }
-        }
+        in.DoOne([&] { text.MacToPC(in.OneIn(2) ? nullptr : other.c_str()); },
+                 [&] {
+                     text.PCToMac(in.OneIn(2) ? nullptr : other.c_str());
+                     Expect(!std::strchr(text.Text(), '\n'), "a line feed is left");
+                 },
+                 [&] { text.Replace(Position(text, in), Position(text, in), other.c_str()); },
+                 [&] { text.Truncate(Position(text, in)); },
+                 [&] { text.StripChars(" \tx\x81"[in.Below(4)], in.Below(4)); },
+                 [&] { text.concat(other.c_str()).concat(text).concat('x'); },
+                 [&] { text.concat(reinterpret_cast<const unsigned char*>(counted.data())); },
+                 [&] { text.puts(reinterpret_cast<const unsigned char*>(counted.data())); },
+                 [&] { text.Sprintf("%s|%d|%5u%%", other.c_str(), -1, 7u); },
+                 [&] {
+                     RBString format("%s=%ld");
+                     text.Sprintf(format, text.Text(), 5l);
+                 },
+                 [&] {
+                     std::strcpy(text.AdjustSize(other.size() + text.Length()), other.c_str());
+                     text.AdjustSize(0);
+                 },
+                 [&] { text.puts(other.c_str(), in.Below(50)); },
+                 [&] {
+                     if (text.Length()) {
+                         text.SetCharUpper(1 + in.Below(text.Length()));
+                         text.IsCharUpperA(text.Length());
+                     }
+                     // Nobody has it.
+                     if (in.OneIn(20))
+                         *text.charAt(text.Length() + 1) = 'x';
+                 },
+                 [&] {
+                     RBString own(text.Text());
+                     own.Upper();
+                     own.Lower();
+                     Expect(own.Length() == std::strlen(text.Text()),
+                            "another case is another length");
+                 });
         Check(text);
     }
     // Whoever shares the old text keeps it, but for one letter's case.
     Expect(kept.Length() == was.size() && std::strlen(kept.Text()) == was.size(),
            "a shared text changes");
-    std::vector<char> room(1 + random.Below(300) + 1);
+    std::vector<char> room(1 + in.Below(300) + 1);
     LStrNCpyAndNullTerminate(room.data(), text.Text(), room.size());
     std::string copy(text.Length() + 1, '\0');
     BaseString::StrCpySkipLFs(copy.data(), text.Text());
@@ -163,9 +140,9 @@ void DriveString(Input& in) {
         std::string field = in.bytes.substr(0, 1 + static_cast<unsigned char>(in.bytes[0]));
         field.resize(256);
         Check(RBString(reinterpret_cast<const unsigned char*>(field.data())));
-        ReadText(FieldString(reinterpret_cast<const unsigned char*>(field.data()),
-                             in.random.Below(100) + 1)
-                     .Text());
+        ReadText(
+            FieldString(reinterpret_cast<const unsigned char*>(field.data()), in.Below(100) + 1)
+                .Text());
     }
     RBInt number;
     std::istringstream(in.bytes) >> number;
@@ -174,70 +151,48 @@ void DriveString(Input& in) {
 }
 
 void DriveFileSpec(Input& in) {
-    Random& random = in.random;
     const char* const text = in.bytes.c_str();
-    FileSpec spec(text, random.Below(2));
+    FileSpec spec(text, in.Below(2));
     FileSpec other("C:\\MAIL\\IN\\FILE.EXT");
     for (unsigned int times = 6; times--;) {
-        RBString argument(AnyText(random, {"\\", ":", ".", "..", "C:", ".BAK"}).c_str());
-        switch (random.Below(14)) {
-        case 0:
-            spec.Parse(text, random.Below(2));
-            break;
-        case 1:
-            spec.ForceToPath(argument.Text(), random.Below(2));
-            break;
-        case 2:
-            spec.SetSpecPart(argument, random.Below(2));
-            break;
-        case 3:
-            spec.SetValidSpecPart(argument, random.Below(2));
-            break;
-        case 4:
-            spec.AppendPath(argument.Text());
-            break;
-        case 5:
-            spec.DecendPath();
-            break;
-        case 6:
-            spec.SetPath(argument.Text());
-            break;
-        case 7:
-            spec.SetFileExt(argument.Text());
-            break;
-        case 8:
-            spec.Build(static_cast<char>(random.Next()), text, argument.Text(), argument.Text(),
-                       random.Below(2));
-            break;
-        case 9:
-            other = spec;
-            Expect(other == spec && !(other != spec), "a copied specification is another");
-            break;
-        case 10: {
-            // What was parsed from its own full form stays as it is.
-            const std::string full = spec.FullSpec();
-            FileSpec again;
-            if (full.size() < 200 && again.Parse(full.c_str(), 1) == FileSpec::keSpecOk)
-                Expect(FileSpec(again.FullSpec()) == again, "a full form is parsed otherwise");
-            break;
-        }
-        case 11:
-            other = spec.Beside(argument.Text());
-            (void)spec.IsSameFile(other);
-            break;
-        case 12:
-            RbFile(spec).Exists();
-            (void)(spec < other);
-            break;
-        case 13: {
-            RbFile file(spec);
-            unsigned short time, date;
-            long size;
-            file.FileInfo(&time, &size, &date);
-            file.DirectoryExists();
-            break;
-        }
-        }
+        RBString argument(in.Text().c_str());
+        in.DoOne([&] { spec.Parse(text, in.Below(2)); },
+                 [&] { spec.ForceToPath(argument.Text(), in.Below(2)); },
+                 [&] { spec.SetSpecPart(argument, in.Below(2)); },
+                 [&] { spec.SetValidSpecPart(argument, in.Below(2)); },
+                 [&] { spec.AppendPath(argument.Text()); }, [&] { spec.DecendPath(); },
+                 [&] { spec.SetPath(argument.Text()); }, [&] { spec.SetFileExt(argument.Text()); },
+                 [&] {
+                     spec.Build(static_cast<char>(in.Number()), text, argument.Text(),
+                                argument.Text(), in.Below(2));
+                 },
+                 [&] {
+                     other = spec;
+                     Expect(other == spec && !(other != spec), "a copied specification is another");
+                 },
+                 [&] {
+                     // What was parsed from its own full form stays as it is.
+                     const std::string full = spec.FullSpec();
+                     FileSpec again;
+                     if (full.size() < 200 && again.Parse(full.c_str(), 1) == FileSpec::keSpecOk)
+                         Expect(FileSpec(again.FullSpec()) == again,
+                                "a full form is parsed otherwise");
+                 },
+                 [&] {
+                     other = spec.Beside(argument.Text());
+                     (void)spec.IsSameFile(other);
+                 },
+                 [&] {
+                     RbFile(spec).Exists();
+                     (void)(spec < other);
+                 },
+                 [&] {
+                     RbFile file(spec);
+                     unsigned short time, date;
+                     long size;
+                     file.FileInfo(&time, &size, &date);
+                     file.DirectoryExists();
+                 });
         // Each is good until the next one is asked for.
         ReadText(spec.FullSpec());
         ReadText(spec.FullFileSpec());
@@ -252,14 +207,62 @@ void DriveFileSpec(Input& in) {
     }
 }
 
+// Names of files and folders to be made, renamed and removed.
+void DriveDiskName(Input& in) {
+    char folder[MAX_PATH];
+    GetCurrentDirectoryA(sizeof folder, folder);
+    // One part of a path, so that all happens in the current folder.
+    const auto name = [&](std::string text) {
+        std::erase_if(text, [](char c) { return std::strchr("\\/:", c); });
+        return folder + ("\\" + (text.empty() || text[0] == '.' || text[0] == ' ' ? "SUB" : text));
+    };
+    const std::string path = name(in.bytes), other = name(in.Text());
+    FileSpec spec(path.c_str(), in.Below(2));
+    in.DoOne(
+        [&] {
+            if (DiskDriver::MakeDir(path.c_str()) && path.find_first_of("*?") == path.npos)
+                Expect(DiskDriver::FileExists(path.c_str(), 0),
+                       "a folder that was made is not there");
+        },
+        [&] { DiskDriver::RemoveFile(path.c_str()); },
+        [&] { DiskDriver::Rename(path.c_str(), other.c_str()); },
+        [&] {
+            DiskDriver driver;
+            driver.RemoveDir(spec);
+        },
+        [&] {
+            DiskDriver driver;
+            driver.DoDelDirectory(path.c_str() + std::strlen(folder) + 1);
+        },
+        [&] {
+            JxMailMessageSemaphore semaphore;
+            if (semaphore.CreateSemaphoreA(path.c_str()))
+                Expect(semaphore.RemoveSemaphore(nullptr), "a semaphore is not removed");
+        },
+        [&] {
+            RbFile file(spec);
+            if (file.Open(keOpenRewrite)) {
+                file.write(in.bytes.data(), static_cast<int>(in.bytes.size()));
+                file.close();
+            }
+            file.RenameToBak(in.OneIn(2) ? &spec : nullptr);
+        },
+        [&] {
+            FileSpec where(folder, 1);
+            TemporaryFile file(where, 1);
+            Expect(file.IsValid(), "makes no temporary file");
+            TemporaryFile named(in.Text().c_str(), 1,
+                                static_cast<enumTempFileOptions>(in.Below(2)));
+        });
+}
+
 void DriveFileName(Input& in) {
-    Random& random = in.random;
     RBString source(in.bytes.c_str());
     RBString result("old");
-    RBString ext(random.Of(std::vector<const char*>{"", ".EML", "EML", ".", "..", "\x81"}));
+    RBString ext(in.Of(std::vector<const char*>{"", ".EML", "EML", ".", "..", "\x81"}));
     FileSpec spec;
-    const int made = FileSpec::HashFileName(result, source, random.OneIn(3) ? nullptr : &ext,
-                                            random.OneIn(3) ? "" : spec.InvalidSet());
+    const int made = FileSpec::HashFileName(result, source, in.OneIn(3) ? nullptr : &ext,
+                                            in.OneIn(3) ? "" : spec.InvalidSet());
     Expect(made ? result.Length() > 0 : result == "NO_NAME", "makes no name");
     Check(result);
     RBString name(result);
@@ -268,7 +271,7 @@ void DriveFileName(Input& in) {
     FileSpec::isValidFileNoExt(source, spec.InvalidSet());
     FileSpec::isValidPathName(source, spec.InvalidSet(), 0);
     FileSpec::CleanUp(source);
-    std::vector<char> path(1 + random.Below(300));
+    std::vector<char> path(1 + in.Below(300));
     if (JxCurrentUserDataFile::GetFileSpec(in.bytes.c_str(), path.data(), path.size()))
         ReadText(path.data());
     RbFile file(result);
@@ -281,13 +284,12 @@ void DriveFileName(Input& in) {
 }
 
 void DriveAddress(Input& in) {
-    Random& random = in.random;
     const RBString text(in.bytes.c_str());
     RBString host("old");
     unsigned short port;
     int flag = 2;
     const int found =
-        JxBackgndData::ParseIP(text, 110, &host, &port, random.OneIn(2) ? nullptr : &flag);
+        JxBackgndData::ParseIP(text, 110, &host, &port, in.OneIn(2) ? nullptr : &flag);
     Expect(found == (text.Length() != 0), "finds a host in nothing, or none in something");
     RBString own(text);
     JxBackgndData::ParseIP(own, 25, &own, &port, nullptr);
@@ -296,12 +298,12 @@ void DriveAddress(Input& in) {
         base.SetInternetAddress(text.Text());
     ReadText(base.Address().Text());
     RBString name(text), out;
-    MailUser::OrderedUserName(out, name, static_cast<unsigned short>(random.Next()));
+    MailUser::OrderedUserName(out, name, static_cast<unsigned short>(in.Number()));
     Expect(out.Length() <= MailUser::keMaxDisplayName || out == name,
            "a name longer than the result has room for");
     MailUser::OrderedUserName(name, name, 1);
-    MailUser first(text.Text(), AnyText(random).c_str(), static_cast<MailUserType>(random.Next()));
-    MailUser second(AnyText(random).c_str(), text.Text(), keUserOrdinary);
+    MailUser first(text.Text(), in.Text().c_str(), static_cast<MailUserType>(in.Number()));
+    MailUser second(in.Text().c_str(), text.Text(), keUserOrdinary);
     (void)(first < second), (void)(first > second), (void)(second < first);
     RBString given, family;
     first.SplitUserName(given, family);
@@ -326,7 +328,7 @@ void DriveTranslation(Input& in) {
     MailUser user(in.bytes.c_str(), "", keUserOrdinary);
     user.TranslateIn();
     user.TranslateOut();
-    if (in.random.OneIn(200)) {
+    if (in.OneIn(200)) {
         TranslateTable::KillInstance();
         TranslateTable::GetInstance()->LoadTranslationTable();
     }
@@ -405,7 +407,7 @@ void DriveDayTime(Input& in) {
 void DriveRegion(Input& in) {
     WriteFileBytes(WindowsDirectory() + "\\WIN.INI", in.bytes);
     DayTime::RetrieveDefaults();
-    DayTime time(in.random.Next(), keDayTimePC);
+    DayTime time(in.Number(), keDayTimePC);
     ReadDayTime(time);
     DayTime now;
     ReadDayTime(now);
@@ -416,16 +418,11 @@ void DriveRegion(Input& in) {
     DayTime::GetTimeFormatA();
 }
 
-Format Text(const char* name, void (*run)(Input&), const std::vector<std::string>& samples,
-            const std::vector<std::string>& words = {}) {
+Format Text(const char* name, void (*run)(Input&), const std::vector<std::string>& words = {}) {
     Format format;
     format.name = name;
-    format.shortRun = 2500;
     format.run = run;
-    for (const std::string& sample : samples)
-        format.shape.samples.push_back(SampleMaker().Put(sample));
-    format.shape.words = words;
-    format.shape.separator = ' ';
+    format.words = words;
     return format;
 }
 
@@ -433,59 +430,32 @@ Format Text(const char* name, void (*run)(Input&), const std::vector<std::string
 
 void AddTextFormats(std::vector<Format>& formats) {
     formats.push_back(
-        Text("search", DriveSearch,
-             {"Then the end, e.g. of the text: host:995:n", "a::b\tc|d,e", "\x81\x40x"},
-             {"the", "The", " ", ".", "e.g.", "\x81\x40", "\xE0"}));
-    Format convert = Text("convert", DriveConvert, {"a\rb\r\nc\n", "  ab  ", "\x83\x5C\x81"},
-                          {"\r", "\n", "\r\n", "  ", "\x81\x40"});
+        Text("search", DriveSearch, {"the", "The", " ", ".", "e.g.", "\x81\x40", "\xE0"}));
+    Format convert = Text("convert", DriveConvert, {"\r", "\n", "\r\n", "  ", "\x81\x40"});
     convert.texts = {{"A text operation failed", "a position outside of the text is shown"}};
     formats.push_back(convert);
-    Format string = Text("string", DriveString, {}, {Bytes("\0\0\0\x02"), Bytes("\0\0")});
-    string.shape.samples = {SampleMaker()
-                                .PutStreamed("Hi")
-                                .PutStreamed("")
-                                .PutStreamed(std::string(300, 'x'))
-                                .PutStreamed("z"),
-                            SampleMaker().PutField("\x05").Put("Smith"),
-                            SampleMaker().Put("12345")};
-    formats.push_back(string);
+    formats.push_back(Text("string", DriveString, {Bytes("\0\0\0\x02"), Bytes("\0\0")}));
     formats.push_back(
         Text("file-spec", DriveFileSpec,
-             {"C:\\MAIL\\IN\\INBOX.DAT", "\\\\HOST\\SHARE\\F.", "..\\A\\", "a/b:c", ".BAK"},
-             {"\\", "\\\\", ":", "C:", ".", "..", "/", "*", "?", "NUL", "CON", "AUX.TXT"}));
-    formats.push_back(Text("file-name", DriveFileName,
-                           {"Minutes of Monday.txt", "Re: a/b\\c*?<>", "\xE9t\xE9.doc.", ""},
-                           {".", "..", "\x81", " ", "\x1F"}));
+             {"\\", "\\\\", ":", "C:", ".", "..", "/", "*", "?", "NUL", "CON", "AUX.TXT", ".BAK"}));
+    Format disk = Text("disk-name", DriveDiskName, {"SUB", "M1.EML", "*", "?", ".", " ", "NUL"});
+    disk.files = {{"M1.EML", "text"}, {"SUB", "folder"}, {"SUB\\IN.EML", "text"}};
+    disk.mayAppear = disk.mayGo = {"*"};
+    disk.texts = {{"DiskDriver::Rename() failed.", "a name that is not there, or no name"},
+                  {"eResult == keDELETE_OK", "the same"}};
+    formats.push_back(disk);
     formats.push_back(
-        Text("address", DriveAddress,
-             {"Anna Smith <box7@post>", "mail7:1110:n", "Smith|Anna", "a>b <c>", "::n:"},
-             {"<", ">", ":", "|", "n", "99999999999", "65536", ","}));
+        Text("file-name", DriveFileName, {".", "..", "\x81", " ", "\x1F", ".EML", "EML"}));
     formats.push_back(
-        Text("translation", DriveTranslation, {"Gr\x9F\xA7 \x7F\xDB", "plain"}, {"\x7F"}));
-    Format table = Text("translation-table", DriveTranslationTable, {}, {});
-    table.shape.samples = {SampleMaker().PutRecords(RandomBytes(1, 258), 129, {{0, 1}}),
-                           SampleMaker().PutRecords(RandomBytes(2, 300), 100, {{0, 1}})};
-    table.shortRun = 400;
+        Text("address", DriveAddress, {"<", ">", ":", "|", "n", "99999999999", "65536", ","}));
+    formats.push_back(Text("translation", DriveTranslation, {"\x7F"}));
+    Format table = Text("translation-table", DriveTranslationTable);
+    table.unit = kTableSize;
     formats.push_back(table);
-    Format dayTime = Text("day-time", DriveDayTime, {}, {});
-    dayTime.shape.samples = {SampleMaker()
-                                 .PutField("\x90\xA7\xCA\xB1")
-                                 .PutField(Bytes("\0\0\0\x80"))
-                                 .PutField(Bytes("\0\0\0\0")),
-                             SampleMaker()
-                                 .PutField("\x80\x4F\x25\x7C")
-                                 .PutField("\xFF\xFF\xFF\x7F")
-                                 .PutField("\xFF\xFF\xFF\xFF")};
-    dayTime.shape.unit = 4;
-    dayTime.shortRun = 300;
+    Format dayTime = Text("day-time", DriveDayTime);
+    dayTime.unit = 4;
     formats.push_back(dayTime);
-    Format region =
+    formats.push_back(
         Text("win.ini", DriveRegion,
-             {"[intl]\r\niTime=0\r\niTLZero=1\r\nsShortDate=dd.MM.yy\r\nsDate=.\r\n"
-              "sTime=:\r\ns1159=AM\r\ns2359=PM\r\n",
-              "[intl]\nsShortDate=MMMMMMMMMddddddddyyyy\nsTime=%s%n\ns1159=%s%s%s\niTime=x\n"},
-             {"%s", "%n", "MM", "dd", "yy", "=", "[intl]", "iTime", "sDate", "sTime"});
-    region.shape.separator = '\n';
-    region.shortRun = 400;
-    formats.push_back(region);
+             {"%s", "%n", "MM", "dd", "yy", "=", "[intl]", "iTime", "sDate", "sTime"}));
 }

@@ -30,13 +30,10 @@ const std::vector<std::string> kWords = {"C:\\MAIL\\",
                                          std::string(40, 'a'),
                                          "\x81\x40"};
 
-const std::vector<AllowedText> kEmptyAddress = {
-    {"strNameAndAddr.Length()", "an empty address is reported, and taken"}};
-
 // Whatever a user is asked for.
-void UseUser(MailUser& user, Random& random) {
+void UseUser(MailUser& user, Input& in) {
     RBString first, second;
-    user.OrderedUserName(first, static_cast<unsigned short>(random.Below(2)));
+    user.OrderedUserName(first, static_cast<unsigned short>(in.Below(2)));
     ReadText(first.Text());
     user.SplitUserName(first, second);
     ReadText(first.Text());
@@ -44,9 +41,9 @@ void UseUser(MailUser& user, Random& random) {
     user.GetUserNameFirstChar();
     MailUser other(user);
     Expect(other.IsEqual(user), "a copied user is another");
-    other.SetInternetAddress(AnyText(random, kWords).c_str());
-    other.SetName(AnyText(random, kWords).substr(0, 60).c_str());
-    other.SetType(random.Of(std::vector<MailUserType>{0, 0x2000, 0x4000, 0x6000, 0x8000}));
+    other.SetInternetAddress(in.Text().c_str());
+    other.SetName(in.Text().substr(0, 60).c_str());
+    other.SetType(in.Of(std::vector<MailUserType>{0, 0x2000, 0x4000, 0x6000, 0x8000}));
     // Users of one type are greater when their names are equal, too; of two types one comes first.
     const int greater = (user > other) + (other > user);
     const bool alike = user.Type() == other.Type();
@@ -56,7 +53,7 @@ void UseUser(MailUser& user, Random& random) {
     other.TranslateIn();
     other.TranslateOut();
     other.SetPlatformFromEncoding();
-    MailUser::BoundryCheck(first, other.Address().Text(), random.Below(200));
+    MailUser::BoundryCheck(first, other.Address().Text(), in.Below(200));
     other = user;
     Expect(other.IsEqual(user), "an assigned user is another");
 }
@@ -94,7 +91,7 @@ void DriveUser(Input& in) {
     std::istringstream stream(in.bytes);
     MailUser user;
     for (unsigned int count = 0; count < 20 && stream >> user; ++count) {
-        UseUser(user, in.random);
+        UseUser(user, in);
         std::ostringstream out;
         if (out << user) {
             MailUser again;
@@ -109,8 +106,8 @@ void DriveUser(Input& in) {
     std::memcpy(pair, in.bytes.data(), std::min(in.bytes.size(), sizeof pair));
     MailUser alone(&pair[0], nullptr);
     MailUser continued(&pair[0], &pair[1]);
-    UseUser(alone, in.random);
-    UseUser(continued, in.random);
+    UseUser(alone, in);
+    UseUser(continued, in);
     BaseMailUser base(continued);
     std::ostringstream out;
     out << base;
@@ -120,7 +117,7 @@ void DriveSystemUser(Input& in) {
     std::istringstream stream(in.bytes);
     SysMailUser user;
     for (unsigned int count = 0; count < 20 && stream >> user; ++count) {
-        UseUser(user, in.random);
+        UseUser(user, in);
         std::ostringstream out;
         out << user;
         SysUserLRec record = {};
@@ -135,7 +132,7 @@ void DriveLoggedUser(Input& in) {
     JxLoggedMailUser user;
     for (unsigned int count = 0; count < 20 && stream >> user; ++count) {
         ReadText(user.LoggedText().Text());
-        UseUser(user, in.random);
+        UseUser(user, in);
         JxLoggedMailUser other(user);
         other = user;
         Expect(other == user, "a copied logged user is another");
@@ -146,7 +143,7 @@ void DriveLoggedUser(Input& in) {
     }
 }
 
-void UseBackgndData(JxBackgndData& data, Random& random) {
+void UseBackgndData(JxBackgndData& data, Input& in) {
     for (const RBString& string : data.mstrSettings)
         ReadText(string.Text());
     if (data.GetFullPopAccount().Length())
@@ -155,16 +152,16 @@ void UseBackgndData(JxBackgndData& data, Random& random) {
         ReadText(data.GetSmtpHost().Text());
     RsWinPlatformData platform(nullptr, &data);
     platform.SetDialupName(data.mstr16);
-    data.SetFullPopAccount(AnyText(random, kWords).c_str());
-    data.SetFullSmtpHost(AnyText(random, kWords).c_str());
-    data.mstrSettings[random.Below(JxBackgndData::keSettings)] = AnyText(random, kWords).c_str();
+    data.SetFullPopAccount(in.Text().c_str());
+    data.SetFullSmtpHost(in.Text().c_str());
+    data.mstrSettings[in.Below(JxBackgndData::keSettings)] = in.Text().c_str();
 }
 
 void DriveBackgndData(Input& in) {
-    std::istringstream stream(in.bytes);
+    std::istringstream stream(in.OneIn(8) ? in.bytes : ScrambledUserData(in.bytes));
     JxBackgndData data;
     stream >> data;
-    UseBackgndData(data, in.random);
+    UseBackgndData(data, in);
     std::ostringstream out;
     out << data;
     Expect(out.str().size() <= JxBackgndData::keMaxRecord, "writes more than a record's size");
@@ -183,7 +180,7 @@ void PutWindowsFile(const char* name, const std::string& bytes) {
 }
 
 void DriveUserFile(Input& in) {
-    PutWindowsFile("JXUSER.DAT", in.bytes);
+    PutWindowsFile("JXUSER.DAT", in.OneIn(8) ? in.bytes : ScrambledUserData(in.bytes));
     char* inbox;
     char* userData;
     if (GetCurUserPath(&inbox, &userData)) {
@@ -199,7 +196,7 @@ void DriveUserFile(Input& in) {
     JxCurrentUserDataFile file;
     if (file.OpenUserDataFile(keOpenUpdate)) {
         *file.GetStream() >> data;
-        UseBackgndData(data, in.random);
+        UseBackgndData(data, in);
         file.GetStream()->clear();
         file.GetStream()->seekp(0);
         *file.GetStream() << data;
@@ -218,7 +215,7 @@ void DriveVerification(Input& in) {
         ReadText(address.Text());
         ReadText(dialup.Text());
     }
-    const std::string texts[] = {AnyText(in.random, kWords), AnyText(in.random, kWords)};
+    const std::string texts[] = {in.Text(), in.Text()};
     JxPopUserVerify writer(texts[0].c_str(), name.Text(), texts[1].c_str(), dialup.Text());
     const std::string was = name.Text();
     Expect(writer.WriteDataToUserFile() &&
@@ -233,7 +230,7 @@ void DriveLoggedFile(Input& in) {
     JxLoggedMailUser user;
     JxCurrentUserDataFile file;
     if (file.OpenLoggedUserFile(keOpenRead) && user.ReadInfo(*file.GetStream()))
-        UseUser(user, in.random);
+        UseUser(user, in);
     file.Close();
     const bool fits = user.Address().Length() <= ULR_MAX_ADDRESS_LEN;
     Expect(file.OpenLoggedUserFile(keOpenRewrite) && user.WriteInfo(*file.GetStream()) == fits,
@@ -262,7 +259,7 @@ void DriveUserList(Input& in) {
                "imports with a result that there is not");
         Expect(user.Name().Length() <= 33 + 10000 && user.Address().Length() < 112,
                "imports an address that is too long");
-        UseUser(user, in.random);
+        UseUser(user, in);
         exported += user.Export(copy) == keUserListDone;
     }
     if (list.isOpen())
@@ -277,134 +274,38 @@ void DriveUserList(Input& in) {
     copy.close();
 }
 
-std::string UserRecord(const std::string& name, const std::string& address, int platform) {
-    std::string bytes = With(std::string(114, '\0'), 0, Pascal(name));
-    bytes = With(bytes, 32, {'\xFF', 1, 1, char(platform), 0});
-    bytes = With(With(bytes, 46, Pascal(address.substr(0, 31))), 79, "\x80");
-    if (address.size() < 32)
-        return bytes;
-    return bytes + With(With(std::string(114, '\0'), 0, "\x01\x2B"), 2, Pascal(address.substr(31)));
-}
-
-std::string SystemRecord(const std::string& name, const std::string& address) {
-    const std::string bytes = With(std::string(82, '\0'), 0, Pascal(name));
-    return With(bytes, 46, Pascal(address));
-}
-
-const std::string kLongAddress = "a.name.that.does.not.fit.in.one@post.example.org";
-const std::vector<Field> kUserFields = {{0, 1},  {1, 1},  {32, 1}, {33, 1}, {34, 1},
-                                        {35, 1}, {36, 1}, {46, 1}, {78, 2}, {80, 2}};
-
-Sample BackgndData(const std::vector<std::string>& settings, const std::string& account) {
-    SampleMaker maker;
-    maker.PutField(Bytes("\x00\x0C\0\0")).PutField("ab").PutField("cd").PutField("efgh");
-    for (unsigned int i = 0; i < kUserStrings; ++i)
-        maker.PutStreamed(i == kSmtpHost || i == kPopAccount ? account
-                          : i < settings.size()              ? settings[i]
-                                                             : "");
-    return maker;
-}
-
-Format UserData(const char* name) {
+Format Users(const char* name, std::function<void(Input&)> run, unsigned int unit,
+             const std::vector<AllowedText>& texts) {
     Format format;
     format.name = name;
-    format.shortRun = 600;
-    format.shape.samples = {
-        BackgndData({"a", "", "C:\\MAIL\\IN", "DFile"}, "mail:110"),
-        BackgndData({"b", "c", "\\MAIL", "..\\X\\DFile.", "d"}, "box@mail:n:1")};
-    format.shape.words = kWords;
-    format.shape.scramble = ScrambledUserData;
-    format.texts = {{"strAddress.Length () > 0", "an empty account is reported, and taken"},
-                    {"mstrPopAccount.Length () > 0", "an account that begins with its colon"},
-                    {"mstrSmtpHost.Length () > 0", "a host that begins with its colon"}};
-    return format;
-}
-
-Format Streamed(const char* name, unsigned int shortRun, std::function<void(Input&)> run,
-                std::vector<Sample> samples, unsigned int unit) {
-    Format format;
-    format.name = name;
-    format.shortRun = shortRun;
     format.run = std::move(run);
-    format.shape.samples = std::move(samples);
-    format.shape.unit = unit;
-    format.shape.words = kWords;
-    format.texts = kEmptyAddress;
+    format.unit = unit;
+    format.words = kWords;
+    format.texts = texts;
     return format;
 }
 
 } // namespace
 
 void AddUserFormats(std::vector<Format>& formats) {
-    Format userFile = UserData("jxuser.dat");
-    userFile.run = DriveUserFile;
-    formats.push_back(userFile);
-    Format verification = Streamed("verification", 600, DriveVerification,
-                                   {SampleMaker()
-                                        .PutStreamed("Smith|Anna")
-                                        .PutStreamed("secret")
-                                        .PutStreamed("10.0.0.1")
-                                        .PutStreamed("Office")},
-                                   0);
-    formats.push_back(verification);
-    Format background = UserData("background-data");
-    background.run = DriveBackgndData;
-    background.shortRun = 2000;
-    formats.push_back(background);
+    const std::vector<AllowedText> data = {
+        {"strAddress.Length () > 0", "an empty account is reported, and taken"},
+        {"mstrPopAccount.Length () > 0", "an account that begins with its colon"},
+        {"mstrSmtpHost.Length () > 0", "a host that begins with its colon"}};
+    const std::vector<AllowedText> users = {
+        {"strNameAndAddr.Length()", "an empty address is reported, and taken"}};
+    formats.push_back(Users("jxuser.dat", DriveUserFile, 0, data));
+    formats.push_back(Users("verification", DriveVerification, 0, users));
+    formats.push_back(Users("background-data", DriveBackgndData, 0, data));
+    formats.push_back(Users("jxlgdusr.dat", DriveLoggedFile, 0, users));
+    formats.push_back(Users("user-record", DriveUser, 114, users));
+    formats.push_back(Users("system-user", DriveSystemUser, 82, users));
+    formats.push_back(Users("logged-user", DriveLoggedUser, 0, users));
+    formats.push_back(Users("download-item", DriveRecord<JxDownloadItem>, 0, users));
 
-    const std::string system = SystemRecord("Smith|Anna", "anna@post");
-    Format logged =
-        Streamed("jxlgdusr.dat", 600, DriveLoggedFile,
-                 {SampleMaker()
-                      .PutRecords(system, 82, {{0, 1}, {1, 1}, {46, 1}})
-                      .PutStreamed("C:\\MAIL\\")
-                      .PutRecords(UserRecord("Smith|Anna", kLongAddress, 6), 228, kUserFields),
-                  SampleMaker()
-                      .PutRecords(SystemRecord("Anna", ""), 82, {{0, 1}, {46, 1}})
-                      .PutStreamed("")
-                      .PutRecords(UserRecord("Anna", "", 5), 114, kUserFields)},
-                 0);
-    formats.push_back(logged);
-
-    const std::string users = UserRecord("Smith|Anna", "anna@post", 2) +
-                              UserRecord("Okafor|Chidi", kLongAddress, 5) +
-                              UserRecord("Choir list", "", 1);
-    formats.push_back(Streamed("user-record", 2000, DriveUser,
-                               {SampleMaker().PutRecords(users, 114, kUserFields),
-                                SampleMaker().PutRecords(UserRecord("A", kLongAddress, 4), 114,
-                                                         {{0, 2}, {2, 1}, {46, 1}})},
-                               114));
-    const std::string continuation =
-        With(With(std::string(82, '\0'), 0, "\x01\x2B"), 2, Pascal("post.example.org"));
-    formats.push_back(
-        Streamed("system-user", 1500, DriveSystemUser,
-                 {SampleMaker().PutRecords(SystemRecord("Smith|Anna", std::string(31, 'a')) +
-                                               continuation + system,
-                                           82, {{0, 1}, {1, 1}, {2, 1}, {46, 1}})},
-                 82));
-    formats.push_back(
-        Streamed("logged-user", 1500, DriveLoggedUser,
-                 {SampleMaker()
-                      .PutRecords(system, 82, {{0, 1}, {46, 1}})
-                      .PutStreamed("C:\\MAIL\\")
-                      .PutRecords(system + continuation, 82, {{0, 1}, {2, 1}, {46, 1}})},
-                 0));
-    formats.push_back(Streamed("download-item", 1500, DriveRecord<JxDownloadItem>,
-                               {SampleMaker()
-                                    .PutField("\x01\x02")
-                                    .PutStreamed("id-1")
-                                    .PutField("\x03\x04")
-                                    .PutStreamed("")},
-                               0));
-
-    Format list = Streamed("user-list", 900, DriveUserList, {}, 0);
-    for (const char* text :
-         {"Smith\tAnna\tanna@post\tPostrider\tStyled\tBinHex\r\n"
-          "\tChoir list\tchoir@post\tDefault\tMIME\tBase64\r\nX\tY\r\n",
-          "A\tB\tC\tWindows\tRich\tUUEncode\textra\t\r\n \r\n\t\t\t\t\t\r\nD\t\tE\r\n", "one line"})
-        list.shape.samples.push_back(SampleMaker().Put(text));
+    Format list = Users("user-list", DriveUserList, 0, users);
     for (const char* word : {"\t", "\r", "\n", "\r\n", "Default", "Custom", "  ", "|"})
-        list.shape.words.push_back(word);
+        list.words.push_back(word);
     list.own = "USERS.TXT";
     list.mayAppear = {"COPY.TXT"};
     formats.push_back(list);

@@ -82,6 +82,7 @@ namespace small {
 
 constexpr unsigned int kSlots = 65536;
 constexpr unsigned int kSlotSize = 2 * kPage;
+constexpr unsigned int kPart = 1 << 20;
 constexpr unsigned int kResting = kSlots / 2; // freed slots that are not used again yet
 
 struct Slot {
@@ -96,12 +97,24 @@ unsigned short resting[kSlots];
 unsigned int firstResting, countResting;
 
 bool Start() {
-    // Accessible first: pages that once were and pages that never were do not become one mapping
-    // again, and the number of mappings is limited.
-    arena = static_cast<Byte*>(
-        VirtualAlloc(nullptr, kSlots * kSlotSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    arena =
+        static_cast<Byte*>(VirtualAlloc(nullptr, kSlots * kSlotSize, MEM_RESERVE, PAGE_NOACCESS));
+    if (!arena || !VirtualFree(arena, 0, MEM_RELEASE))
+        return false;
+    // In parts: each change of protection looks through the pages behind it, to the end of what was
+    // reserved at once.
+    for (unsigned int at = 0; at < kSlots * kSlotSize; at += kPart)
+        if (!VirtualAlloc(arena + at, kPart, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))
+            return false;
+    // Accessible and written to first: pages that once were and pages that never were do not become
+    // one mapping again, and the number of mappings is limited.
+    for (unsigned int at = 0; at < kSlots * kSlotSize; at += kPart)
+        arena[at] = 0;
     DWORD before;
-    return arena && VirtualProtect(arena, kSlots * kSlotSize, PAGE_NOACCESS, &before);
+    for (unsigned int at = 0; at < kSlots * kSlotSize; at += kPart)
+        if (!VirtualProtect(arena + at, kPart, PAGE_NOACCESS, &before))
+            return false;
+    return true;
 }
 
 bool Owns(const void* address) {

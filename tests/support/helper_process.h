@@ -2,6 +2,9 @@
 
 #include <string>
 
+// The exit code of a program that ended_at_step.cpp ends.
+constexpr unsigned long kEndedAtStep = 98;
+
 // A process started by a test: one of the commands of tests/helper, or any program beside it.
 class HelperProcess {
 public:

@@ -85,6 +85,13 @@ bool FileThere(const std::string& path) {
     return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+void RemoveAll(const std::string& path) {
+    const std::wstring wide = Wide(path);
+    SetFileAttributesW(wide.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (!DeleteFileW(wide.c_str()))
+        RemoveTree(wide);
+}
+
 bool MakeReadOnly(const std::string& path) {
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
     const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,

@@ -23,6 +23,8 @@ private:
 void WriteFileBytes(const std::string& path, const std::string& bytes);
 std::string ReadFileBytes(const std::string& path);
 bool FileThere(const std::string& path);
+// A file, or a folder with what is in it, read-only or not.
+void RemoveAll(const std::string& path);
 // Makes a file read-only. Returns whether that keeps writers out: a superuser's it does not.
 bool MakeReadOnly(const std::string& path);
 
