@@ -114,6 +114,8 @@ TEST_F(MailPrefs, FileThatCannotBeWrittenIsReportedAndKept) {
     KeptFile root("C:\\RB.DAT");
     WriteFileBytes(root.Path(), file);
     EXPECT_EQ(mPrefs.VerifyFileExists(nobody), 0);
+    JxMailUserRepresentation gone("Anna", mFolder.Path("GONE").c_str());
+    EXPECT_EQ(mPrefs.VerifyFileExists(gone), 0);
     {
         const HeldFile held(mPath);
         fails();
