@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -124,22 +125,34 @@ int BaseString::GetWord(RBString& word, unsigned int* start, unsigned int* end,
 
 namespace {
 
-// What each single byte is compared as.
+// What each single byte is in another case: asked once, since the system takes longer to answer for
+// a pattern than many texts take to be searched.
 struct Folding {
-    unsigned char of[256];
+    using Convert = DWORD WINAPI(LPSTR, DWORD);
 
-    explicit Folding(bool noCase) {
+    explicit Folding(Convert* convert) {
         for (unsigned int c = 0; c < 256; ++c) {
-            of[c] = static_cast<unsigned char>(c);
-            if (noCase)
-                CharUpperBuffA(reinterpret_cast<char*>(&of[c]), 1);
+            mOf[c] = static_cast<char>(c);
+            if (convert)
+                convert(&mOf[c], 1);
         }
     }
-    static const Folding& For(bool noCase) {
-        static const Folding exact(false), upper(true);
-        return noCase ? upper : exact;
+    static const Folding& Exact() {
+        static const Folding exact(nullptr);
+        return exact;
     }
-    unsigned char operator()(char c) const { return of[static_cast<unsigned char>(c)]; }
+    static const Folding& Upper() {
+        static const Folding upper(CharUpperBuffA);
+        return upper;
+    }
+    static const Folding& Lower() {
+        static const Folding lower(CharLowerBuffA);
+        return lower;
+    }
+    char operator()(char c) const { return mOf[static_cast<unsigned char>(c)]; }
+
+private:
+    char mOf[256];
 };
 
 // A character of one byte or two; the second is zero where there is one.
@@ -168,16 +181,23 @@ public:
         : mfNoCase(mode == keSearchNoCase || mode == keSearchNoCaseWord),
           mfWord(mode == keSearchExactWord || mode == keSearchNoCaseWord),
           mfDoubleByte(DoubleByteSystem()), mpszText(text.Text()),
-          mpszLast(text.Text() + text.Length() - 1), mFold(Folding::For(mfNoCase)),
-          mPattern(pattern), mBefore(mpszText), mBehind(mpszText) {
+          mpszLast(text.Text() + text.Length() - 1),
+          mFold(mfNoCase ? Folding::Upper() : Folding::Exact()), mPattern(pattern),
+          mBefore(mpszText), mBehind(mpszText) {
         mUpperFirst = mLowerFirst = FirstCharacter();
-        if (mfNoCase) {
+        if (!mfNoCase)
+            return;
+        mUpperPattern = pattern;
+        if (mfDoubleByte) {
             CharLowerBuffA(mLowerFirst.data(), mLowerFirst[1] ? 2 : 1);
-            mUpperPattern = pattern;
             CharUpperBuffA(mUpperPattern.data(), mUpperPattern.size());
-            mPattern = mUpperPattern;
-            mUpperFirst = FirstCharacter();
+        } else {
+            mLowerFirst[0] = Folding::Lower()(pattern[0]);
+            std::transform(pattern.begin(), pattern.end(), mUpperPattern.begin(),
+                           std::cref(mFold));
         }
+        mPattern = mUpperPattern;
+        mUpperFirst = FirstCharacter();
     }
 
     // The first match from `first` on that starts at `last` or before; null when there is none.
@@ -219,8 +239,7 @@ private:
             const unsigned int size = CharacterSize(pattern, kDoubleByte);
             if (size != CharacterSize(place, kDoubleByte))
                 return false;
-            if (size == 2 ? !EqualsPair(place, pattern)
-                          : mFold(*place) != static_cast<unsigned char>(*pattern))
+            if (size == 2 ? !EqualsPair(place, pattern) : mFold(*place) != *pattern)
                 return false;
             place += size;
             pattern += size;
