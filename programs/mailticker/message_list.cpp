@@ -61,7 +61,8 @@ void MessageList::ShowSorting(Column column, bool descending) {
 void MessageList::Update() {
     const std::string key = mSelectedKey;
     const auto& rows = mInbox.Rows();
-    ListView_SetItemCountEx(mWindow, static_cast<int>(rows.size()), LVSICF_NOSCROLL);
+    if (const int count = static_cast<int>(rows.size()); count != ListView_GetItemCount(mWindow))
+        ListView_SetItemCountEx(mWindow, count, LVSICF_NOSCROLL);
     const int before = SelectedRow();
     const bool same = before >= 0 && static_cast<std::size_t>(before) < rows.size() &&
                       mInbox.All().Key(rows[before]) == key;

@@ -11,39 +11,51 @@ const wchar_t* KindName(unsigned int kind) {
 }
 
 void Messages::Expect(std::size_t count) {
-    constexpr std::size_t kUsualLength = 48;
+    // Nearly all are shorter; what is not touched costs nothing.
+    constexpr std::size_t kUsualLength = 64;
     mEntries.reserve(count);
-    mText.reserve(kUsualLength * count);
+    MakeRoom(kUsualLength * count);
+}
+
+void Messages::MakeRoom(std::size_t capacity) {
+    auto text = std::make_unique_for_overwrite<char[]>(capacity);
+    std::copy_n(mText.get(), Size(), text.get());
+    mText = std::move(text);
+    mCapacity = capacity;
 }
 
 void Messages::Add(const char* from, const char* topic, const char* file, unsigned int kind,
                    bool processed) {
+    constexpr std::size_t kLongest = 255;
+    constexpr std::size_t kLongestMessage = 3 * (kLongest + 1);
+    const std::size_t size = Size();
+    if (!mText || mCapacity - size < kLongestMessage)
+        MakeRoom(2 * size + kLongestMessage);
     Entry entry = {};
-    entry.start = static_cast<std::uint32_t>(mText.size());
+    entry.start = static_cast<std::uint32_t>(size);
     entry.kind = std::min(kind, kDamagedKind);
     entry.processed = processed;
-    // Gathered before they are appended: short texts cost less than calls.
-    constexpr int kLongest = 255;
-    char texts[3 * (kLongest + 1)];
-    char* end = texts;
+    char* end = mText.get() + size;
     int which = 0;
+    // Short texts: a call for each would cost more than they do.
     for (const char* text : {from, topic, file}) {
-        const char* const start = end;
-        while (*text && end - start < kLongest)
-            *end++ = *text++;
-        entry.lengths[which++] = static_cast<std::uint8_t>(end - start);
-        *end++ = '\0';
+        std::size_t length = 0;
+        for (; text[length] && length < kLongest; ++length)
+            end[length] = text[length];
+        end[length] = '\0';
+        entry.lengths[which++] = static_cast<std::uint8_t>(length);
+        end += length + 1;
     }
-    mText.append(texts, end);
     mEntries.push_back(entry);
+    mFolded.reset();
 }
 
-std::string_view Messages::Part(const std::string& block, const Entry& entry, Column column) {
+std::string_view Messages::Part(const char* block, const Entry& entry, Column column) {
     const int which = column == Column::From ? 0 : column == Column::Topic ? 1 : 2;
     std::size_t start = entry.start;
     for (int i = 0; i < which; ++i)
         start += entry.lengths[i] + 1;
-    return {block.data() + start, entry.lengths[which]};
+    return {block + start, entry.lengths[which]};
 }
 
 std::wstring Messages::Text(std::size_t i, Column column) const {
@@ -53,16 +65,16 @@ std::wstring Messages::Text(std::size_t i, Column column) const {
     case Column::Slot:
         return std::to_wstring(i + 1);
     default:
-        return Shown(Part(mText, mEntries[i], column));
+        return Shown(Part(mText.get(), mEntries[i], column));
     }
 }
 
-const std::string& Messages::FoldedBlock() const {
-    if (mFolded.size() != mText.size()) {
-        mFolded.resize(mText.size());
-        std::transform(mText.begin(), mText.end(), mFolded.begin(), [](char c) {
+const char* Messages::FoldedBlock() const {
+    if (!mFolded) {
+        mFolded = std::make_unique_for_overwrite<char[]>(Size());
+        std::transform(mText.get(), mText.get() + Size(), mFolded.get(), [](char c) {
             return static_cast<char>(Folded(static_cast<unsigned char>(c)));
         });
     }
-    return mFolded;
+    return mFolded.get();
 }

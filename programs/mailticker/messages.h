@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +42,7 @@ public:
 
     // What tells a message from others, in this walk and the next: sender, topic and file with
     // zeros between. Valid as long as the messages are.
-    std::string_view Key(std::size_t i) const { return Whole(mText, mEntries[i]); }
+    std::string_view Key(std::size_t i) const { return Whole(mText.get(), mEntries[i]); }
 
     // Without case and accents, for searching the three and for sorting by one of them.
     std::string_view FoldedKey(std::size_t i) const { return Whole(FoldedBlock(), mEntries[i]); }
@@ -57,14 +58,21 @@ private:
         std::uint8_t processed : 1;
     };
 
-    static std::string_view Part(const std::string& block, const Entry& entry, Column column);
-    static std::string_view Whole(const std::string& block, const Entry& entry) {
-        return {block.data() + entry.start,
+    static std::string_view Part(const char* block, const Entry& entry, Column column);
+    static std::string_view Whole(const char* block, const Entry& entry) {
+        return {block + entry.start,
                 std::size_t(entry.lengths[0] + entry.lengths[1] + entry.lengths[2] + 2)};
     }
-    const std::string& FoldedBlock() const;
+    void MakeRoom(std::size_t capacity);
+    // Of all texts, with their zeros.
+    std::size_t Size() const {
+        return mEntries.empty() ? 0 : mEntries.back().start + Key(Count() - 1).size() + 1;
+    }
+    const char* FoldedBlock() const;
 
     std::vector<Entry> mEntries;
-    std::string mText;
-    mutable std::string mFolded; // at the same places; made when it is first asked for
+    // A block that grows without being cleared before it is written.
+    std::unique_ptr<char[]> mText;
+    std::size_t mCapacity = 0;               // while there is a block
+    mutable std::unique_ptr<char[]> mFolded; // at the same places; made when it is first asked for
 };

@@ -227,8 +227,21 @@ unsigned int TickerProcess::GdiObjects() const {
     return count;
 }
 
+// By its threads: Wine knows a process's own time alone.
 unsigned int TickerProcess::ProcessorTime() const {
-    FILETIME start, end, kernel, user;
-    GetProcessTimes(mProcess, &start, &end, &kernel, &user);
-    return (kernel.dwLowDateTime + user.dwLowDateTime) / 10000;
+    const HANDLE threads = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    unsigned int milliseconds = 0;
+    for (BOOL more = Thread32First(threads, &entry); more; more = Thread32Next(threads, &entry)) {
+        if (entry.th32OwnerProcessID != ProcessOf(mWindow))
+            continue;
+        const HANDLE thread = OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
+        FILETIME start, end, kernel = {}, user = {};
+        GetThreadTimes(thread, &start, &end, &kernel, &user);
+        milliseconds += (kernel.dwLowDateTime + user.dwLowDateTime) / 10000;
+        CloseHandle(thread);
+    }
+    CloseHandle(threads);
+    return milliseconds;
 }
