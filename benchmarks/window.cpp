@@ -52,6 +52,7 @@ public:
     ~Ticker() {
         PostMessageA(Window(), WM_COMMAND, ID_EXIT, 0);
         mProgram.Ends(10000);
+        ForgetSettings();
     }
 
     // Waits until its list shows every message and answers; how many it shows.
@@ -76,8 +77,11 @@ public:
     }
 
 private:
-    static const std::string& Fresh(const std::string& path) {
+    static void ForgetSettings() {
         RegDeleteTreeA(HKEY_CURRENT_USER, "Software\\Postrider\\Ticker");
+    }
+    static const std::string& Fresh(const std::string& path) {
+        ForgetSettings();
         return path;
     }
     static HWND Window() { return FindWindowA("PostriderTicker", nullptr); }
