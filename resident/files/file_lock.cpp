@@ -73,21 +73,15 @@ static bool HasBackup(const wchar_t* path) {
     return Exists(backup + L".BAK") || Exists(backup + L".TMP");
 }
 
-// Locks the byte; waits for it until `end` of the tick count.
-static enumFileLockResult LockByte(HANDLE file, ULONGLONG end) {
+// Locks the byte, unless another program has it.
+static bool LockByte(HANDLE file) {
     OVERLAPPED place = {};
     place.OffsetHigh = kOffsetHigh;
-    while (
-        !LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place)) {
-        const DWORD error = GetLastError();
-        // A file system without locks: nobody can be kept away there.
-        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING)
-            return keLockTaken;
-        if (GetTickCount64() >= end)
-            return keLockTimedOut;
-        Sleep(1);
-    }
-    return keLockTaken;
+    if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place))
+        return true;
+    // A file system without locks: nobody can be kept away there.
+    const DWORD error = GetLastError();
+    return error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING;
 }
 
 enumFileLockResult FileLock::Share(Held& lock) {
@@ -117,9 +111,14 @@ enumFileLockResult FileLock::Take(const wchar_t* path, unsigned long millisecond
         }
         if (Held* const own = FindHeld(file, index))
             return Share(*own);
-        const enumFileLockResult result = LockByte(file.Get(), end);
-        if (result != keLockTaken)
-            return result;
+        if (!LockByte(file.Get())) {
+            if (GetTickCount64() >= end)
+                return keLockTimedOut;
+            // Closed meanwhile: the holder may remove the file and use its name again.
+            file = FileHandle();
+            Sleep(1);
+            continue;
+        }
         ULONGLONG indexNow;
         const FileHandle now = Open(path);
         if (now && GetIndex(now, indexNow) && indexNow == index) {

@@ -45,6 +45,20 @@ static void WaitUntilMovable(const wchar_t* path) {
     } while (GetTickCount64() < end);
 }
 
+// Removes a backup, unless it is read-only. One that somebody reads, or waits for the lock of,
+// keeps its name until they close it.
+static void RemoveBackup(const wchar_t* path) {
+    const ULONGLONG end = GetTickCount64() + kRenameMilliseconds;
+    for (;;) {
+        DeleteFileW(path);
+        const DWORD attributes = GetFileAttributesW(path);
+        if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY) ||
+            GetTickCount64() >= end)
+            return;
+        Sleep(1);
+    }
+}
+
 static void RemoveReadOnlyToo(const wchar_t* path) {
     const DWORD attributes = GetFileAttributesW(path);
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
@@ -57,7 +71,7 @@ int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* 
     CopyAccessRights(target, newFile);
     const bool flushed = !(options & keReplaceFlush) || FlushToDisk(newFile);
     if (flushed && !IsLink(backup))
-        DeleteFileW(backup);
+        RemoveBackup(backup);
     if (flushed)
         WaitUntilMovable(target);
     const bool dropNew = !(options & keReplaceKeepNew);

@@ -1,6 +1,7 @@
 // One of several programs at work on the same mail folder at the same moment.
 //
 //   neighbour FOLDER NUMBER KINDS ROUNDS START LOG
+//   neighbour FOLDER NUMBER TURNS      the steps of its part, in turns; tells in the part
 //
 // When START is said, each round does each of KINDS once, and what a call told is a line of LOG at
 // once, so that it is known even when the program is ended:
@@ -26,16 +27,35 @@
 #include "tests/hostile/neighbours.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/crash.h"
+#include "tests/support/file_calls.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/hooked_import.h"
+#include "tests/support/turns.h"
 
 namespace {
+
+// In turns, waiting for another program is giving the turn away, and time is counted in looks at
+// the clock.
+const Turns* turns;
+bool acting;
+
+void BeforeCall(const FileCall&) {
+    if (acting)
+        turns->Call();
+}
+void WINAPI SleepInTurns(DWORD) { turns->Stop(); }
+ULONGLONG WINAPI TicksInTurns() {
+    static ULONGLONG ticks;
+    return ++ticks;
+}
 
 class Neighbour {
 public:
     Neighbour(const std::string& folder, const std::string& number, const char* log)
         : mFolder(folder), mNumber(number),
-          mLog(CreateFileA(log, FILE_APPEND_DATA, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
-                           FILE_ATTRIBUTE_NORMAL, nullptr)) {
+          mLog(!*log ? nullptr
+                     : CreateFileA(log, FILE_APPEND_DATA, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr)) {
         mFile.Parse((folder + "\\DFile").c_str(), 1);
         mOld.Parse((folder + "\\OLD\\DFile").c_str(), 1);
         mMessages.Parse((folder + "\\MSGS" + number + ".DAT").c_str(), 1);
@@ -72,6 +92,10 @@ public:
 
 private:
     void Tell(const std::string& line) {
+        if (turns) {
+            lstrcatA(turns->Of().told, (line + "\n").c_str());
+            return;
+        }
         DWORD written;
         WriteFile(mLog, (line + "\n").data(), line.size() + 1, &written, nullptr);
     }
@@ -123,15 +147,40 @@ private:
     DirectoryFile mFile{keDirFolder}, mOld{keDirFolder}, mMessages{keDirMessages};
 };
 
+void TakeTurns(const std::string& folder, const std::string& number, const std::string& name) {
+    const Turns own(name);
+    turns = &own;
+    StandBetweenFiles(BeforeCall, nullptr);
+    const HookedImport sleep("JXTICDLL.DLL", "kernel32.dll", "Sleep",
+                             reinterpret_cast<void*>(SleepInTurns));
+    const HookedImport ticks("JXTICDLL.DLL", "kernel32.dll", "GetTickCount64",
+                             reinterpret_cast<void*>(TicksInTurns));
+    own.Stop();
+    while (*own->steps) {
+        Neighbour neighbour(folder, number, "");
+        for (const char step : std::string(own->steps)) {
+            acting = true;
+            neighbour.Do(step, 0);
+            acting = false;
+            ++own->finished;
+            own.Stop();
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     EndOnCrash();
-    if (argc != 7)
+    if (argc != 7 && argc != 4)
         return 2;
     RbAssertSelectOutput(RB_OUTPUT_DEBUGGER, nullptr);
     const Quiet quiet;
     JxTimer timer(GetModuleHandleA(nullptr), JxTimer::keClient);
+    if (argc == 4) {
+        TakeTurns(argv[1], argv[2], argv[3]);
+        return 0;
+    }
     Neighbour neighbour(argv[1], argv[2], argv[6]);
     Signal(argv[5]).Wait(60000);
     for (int round = 0; round < std::atoi(argv[4]); ++round)

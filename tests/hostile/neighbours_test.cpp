@@ -139,14 +139,6 @@ protected:
     int mNumber = 0;
 };
 
-TEST_F(NeighbourFolder, EveryPairKeepsWhatItTold) {
-    const std::string kinds = "amcdzsuo";
-    for (std::size_t i = 0; i < kinds.size(); ++i)
-        for (std::size_t k = i; k < kinds.size(); ++k)
-            Run({{kinds[i], 'w'}, {kinds[k]}}, Rounds(2));
-    Compare(false);
-}
-
 TEST_F(NeighbourFolder, EightAtOnceKeepWhatTheyTold) {
     Run({"a", "aw", "mo", "c", "cz", "d", "zu", "sU"}, Rounds(8));
     Compare(false);
