@@ -5,16 +5,6 @@
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/recursion.h"
 
-namespace {
-
-struct Options {
-    FolderArgument folder;
-    bool json = false;
-    bool recursive = false;
-};
-
-} // namespace
-
 static std::string Where(const Problem& problem) {
     return problem.slot ? fmt::format("Slot {}, byte {}: ", *problem.slot, *problem.position) : "";
 }
@@ -83,7 +73,7 @@ static void PrintText(const Checked& checked, const std::string& argument) {
     PrintAdvice(checked, argument);
 }
 
-static int CheckOne(const Options& options) {
+static int CheckOne(const LookOptions& options) {
     const Checked checked = CheckFolder(Path(options.folder.path), options.folder.type);
     if (options.json)
         PrintJsonOf(checked);
@@ -92,7 +82,7 @@ static int CheckOne(const Options& options) {
     return checked.problems.empty() ? keFine : keDamage;
 }
 
-static int CheckAll(const Options& options) {
+static int CheckAll(const LookOptions& options) {
     unsigned long long messages = 0;
     unsigned long long problems = 0;
     return ForEachFolder(
@@ -128,10 +118,4 @@ static const Command
            "  mailfolder check C:\\Mail\\InBox\n"
            "  mailfolder check C:\\Mail --recursive\n"
            "  mailfolder check C:\\Mail\\InBox --json",
-           [](CLI::App& app) -> Command::Run {
-               const auto given = std::make_shared<Options>();
-               AddFolder(app, given->folder);
-               AddRecursive(app, given->recursive);
-               AddJson(app, given->json);
-               return [given] { return given->recursive ? CheckAll(*given) : CheckOne(*given); };
-           });
+           [](CLI::App& app) { return AddLook(app, CheckOne, CheckAll); });

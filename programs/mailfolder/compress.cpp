@@ -1,6 +1,5 @@
 // Rewrites a D file without its free slots.
 
-#include "programs/mailfolder/leftovers.h"
 #include "programs/mailfolder/new_file.h"
 #include "programs/mailfolder/record.h"
 #include "programs/mailfolder/writing.h"
@@ -17,8 +16,8 @@ struct Report {
     unsigned long long used = 0;
     unsigned long long freeSlots = 0;
     unsigned long long undeletable = 0; // of these
-    unsigned long long damaged = 0;
-    unsigned long long rest = 0; // bytes of a record that is not whole
+    std::vector<std::string> damaged;   // used records that cannot be read, by their files' names
+    unsigned long long rest = 0;        // bytes of a record that is not whole
 };
 
 } // namespace
@@ -29,7 +28,12 @@ static Report LookThrough(const Folder& folder) {
     const FileEntries files = FilesOf(folder.Directory());
     ForEachSlot(folder, [&](Slot& slot) {
         if (slot.stored.used != 0) {
-            ++(IsUsed(slot.stored) ? report.used : report.damaged);
+            if (IsUsed(slot.stored))
+                ++report.used;
+            else
+                report.damaged.push_back(
+                    fmt::format("slot {}: {}", slot.number,
+                                Printable(DirectoryRecord(&slot.stored).FileName().Text())));
             return;
         }
         ++report.freeSlots;
@@ -39,8 +43,8 @@ static Report LookThrough(const Folder& folder) {
     return report;
 }
 
-static void Write(const Folder& folder) {
-    NewFile made(folder.path);
+static void Write(const Folder& folder, const WriteLock& lock) {
+    NewFile made(folder.path, lock);
     const DiskDirRec header = {};
     if (folder.HasHeader())
         made.Write(&header, sizeof header);
@@ -52,19 +56,18 @@ static void Write(const Folder& folder) {
 }
 
 static int Compress(const Options& options) {
-    const Path path = DFileOf(Path(options.folder.path));
-    const WriteLock lock(path);
-    NeedNoLeftovers(path);
-    const Folder folder = FolderToWrite(path, options.folder.type);
+    const LockedFolder target(options.folder);
+    const auto& [path, lock, folder] = target;
     const Report report = LookThrough(folder);
     const unsigned long long after = (report.used + folder.HasHeader()) * BaseDirFile::keRecordSize;
     Tell("{}: {}, {} free\n", path.Shown(), Count(folder.Slots(), "slot"), report.freeSlots);
-    if ((report.damaged || report.rest) && !options.dropDamaged) {
+    const bool damaged = !report.damaged.empty();
+    if ((damaged || report.rest) && !options.dropDamaged) {
         Warn("{}{} would be lost, which cannot be read: see check, or say --drop-damaged. Nothing "
              "was changed.\n",
-             report.damaged ? Count(report.damaged, "record") : "",
-             report.rest ? fmt::format("{}{} of a record that is cut",
-                                       report.damaged ? " and " : "", Count(report.rest, "byte"))
+             damaged ? Count(report.damaged.size(), "record") : "",
+             report.rest ? fmt::format("{}{} of a record that is cut", damaged ? " and " : "",
+                                       Count(report.rest, "byte"))
                          : "");
         return keDamage;
     }
@@ -78,14 +81,16 @@ static int Compress(const Options& options) {
         Tell("                {} of a message file that is still there: undelete takes it back "
              "first\n",
              report.undeletable);
-    if (report.damaged || report.rest)
-        Tell("                {}, {} of a cut one\n", Count(report.damaged, "damaged record"),
-             Count(report.rest, "byte"));
+    if (damaged || report.rest)
+        Tell("                {}, {} of a cut one\n",
+             Count(report.damaged.size(), "damaged record"), Count(report.rest, "byte"));
+    for (const std::string& name : report.damaged)
+        Tell("                {}\n", name);
     Tell("  Bytes         {} before, {} after\n", folder.size, after);
     NeedBackupPlace(path, options.write.replaceBackup);
     if (!options.write.yes)
         return NotAsked();
-    Write(folder);
+    Write(folder, lock);
     Tell("Saved {}.\n", Count(folder.size - after, "byte"));
     return keFine;
 }

@@ -88,40 +88,40 @@ void PrintManualOptions(const CLI::App& app) {
     for (const CLI::Option* option : NamedOptions(app)) {
         const std::string value =
             option->get_type_size() > 0 ? " \\fI" + Roff(ValueName(*option)) + "\\fR" : "";
-        fmt::print(".TP\n\\fB{}\\fR{}\n{}\n", Roff(Joined(Spellings(*option), ", ")), value,
-                   Roff(option->get_description()));
+        Print(".TP\n\\fB{}\\fR{}\n{}\n", Roff(Joined(Spellings(*option), ", ")), value,
+              Roff(option->get_description()));
     }
 }
 
 void PrintManual(const CLI::App& tool) {
-    fmt::print(".TH MAILFOLDER 1 \"\" Postrider\n.SH NAME\nmailfolder \\- {}\n",
-               "look into Postrider mail folders, and get the mail out");
-    fmt::print(".SH SYNOPSIS\n.B mailfolder\n\\fICOMMAND\\fR [\\fIOPTIONS\\fR]\n");
-    fmt::print(".SH DESCRIPTION\n{}\n", Roff(tool.get_description()));
+    Print(".TH MAILFOLDER 1 \"\" Postrider\n.SH NAME\nmailfolder \\- {}\n",
+          "look into Postrider mail folders, and get the mail out");
+    Print(".SH SYNOPSIS\n.B mailfolder\n\\fICOMMAND\\fR [\\fIOPTIONS\\fR]\n");
+    Print(".SH DESCRIPTION\n{}\n", Roff(tool.get_description()));
     PrintManualOptions(tool);
-    fmt::print(".SH COMMANDS\n");
+    Print(".SH COMMANDS\n");
     ForEachCommand(tool, "", [](const std::string& words, const CLI::App& command) {
         std::string places;
         for (const CLI::Option* option : PlacedOptions(command))
             places += " " + (option->get_required() ? InCapitals(option->get_name())
                                                     : "[" + InCapitals(option->get_name()) + "]");
-        fmt::print(".SS {} \\fI{}\\fR\n{}.\n", Roff(words), Roff(places),
-                   Roff(command.get_description()));
+        Print(".SS {} \\fI{}\\fR\n{}.\n", Roff(words), Roff(places),
+              Roff(command.get_description()));
         for (const CLI::Option* option : PlacedOptions(command))
-            fmt::print(".TP\n\\fI{}\\fR\n{}\n", Roff(InCapitals(option->get_name())),
-                       Roff(option->get_description()));
+            Print(".TP\n\\fI{}\\fR\n{}\n", Roff(InCapitals(option->get_name())),
+                  Roff(option->get_description()));
         PrintManualOptions(command);
-        fmt::print(".PP\n.nf\n{}\n.fi\n", Roff(command.get_footer()));
+        Print(".PP\n.nf\n{}\n.fi\n", Roff(command.get_footer()));
     });
-    fmt::print(".SH NOTES\n.nf\n{}\n.fi\n", Roff(tool.get_footer()));
+    Print(".SH NOTES\n.nf\n{}\n.fi\n", Roff(tool.get_footer()));
 }
 
 // One line for each command and each option with words for its value; "*" stands for the tool.
 void PrintBash(const CLI::App& tool) {
-    fmt::print("# bash completion for mailfolder\n"
-               "_mailfolder() {{\n"
-               "    local cur=${{COMP_WORDS[COMP_CWORD]}} prev=${{COMP_WORDS[COMP_CWORD-1]}}\n"
-               "    local words=\"${{COMP_WORDS[*]:1:COMP_CWORD-1}} \" commands options values\n");
+    Print("# bash completion for mailfolder\n"
+          "_mailfolder() {{\n"
+          "    local cur=${{COMP_WORDS[COMP_CWORD]}} prev=${{COMP_WORDS[COMP_CWORD-1]}}\n"
+          "    local words=\"${{COMP_WORDS[*]:1:COMP_CWORD-1}} \" commands options values\n");
     std::string commands;
     std::string cases;
     ForEachCommand(tool, "", [&](const std::string& words, const CLI::App& command) {
@@ -136,8 +136,8 @@ void PrintBash(const CLI::App& tool) {
         cases += fmt::format("    [[ $words == '{} '* ]] && options='{}'\n", words, options);
         commands += (commands.empty() ? "" : "|") + words;
     });
-    fmt::print("{}", cases);
-    fmt::print(
+    Print("{}", cases);
+    Print(
         "    commands=$(tr '|' '\\n' <<<'{}' | grep \"^$words\" | cut -c$((${{#words}} + 1))- |\n"
         "        cut -d' ' -f1)\n"
         "    [ $COMP_CWORD = 1 ] && commands=$(tr '|' '\\n' <<<'{}' | cut -d' ' -f1 | sort -u)\n"
@@ -152,7 +152,7 @@ void PrintBash(const CLI::App& tool) {
 }
 
 void PrintPowerShell(const CLI::App& tool) {
-    fmt::print("# PowerShell completion for mailfolder\n$mailfolderWords = @{{\n");
+    Print("# PowerShell completion for mailfolder\n$mailfolderWords = @{{\n");
     ForEachCommand(tool, "", [&](const std::string& words, const CLI::App& command) {
         std::vector<std::string> options;
         std::string values;
@@ -163,28 +163,27 @@ void PrintPowerShell(const CLI::App& tool) {
                 values += fmt::format("    '{} --{}' = '{}'\n", words, option->get_lnames().front(),
                                       Joined(known, "', '"));
         }
-        fmt::print("    '{}' = {}\n{}", words, Joined(options, ", "), values);
+        Print("    '{}' = {}\n{}", words, Joined(options, ", "), values);
     });
-    fmt::print(
-        "}}\n"
-        "Register-ArgumentCompleter -Native -CommandName mailfolder, mailfolder.exe -ScriptBlock "
-        "{{\n"
-        "    param($word, $line, $position)\n"
-        "    $before = @($line.CommandElements | Select-Object -Skip 1 |\n"
-        "        Where-Object {{ $_.Extent.EndOffset -lt $position }} | ForEach-Object {{ \"$_\" "
-        "}})\n"
-        "    $command = (1, 2 | ForEach-Object {{ $before[0..($_ - 1)] -join ' ' }} |\n"
-        "        Where-Object {{ $mailfolderWords.ContainsKey($_) }} | Select-Object -First 1)\n"
-        "    $known = if (-not $command) {{\n"
-        "        $start = if ($before.Count) {{ ($before -join ' ') + ' ' }} else {{ '' }}\n"
-        "        $mailfolderWords.Keys | Where-Object {{ $_ -notmatch '--' -and "
-        "$_.StartsWith($start) }} |\n"
-        "            ForEach-Object {{ $_.Substring($start.Length).Split(' ')[0] }}\n"
-        "    }} elseif ($mailfolderWords.ContainsKey(\"$command $($before[-1])\")) {{\n"
-        "        $mailfolderWords[\"$command $($before[-1])\"]\n"
-        "    }} elseif ($word -like '-*') {{ $mailfolderWords[$command] }}\n"
-        "    $known | Sort-Object -Unique | Where-Object {{ $_ -like \"$word*\" }}\n"
-        "}}\n");
+    Print("}}\n"
+          "Register-ArgumentCompleter -Native -CommandName mailfolder, mailfolder.exe -ScriptBlock "
+          "{{\n"
+          "    param($word, $line, $position)\n"
+          "    $before = @($line.CommandElements | Select-Object -Skip 1 |\n"
+          "        Where-Object {{ $_.Extent.EndOffset -lt $position }} | ForEach-Object {{ \"$_\" "
+          "}})\n"
+          "    $command = (1, 2 | ForEach-Object {{ $before[0..($_ - 1)] -join ' ' }} |\n"
+          "        Where-Object {{ $mailfolderWords.ContainsKey($_) }} | Select-Object -First 1)\n"
+          "    $known = if (-not $command) {{\n"
+          "        $start = if ($before.Count) {{ ($before -join ' ') + ' ' }} else {{ '' }}\n"
+          "        $mailfolderWords.Keys | Where-Object {{ $_ -notmatch '--' -and "
+          "$_.StartsWith($start) }} |\n"
+          "            ForEach-Object {{ $_.Substring($start.Length).Split(' ')[0] }}\n"
+          "    }} elseif ($mailfolderWords.ContainsKey(\"$command $($before[-1])\")) {{\n"
+          "        $mailfolderWords[\"$command $($before[-1])\"]\n"
+          "    }} elseif ($word -like '-*') {{ $mailfolderWords[$command] }}\n"
+          "    $known | Sort-Object -Unique | Where-Object {{ $_ -like \"$word*\" }}\n"
+          "}}\n");
 }
 
 const Command kDocuments("documents", "Print the manual page, or a shell's completions",

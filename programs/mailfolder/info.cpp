@@ -59,9 +59,10 @@ static std::string Words(const Counts& counts) {
     return fmt::format("{}, {} unprocessed", Count(counts.messages, "message"), counts.unprocessed);
 }
 
-static int Info(const Folder& folder, bool json) {
+static int Info(const LookOptions& options) {
+    const Folder folder = FindFolder(options.folder.path, options.folder.type);
     const Counts counts = CountSlots(folder);
-    if (json) {
+    if (options.json) {
         PrintJson(AsJson(folder, counts));
         return keFine;
     }
@@ -81,17 +82,7 @@ static int Info(const Folder& folder, bool json) {
     return keFine;
 }
 
-namespace {
-
-struct Options {
-    FolderArgument folder;
-    bool json = false;
-    bool recursive = false;
-};
-
-} // namespace
-
-static int InfoOfAll(const Options& options) {
+static int InfoOfAll(const LookOptions& options) {
     Counts all;
     return ForEachFolder(
         Path(options.folder.path), options.json,
@@ -112,15 +103,4 @@ static const Command kInfo("info", "Tell a D file's counts, newest date, type an
                            "  mailfolder info C:\\Mail\\InBox\n"
                            "  mailfolder info C:\\Mail --recursive\n"
                            "  mailfolder info D:\\Old\\DFile --type 2 --json",
-                           [](CLI::App& app) -> Command::Run {
-                               const auto given = std::make_shared<Options>();
-                               AddFolder(app, given->folder);
-                               AddRecursive(app, given->recursive);
-                               AddJson(app, given->json);
-                               return [given] {
-                                   return given->recursive ? InfoOfAll(*given)
-                                                           : Info(FindFolder(given->folder.path,
-                                                                             given->folder.type),
-                                                                  given->json);
-                               };
-                           });
+                           [](CLI::App& app) { return AddLook(app, Info, InfoOfAll); });

@@ -114,13 +114,14 @@ Kind KindOf(const Path& path) {
     const std::string start = file.BytesAt(0, 4096);
     if (start.starts_with("PREFRBSW"))
         return Kind::PrefFile;
+    // The strictest comes first.
+    if (IsUserFile(file))
+        return Kind::UserFile;
     const Slots slots = LookAtSlots(file);
     if (IsMessageFile(slots, file))
         return Kind::MessageFile;
     if (IsDFile(slots, file))
         return Kind::DFile;
-    if (IsUserFile(file))
-        return Kind::UserFile;
     return IsText(start) ? Kind::Text : Kind::Other;
 }
 

@@ -1,10 +1,11 @@
 #include "programs/mailfolder/leftovers.h"
 
+#include <algorithm>
 #include <set>
-#include <sstream>
 
 #include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/new_file.h"
+#include "programs/mailfolder/pref_directory.h"
 #include "programs/mailfolder/record.h"
 #include "resident/core/windows_api.h"
 
@@ -57,26 +58,16 @@ static void JudgeDFile(Candidate& candidate, const FileEntries& files) {
 }
 
 static void JudgePrefFile(Candidate& candidate) {
-    const InputFile file(candidate.path);
-    // More than the header and its list can take.
-    constexpr std::size_t kLongestList = sizeof(JXExtendDatHeader) + 0x10000 * sizeof(AppRecHeader);
-    std::istringstream list(file.BytesAt(0, kLongestList));
-    JXExtendDatHeader header;
-    if (!(list >> header))
-        return;
-    const unsigned int count = static_cast<unsigned short>(header.number);
-    candidate.whole = count > 0;
-    for (unsigned int i = 0; i < count; ++i) {
-        AppRecHeader record;
-        const bool inside =
-            list >> record &&
-            record.Offset() + 0ull + static_cast<unsigned short>(record.size) <= file.Size();
-        candidate.whole = candidate.whole && inside;
-        candidate.records += inside;
-    }
+    const PrefDirectory directory(candidate.path);
+    candidate.records = std::count_if(directory.blocks.begin(), directory.blocks.end(),
+                                      [&](const auto& block) { return directory.Holds(block); });
+    candidate.whole = directory.damage.empty() && candidate.records > 0 &&
+                      candidate.records == directory.blocks.size();
 }
 
 static void Judge(Candidate& candidate, Kind kind, const FileEntries& files) {
+    if (InputFile(candidate.path).Size() == 0)
+        return;
     if (kind == Kind::DFile)
         return JudgeDFile(candidate, files);
     if (kind == Kind::PrefFile)
@@ -134,6 +125,7 @@ private:
     bool Add(const Path& path, Candidate::Role role, unsigned long long written);
     void AddBeside();
     void AddWindowsCopies();
+    void JudgeAll();
     bool IsBetter(const Candidate& left, const Candidate& right) const;
     void Choose();
 
@@ -158,10 +150,7 @@ bool Finder::Add(const Path& path, Candidate::Role role, unsigned long long writ
         return false;
     if (role == Candidate::Temporary && IsBeingWritten(path))
         return false;
-    Candidate candidate = {path, role, written};
-    if (!empty)
-        Judge(candidate, mFound.kind, mFiles);
-    mFound.candidates.push_back(candidate);
+    mFound.candidates.push_back({path, role, written});
     return true;
 }
 
@@ -184,17 +173,23 @@ void Finder::AddWindowsCopies() {
     const Candidate* const target = Of(Candidate::Target);
     if (mFound.kind != Kind::DFile || !target || OpenFolder(target->path, -1).type != keDirMessages)
         return;
-    const unsigned long long covered = target->covered;
     wchar_t windows[MAX_PATH];
     GetWindowsDirectoryW(windows, MAX_PATH);
     const Path directory(Utf8(std::wstring_view(windows)));
-    for (const auto& [key, entry] : FilesOf(directory)) {
-        if (!key.starts_with(L"JPW") || ExtensionOf(key) != L".TMP")
-            continue;
-        if (Add(directory.Child(entry.name), Candidate::WindowsCopy, entry.written) &&
-            mFound.candidates.back().covered <= covered)
-            mFound.candidates.pop_back();
-    }
+    for (const auto& [key, entry] : FilesOf(directory))
+        if (key.starts_with(L"JPW") && ExtensionOf(key) == L".TMP")
+            Add(directory.Child(entry.name), Candidate::WindowsCopy, entry.written);
+}
+
+// Those in the Windows directory may be of any folder: only what this one lacks makes them its own.
+void Finder::JudgeAll() {
+    for (Candidate& candidate : mFound.candidates)
+        Judge(candidate, mFound.kind, mFiles);
+    const Candidate* const target = Of(Candidate::Target);
+    const unsigned long long covered = target ? target->covered : 0;
+    std::erase_if(mFound.candidates, [&](const Candidate& candidate) {
+        return candidate.role == Candidate::WindowsCopy && candidate.covered <= covered;
+    });
 }
 
 bool Finder::IsBetter(const Candidate& left, const Candidate& right) const {
@@ -238,6 +233,10 @@ void Finder::Choose() {
 Leftovers Finder::Find() {
     AddBeside();
     AddWindowsCopies();
+    // What is alone needs no comparison, and may be long.
+    if (mFound.candidates.size() == 1 && Of(Candidate::Target))
+        return mFound;
+    JudgeAll();
     const Candidate* const target = Of(Candidate::Target);
     const Candidate* const backup = Of(Candidate::Backup);
     const bool isPref = mFound.kind == Kind::PrefFile;

@@ -113,13 +113,15 @@ public:
     }
 
 private:
+    // What terminals obey is shown as in a table.
     static void AddCsv(const Slot& slot, const DirectoryRecord& record) {
         const DiskDirRec& fields = record.Record();
-        Print("{}", extract::CsvLine({std::to_string(slot.number), Utf8(Sender(record)),
-                                      Utf8(SenderAddress(record)), Utf8(record.Topic().Text()),
-                                      DateText(FlipLong(fields.date)),
-                                      std::to_string(static_cast<int>(fields.kind)),
-                                      extract::MarksOf(fields), Utf8(record.FileName().Text())}));
+        Print("{}",
+              extract::CsvLine({std::to_string(slot.number), Printable(Sender(record)),
+                                Printable(SenderAddress(record)), Printable(record.Topic().Text()),
+                                DateText(FlipLong(fields.date)),
+                                std::to_string(static_cast<int>(fields.kind)),
+                                extract::MarksOf(fields), Printable(record.FileName().Text())}));
     }
 
     const Folder& mFolder;

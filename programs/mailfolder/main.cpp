@@ -1,7 +1,7 @@
 // mailfolder: looks into mail folders and the files around them, and mends them when told to.
 
 #include <algorithm>
-#include <cerrno>
+#include <new>
 #include <system_error>
 
 #include "programs/mailfolder/command.h"
@@ -45,7 +45,8 @@ CommandLine::CommandLine() {
 }
 
 // What a failed allocation leaves to be said with.
-constexpr const char kNoMemory[] = "There is not enough memory. Nothing was changed.\n";
+constexpr const char kNoMemory[] =
+    "There is not enough memory to go on. What is not finished is not put in place.\n";
 
 int CommandLine::RunCommand() {
     try {
@@ -102,6 +103,8 @@ private:
 int wmain(int argc, wchar_t** argv) {
     const Quiet quiet;
     const Utf8Console console;
+    // The library's would ask in a box whether to go on.
+    std::set_new_handler(nullptr);
     try {
         std::vector<std::string> arguments;
         for (int i = 1; i < argc; ++i)
@@ -113,7 +116,7 @@ int wmain(int argc, wchar_t** argv) {
         std::fputs(kNoMemory, stderr);
     } catch (const std::system_error& error) {
         // Whoever read the output has closed it, as "| head" does, and wants no words about it.
-        if (error.code().value() != EINVAL && error.code().value() != EPIPE)
+        if (error.code() != std::errc::broken_pipe)
             std::fprintf(stderr, "Cannot write the output: %s.\n", error.what());
     }
     return keCouldNot;

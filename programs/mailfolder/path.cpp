@@ -9,7 +9,8 @@
 #include "resident/files/file_identity.h"
 
 static constexpr std::wstring_view kLongPrefix = L"\\\\?\\";
-static constexpr std::wstring_view kDevicePrefix = L"\\\\.\\";
+static constexpr std::wstring_view kShare = L"\\\\";
+static constexpr std::wstring_view kLongSharePrefix = L"\\\\?\\UNC\\";
 // From there on the system wants the prefix. Short of the limit: folders need room for a name.
 static constexpr std::size_t kLongest = 240;
 
@@ -26,6 +27,15 @@ Path::Path(const std::string& given) : mShown(Printable(WideOfUtf8(given))) {
     if (full.size() > kLongest && !full.starts_with(kLongPrefix) && full[1] == L':')
         full.insert(0, kLongPrefix);
     mFull = full;
+}
+
+Path Path::AsItStands() const {
+    Path path = *this;
+    if (!mFull.starts_with(kLongPrefix))
+        path.mFull = mFull.starts_with(kShare)
+                         ? std::wstring(kLongSharePrefix) + mFull.substr(kShare.size())
+                         : std::wstring(kLongPrefix) + mFull;
+    return path;
 }
 
 std::wstring Path::Name() const { return mFull.substr(mFull.rfind(L'\\') + 1); }
@@ -103,13 +113,19 @@ static bool IsListed(const std::wstring& path) {
 }
 
 Path::Thing Path::What() const {
-    if (mFull.starts_with(kDevicePrefix))
+    if (IsDevice())
         return keDevice;
     if (mFull.find_first_of(L"*?", kLongPrefix.size()) != std::wstring::npos)
         return keMissing; // a search would find others
-    const DWORD attributes = GetFileAttributesW(mFull.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return IsListed(mFull) ? keLink : keMissing;
+    DWORD attributes = GetFileAttributesW(mFull.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        if (!IsListed(mFull))
+            return keMissing;
+        // Or it has come meanwhile.
+        attributes = GetFileAttributesW(mFull.c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES)
+            return keLink;
+    }
     if (IsLink(mFull.c_str()))
         return keLink;
     return attributes & FILE_ATTRIBUTE_DIRECTORY ? keFolder : keFile;

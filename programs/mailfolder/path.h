@@ -21,6 +21,10 @@ public:
     // The part behind the last backslash, as the folder has it.
     std::wstring Name() const;
 
+    // The same, in the form that the system takes letter by letter: what lies below may have any
+    // length, and the name of a device.
+    Path AsItStands() const;
+
     // A file in this folder, or in the folder that this file is in.
     Path Child(std::wstring_view name) const;
     Path Beside(std::wstring_view name) const { return Folder().Child(name); }
@@ -34,6 +38,7 @@ public:
 
     // Links, to files and to folders, are not followed. A name of a device is one in every folder.
     Thing What() const;
+    bool IsDevice() const { return mFull.starts_with(L"\\\\.\\"); }
     bool IsThere() const { return What() != keMissing; }
     bool IsFolder() const { return What() == keFolder; }
     // Whether both names lead to one file on the disk, which must be there.

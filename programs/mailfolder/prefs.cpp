@@ -1,43 +1,28 @@
 // The mail preferences that a user has set. The password is told of, and never shown.
 
-#include <cstring>
+#include <algorithm>
 
 #include "programs/console/text.h"
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/input_file.h"
+#include "programs/mailfolder/pref_directory.h"
 #include "programs/mailfolder/tool.h"
 #include "programs/mailfolder/values.h"
 
-static constexpr char kMagic[] = "PREFRBSW";
-
-// Finds the block as the library will, which would show its failures in message boxes. Returns the
-// words for what is damaged, if anything is.
-static std::string WhyNoPrefs(RbFile& file) {
-    file.seekg(0, std::ios::end);
-    const long size = file.tellg();
-    file.seekg(0);
-    JXExtendDatHeader header;
-    if (!(file >> header))
-        return "it is shorter than its header";
-    if (std::memcmp(&header, kMagic, sizeof kMagic - 1) != 0)
-        return "it does not begin with \"PREFRBSW\"";
-    const unsigned int count = static_cast<unsigned short>(header.number);
-    for (unsigned int i = 0; i < count; ++i) {
-        AppRecHeader record;
-        if (!(file >> record))
-            return fmt::format("it ends inside its list of {}", Count(count, "block"));
-        if (record.id != JXMailPrefs::keApplication)
-            continue;
-        const unsigned int blockSize = static_cast<unsigned short>(record.size);
-        if (blockSize != JXMailPrefs::keRecordSize)
-            return fmt::format("its mail preferences have {} bytes instead of {}", blockSize,
-                               static_cast<int>(JXMailPrefs::keRecordSize));
-        const unsigned long long end = record.Offset() + 0ull + JXMailPrefs::keRecordSize;
-        if (end > static_cast<unsigned long long>(size))
-            return "it ends inside the mail preferences";
-        return {};
-    }
-    return "other programs' settings alone are in it";
+// In words that go on after the file's name; empty when the library will read them without a box.
+static std::string WhyNoPrefs(const Path& path) {
+    const PrefDirectory directory(path);
+    const auto found =
+        std::find_if(directory.blocks.begin(), directory.blocks.end(),
+                     [](const auto& block) { return block.id == JXMailPrefs::keApplication; });
+    if (found == directory.blocks.end())
+        return directory.damage.empty() ? "other programs' settings alone are in it"
+                                        : directory.damage;
+    const unsigned int size = static_cast<unsigned short>(found->size);
+    if (size != JXMailPrefs::keRecordSize)
+        return fmt::format("its mail preferences have {} bytes instead of {}", size,
+                           static_cast<int>(JXMailPrefs::keRecordSize));
+    return directory.Holds(*found) ? "" : "it ends inside the mail preferences";
 }
 
 static int ShowPrefs(const std::string& argument, bool json) {
@@ -45,20 +30,11 @@ static int ShowPrefs(const std::string& argument, bool json) {
     if (path.IsFolder())
         path = path.Child(L"RB.DAT");
     NeedReadable(path);
-    const FileSpec spec(path.LibraryName().c_str());
-    {
-        RbFile file(spec);
-        if (!file.Open(keOpenRead))
-            Fail("Cannot read {}: opening it failed.", path.Shown());
-        const std::string reason = WhyNoPrefs(file);
-        file.close();
-        if (!reason.empty())
-            throw Failure{
-                fmt::format("{} has no readable mail preferences: {}.", path.Shown(), reason),
-                keDamage};
-    }
+    if (const std::string reason = WhyNoPrefs(path); !reason.empty())
+        throw Failure{fmt::format("{} has no readable mail preferences: {}.", path.Shown(), reason),
+                      keDamage};
     JXMailPrefs prefs(0);
-    static_cast<FileSpec&>(prefs) = spec;
+    static_cast<FileSpec&>(prefs) = FileSpec(path.LibraryName().c_str());
     // Once more, for the settings file beside it.
     prefs.SetDefaults();
     if (!prefs.ReadJXPrefs())

@@ -19,6 +19,8 @@ struct Options {
     bool keepMissing = false;
 };
 
+constexpr DWORD kYoungMilliseconds = 2000;
+
 // What a merge does, for whoever asked.
 struct Report {
     unsigned long long kept = 0;
@@ -30,6 +32,7 @@ struct Report {
     std::vector<std::string> left;
     std::vector<std::string> unlisted;
     std::vector<std::string> marksLost;
+    bool anyYoung = false; // of those that are not listed
     unsigned long long bytes = 0;
     bool changed = false;
 };
@@ -38,7 +41,9 @@ class Merge {
 public:
     Merge(const Folder& folder, bool keepMissing)
         : mFolder(folder), mDirectory(folder.Directory()), mKeepMissing(keepMissing),
-          mFiles(FilesOf(mDirectory)) {}
+          mFiles(FilesOf(mDirectory)) {
+        GetSystemTimeAsFileTime(&mNow);
+    }
 
     // Returns the number of message files.
     std::size_t MessageFiles() const;
@@ -58,6 +63,7 @@ private:
     void TakeDamaged(const Slot& slot, const std::wstring& key);
     void Leave(const Slot& slot, const char* why);
     void AddMissing();
+    bool IsYoung(const FileEntry& entry) const;
     void Put(const DiskDirRec& record);
     Path MessagePath(const std::wstring& key) const {
         return mDirectory.Child(mFiles.at(key).name);
@@ -71,6 +77,7 @@ private:
     Path mDirectory;
     bool mKeepMissing;
     FileEntries mFiles;
+    FILETIME mNow;
     std::map<std::wstring, Best> mBest;
     std::set<std::wstring> mFreed;
     Sink mSink;
@@ -199,6 +206,15 @@ void Merge::TakeSlot(const Slot& slot) {
     }
 }
 
+// Whether who wrote the message file may be about to add it: with a record that is made here, it
+// would be listed twice.
+bool Merge::IsYoung(const FileEntry& entry) const {
+    const unsigned long long now =
+        static_cast<unsigned long long>(mNow.dwHighDateTime) << 32 | mNow.dwLowDateTime;
+    constexpr unsigned long long kTicks = 10000ull * kYoungMilliseconds;
+    return entry.written <= now && now - entry.written < kTicks;
+}
+
 void Merge::AddMissing() {
     Progress progress("Reading message files");
     std::size_t done = 0;
@@ -206,6 +222,12 @@ void Merge::AddMissing() {
         progress.Show(++done, mFiles.size());
         if (!IsMessageFileName(entry.name) || mBest.count(key) || mFreed.count(key))
             continue;
+        if (IsYoung(entry)) {
+            mReport.anyYoung = true;
+            mReport.unlisted.push_back(Printable(entry.name) +
+                                       " (it was written this moment: rebuild once more)");
+            continue;
+        }
         const auto name = RecordName(entry.name);
         const OwnRecord own = name ? ReadOwnRecord(MessagePath(key), *name) : OwnRecord();
         if (!name || own.state == OwnRecord::Link || own.state == OwnRecord::Unreadable) {
@@ -278,29 +300,28 @@ static void TellReport(const Folder& folder, const Report& report) {
 }
 
 // The D file that is there, or one to be made in a folder that was named itself.
-static Folder FolderToRebuild(const FolderArgument& given) {
-    const Path argument(given.path);
-    const Path path = DFileOf(argument);
+static Folder FolderToRebuild(const Path& path, int type) {
     Folder folder;
     folder.path = path;
     if (path.IsThere())
-        folder = FolderToWrite(path, given.type);
-    if (folder.size == 0 && given.type < 0) {
+        folder = FolderToWrite(path, type);
+    else
+        NeedNoLeftovers(path);
+    if (folder.size == 0 && type < 0) {
         folder.type = keDirFolder;
         folder.why = "what programs make";
     } else if (folder.size == 0) {
-        folder.type = static_cast<TypeDirFile>(given.type);
+        folder.type = static_cast<TypeDirFile>(type);
         folder.why = "as it was told";
     }
     return folder;
 }
 
-static int Rebuild(const Options& options) {
-    const Folder asked = FolderToRebuild(options.folder);
-    const WriteLock lock(asked.path);
-    NeedNoLeftovers(asked.path);
-    // What others changed before the lock was held.
-    const Folder folder = FolderToRebuild(options.folder);
+// Nothing, with `wait` alone, when there are message files that may be about to be added.
+static std::optional<int> RebuildOnce(const Options& options, bool wait) {
+    const Path path = DFileOf(Path(options.folder.path));
+    const WriteLock lock(path);
+    const Folder folder = FolderToRebuild(path, options.folder.type);
     if (folder.type == keDirForeign)
         Fail("Files of type 1 are made by other programs alone; --type 0 makes one of the same "
              "form.");
@@ -310,6 +331,8 @@ static int Rebuild(const Options& options) {
              "Nothing was changed.",
              folder.Directory().Shown());
     const Report report = merge.Run([](const void*, std::size_t) {});
+    if (report.anyYoung && wait)
+        return {};
     TellReport(folder, report);
     const ExitCode code = report.sayingSo.empty() && report.unlisted.empty() ? keFine : keDamage;
     if (!report.changed) {
@@ -320,11 +343,19 @@ static int Rebuild(const Options& options) {
         NeedBackupPlace(folder.path, options.write.replaceBackup);
     if (!options.write.yes)
         return NotAsked(code);
-    NewFile made(folder.path);
+    NewFile made(folder.path, lock);
     merge.Run([&](const void* bytes, std::size_t size) { made.Write(bytes, size); });
     made.PutInPlace();
     Tell("Rebuilt.\n");
     return code;
+}
+
+static int Rebuild(const Options& options) {
+    if (const auto code = RebuildOnce(options, true))
+        return *code;
+    Detail("Waiting for who may be adding messages that were written this moment.\n");
+    Sleep(kYoungMilliseconds);
+    return *RebuildOnce(options, false);
 }
 
 static const Command kRebuild(

@@ -1,6 +1,5 @@
 // Mends what an interrupted rewriting left.
 
-#include "programs/mailfolder/input_file.h"
 #include <fmt/xchar.h>
 
 #include "programs/mailfolder/leftovers.h"
@@ -22,13 +21,11 @@ static void Move(const Path& from, const Path& to) {
 }
 
 // Whatever is interrupted here leaves a state that is mended the same way.
-static void PutRight(const Leftovers& found) {
+static void PutRight(const Leftovers& found, const WriteLock& lock) {
     const Candidate& best = found.candidates.front();
     if (best.role == Candidate::WindowsCopy) {
-        NewFile made(found.target);
-        const InputFile copy(best.path);
-        for (unsigned long long at = 0; at < copy.Size(); at += 0x10000)
-            made.Write(copy.BytesAt(at, 0x10000));
+        NewFile made(found.target, lock);
+        made.Copy(best.path);
         if (BackupOf(found.target).IsThere())
             Move(BackupOf(found.target), FreeBackupName(BackupOf(found.target)));
         made.PutInPlace();
@@ -92,7 +89,7 @@ static int Recover(const std::string& argument, bool yes) {
                  candidate.records ? candidate.Words() : "nothing in it");
         Tell("{} is the one to keep: {}.\n", found.candidates.front().path.Shown(), found.why);
         if (yes)
-            PutRight(found);
+            PutRight(found, lock);
     }
     if (!any && !given.IsThere())
         Fail("Cannot use {}: there is no such file or folder, and nothing left of one.",

@@ -6,9 +6,13 @@
 #include "programs/mailfolder/leftovers.h"
 #include "resident/core/windows_api.h"
 
-void AddRecursive(CLI::App& app, bool& recursive) {
-    app.add_flag("-r,--recursive", recursive,
+Command::Run AddLook(CLI::App& app, Look atOne, Look atAll) {
+    const auto given = std::make_shared<LookOptions>();
+    AddFolder(app, given->folder);
+    app.add_flag("-r,--recursive", given->recursive,
                  "Every folder below, too: a line each, and a summary");
+    AddJson(app, given->json);
+    return [=] { return (given->recursive ? atAll : atOne)(*given); };
 }
 
 static std::vector<Path> FoldersIn(const Path& folder) {

@@ -1,14 +1,21 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <functional>
 #include <string>
 
+#include "programs/mailfolder/command.h"
 #include "programs/mailfolder/path.h"
 #include "programs/mailfolder/tool.h"
 
-void AddRecursive(CLI::App& app, bool& recursive);
+// Of commands that look at one folder, or at all below it.
+struct LookOptions {
+    FolderArgument folder;
+    bool json = false;
+    bool recursive = false;
+};
+typedef int (*Look)(const LookOptions& options);
+// Adds the options; what is returned looks at one folder or at all.
+Command::Run AddLook(CLI::App& app, Look atOne, Look atAll);
 
 // What a command tells of one folder, or of all together.
 struct FolderLine {

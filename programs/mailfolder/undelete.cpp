@@ -3,7 +3,6 @@
 #include <set>
 
 #include "programs/mailfolder/input_file.h"
-#include "programs/mailfolder/leftovers.h"
 #include "programs/mailfolder/new_file.h"
 #include "programs/mailfolder/record.h"
 #include "programs/mailfolder/writing.h"
@@ -73,8 +72,8 @@ static void Show(const std::vector<Slot>& slots) {
         PrintTable({{"Slot", true}, {"From"}, {"Topic"}, {"Date"}, {"File"}}, rows);
 }
 
-static void Write(const Folder& folder, const std::vector<Slot>& slots) {
-    NewFile made(folder.path);
+static void Write(const Folder& folder, const std::vector<Slot>& slots, const WriteLock& lock) {
+    NewFile made(folder.path, lock);
     const InputFile old(folder.path);
     std::size_t next = 0;
     DiskDirRec record;
@@ -91,10 +90,8 @@ static void Write(const Folder& folder, const std::vector<Slot>& slots) {
 }
 
 static int Undelete(const Options& options) {
-    const Path path = DFileOf(Path(options.folder.path));
-    const WriteLock lock(path);
-    NeedNoLeftovers(path);
-    const Folder folder = FolderToWrite(path, options.folder.type);
+    const LockedFolder target(options.folder);
+    const auto& [path, lock, folder] = target;
     std::vector<Slot> slots = FreedSlots(folder);
     Choose(slots, options.slots);
     Tell("{}: {} can be taken back\n", path.Shown(), Count(slots.size(), "freed message"));
@@ -104,7 +101,7 @@ static int Undelete(const Options& options) {
     NeedBackupPlace(path, options.write.replaceBackup);
     if (!options.write.yes)
         return NotAsked();
-    Write(folder, slots);
+    Write(folder, slots, lock);
     Tell("{} taken back.\n", Count(slots.size(), "message"));
     return keFine;
 }

@@ -229,7 +229,7 @@ static int ExportUsers(const Options& options) {
              path.Shown(), BackupOf(path).Shown());
         return NotAsked(users.FoundDamage() ? keDamage : keFine);
     }
-    NewFile list(path);
+    NewFile list(path, lock);
     const unsigned long count = MakeList(users, [&](const std::string& line) { list.Write(line); });
     list.PutInPlace();
     Tell("{} written to {}.\n", Count(count, "user"), path.Shown());
@@ -318,13 +318,11 @@ static void NeedUsersTarget(const Options& options, const Path& list, const Path
              users.Shown());
 }
 
-static void WriteUsers(const Path& path, const Imported& imported, bool append) {
-    NewFile made(path);
-    if (append) {
-        const InputFile old(path);
-        for (unsigned long long at = 0; at < old.Size(); at += 0x10000)
-            made.Write(old.BytesAt(at, 0x10000));
-    }
+static void WriteUsers(const Path& path, const Imported& imported, bool append,
+                       const WriteLock& lock) {
+    NewFile made(path, lock);
+    if (append)
+        made.Copy(path);
     made.Write(imported.records);
     made.PutInPlace();
 }
@@ -354,7 +352,7 @@ static int ImportUsers(const Options& options) {
              BackupOf(users).Shown(), Count(imported.refused, "line"));
         return NotAsked(code);
     }
-    WriteUsers(users, imported, options.append && isThere);
+    WriteUsers(users, imported, options.append && isThere, lock);
     Tell("{} put into {}, {} refused.\n", Count(imported.taken, "user"), users.Shown(),
          Count(imported.refused, "line"));
     return code;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "resident/core/windows_api.h"
@@ -25,3 +27,12 @@ public:
 private:
     HANDLE mHandle;
 };
+
+// Opens a file or a folder for reading, and keeps nobody from anything: writers, renames and
+// removals go on.
+WinHandle OpenShared(const std::wstring& path, DWORD flags = FILE_FLAG_BACKUP_SEMANTICS);
+// Reads as much as there is, up to `size`, and returns that; nothing when reading fails.
+std::optional<std::size_t> ReadFileAt(const WinHandle& file, unsigned long long position, void* to,
+                                      std::size_t size);
+// Why the last call of the system failed, in words that go on after a name.
+std::string LastErrorText();

@@ -2,7 +2,7 @@
 
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/folder.h"
-#include "resident/files/file_lock.h"
+#include "programs/mailfolder/write_lock.h"
 
 // What the commands share that change files.
 
@@ -19,13 +19,12 @@ int NotAsked(ExitCode code = keFine);
 // told. An empty file counts where it has the name of one.
 Folder FolderToWrite(const Path& path, int type);
 
-// Held from before the first look at a file until after its renames: whoever else changes it by way
-// of the library waits, and so does this, 30 seconds at most.
-class WriteLock {
-public:
-    // A file that is not there has none.
-    explicit WriteLock(const Path& path);
+// One that is there, locked from before the first look at it.
+struct LockedFolder {
+    explicit LockedFolder(const FolderArgument& given)
+        : path(DFileOf(Path(given.path))), lock(path), folder(FolderToWrite(path, given.type)) {}
 
-private:
-    FileLock mLock;
+    Path path;
+    WriteLock lock;
+    Folder folder;
 };

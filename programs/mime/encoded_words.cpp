@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "programs/mime/charset.h"
+#include "programs/mime/decodings.h"
 #include "programs/mime/encodings.h"
 #include "programs/mime/header.h"
 
@@ -37,27 +38,10 @@ std::string EncodedWord(const char* charset, std::string_view bytes) {
     return std::string("=?") + charset + (b.size() < q.size() ? "?B?" + b : "?Q?" + q) + "?=";
 }
 
-int HexValue(char c) {
-    return c >= '0' && c <= '9'   ? c - '0'
-           : c >= 'A' && c <= 'F' ? c - 'A' + 10
-           : c >= 'a' && c <= 'f' ? c - 'a' + 10
-                                  : -1;
-}
-
-// What is no escape stands for itself.
 std::string FromQ(std::string_view text) {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escape = text[i] == '=' && text.size() - i > 2 && HexValue(text[i + 1]) >= 0 &&
-                            HexValue(text[i + 2]) >= 0;
-        if (escape) {
-            bytes += static_cast<char>(HexValue(text[i + 1]) << 4 | HexValue(text[i + 2]));
-            i += 2;
-        } else {
-            bytes += text[i] == '_' ? ' ' : text[i];
-        }
-    }
-    return bytes;
+    std::string blanks(text);
+    std::replace(blanks.begin(), blanks.end(), '_', ' ');
+    return DecodedHex(blanks);
 }
 
 struct EncodedText {

@@ -75,9 +75,6 @@ void Base64::Finish() {
     mSink.Finish();
 }
 
-static constexpr std::string_view kBase64Digits =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
 std::string Base64Of(std::string_view bytes) {
     std::string text;
     text.reserve((bytes.size() + 2) / 3 * 4);

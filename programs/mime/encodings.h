@@ -43,6 +43,10 @@ std::string Base64Of(std::string_view bytes);
 // The bytes of such a line, padded or not; none when it has other characters.
 std::optional<std::string> FromBase64(std::string_view text);
 
+// RFC 2045, 6.8, table 1.
+inline constexpr std::string_view kBase64Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
 // A byte as "=XX".
 std::string HexEscape(unsigned char byte);
 

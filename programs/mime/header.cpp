@@ -27,10 +27,11 @@ bool IsAtom(char c) {
 }
 bool IsPrintable(char c) { return c >= 0x20 && c < 0x7F; }
 
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
 bool SameName(std::string_view left, std::string_view right) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [&](char a, char b) { return lower(a) == lower(b); });
+                      [](char a, char b) { return Lower(a) == Lower(b); });
 }
 
 // Takes the first line off a text; its end goes with it.
@@ -120,10 +121,11 @@ const Field* Header::Find(std::string_view name) const {
     return found == fields.end() ? nullptr : &*found;
 }
 
-std::optional<Header> HeaderOf(std::string_view text) {
+// `ended` tells whether an empty line is behind the fields.
+static std::optional<Header> FieldsOf(std::string_view text, bool& ended) {
     Header header;
     std::string_view rest = text;
-    bool ended = false;
+    ended = false;
     while (!rest.empty() && !ended) {
         const std::string_view line = TakeLine(rest);
         const std::size_t nameSize = FieldNameSize(line);
@@ -138,12 +140,22 @@ std::optional<Header> HeaderOf(std::string_view text) {
             return {};
         }
     }
-    const bool known = std::any_of(std::begin(kKnownFields), std::end(kKnownFields),
-                                   [&](std::string_view name) { return header.Has(name); });
-    if (!known || (!ended && header.fields.size() < 2))
-        return {};
     header.size = text.size() - rest.size();
     return header;
+}
+
+std::optional<Header> HeaderOf(std::string_view text) {
+    bool ended;
+    auto header = FieldsOf(text, ended);
+    const bool known =
+        header && std::any_of(std::begin(kKnownFields), std::end(kKnownFields),
+                              [&](std::string_view name) { return header->Has(name); });
+    return known && (ended || header->fields.size() > 1) ? header : std::nullopt;
+}
+
+std::optional<Header> PartHeaderOf(std::string_view text) {
+    bool ended;
+    return FieldsOf(text, ended);
 }
 
 std::string Unfolded(std::string_view body) {
@@ -155,6 +167,35 @@ std::string Unfolded(std::string_view body) {
         line.pop_back();
     line.erase(0, std::min(line.find_first_not_of(" \t"), line.size()));
     return line;
+}
+
+std::string ValueOf(std::string_view body) {
+    std::string value = Unfolded(body.substr(0, body.find(';')));
+    for (char& c : value)
+        c = Lower(c);
+    return value;
+}
+
+std::string ParameterOf(std::string_view body, std::string_view name) {
+    const std::string line = Unfolded(body);
+    std::size_t at = line.find(';');
+    while (at < line.size()) {
+        at = std::min(line.find_first_not_of("; \t", at), line.size());
+        const std::size_t equals = std::min(line.find_first_of("=;", at), line.size());
+        const std::string_view found = std::string_view(line).substr(at, equals - at);
+        std::string value;
+        at = equals + 1;
+        if (at < line.size() && line[at] == '"')
+            for (++at; at < line.size() && line[at] != '"'; ++at)
+                value += line[line[at] == '\\' && at + 1 < line.size() ? ++at : at];
+        else if (equals < line.size() && line[equals] == '=')
+            for (; at < line.size() && line[at] != ';' && !IsBlank(line[at]); ++at)
+                value += line[at];
+        if (SameName(found.substr(0, found.find_last_not_of(" \t") + 1), name))
+            return value;
+        at = line.find(';', std::min(at, line.size()));
+    }
+    return {};
 }
 
 std::optional<std::string> AddrSpec(std::string_view address) {

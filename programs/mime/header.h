@@ -32,6 +32,14 @@ struct Header {
 // - the empty line is there, or the text ends after two fields or more.
 // Lines end with CR, LF or CR LF.
 std::optional<Header> HeaderOf(std::string_view text);
+// The same of the header of a message's part: any fields will do, and none.
+std::optional<Header> PartHeaderOf(std::string_view text);
+
+// A parameter of a field's body, as of "text/plain; charset=utf-8" (RFC 2045, 5.1); empty when it
+// is not there.
+std::string ParameterOf(std::string_view body, std::string_view name);
+// What stands before the parameters, in small letters.
+std::string ValueOf(std::string_view body);
 
 // A field's body in one line (RFC 5322, 2.2.3), without blanks around it.
 std::string Unfolded(std::string_view body);

@@ -33,16 +33,18 @@ static bool FlushToDisk(const wchar_t* path) {
     return file && FlushFileBuffers(file.Get());
 }
 
-// Waits until no program has the file open in a way that keeps it from being renamed.
-static void WaitUntilMovable(const wchar_t* path) {
+// Waits until no program has the file open in a way that keeps it from being renamed; false when
+// one still has, or the file is not there.
+static bool WaitUntilMovable(const wchar_t* path) {
     const ULONGLONG end = GetTickCount64() + kRenameMilliseconds;
     do {
         const FileHandle file(CreateFileW(path, DELETE, kShareAll, nullptr, OPEN_EXISTING,
                                           FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file || GetLastError() != ERROR_SHARING_VIOLATION)
-            return;
+            return file || GetLastError() != ERROR_FILE_NOT_FOUND;
         Sleep(1);
     } while (GetTickCount64() < end);
+    return false;
 }
 
 // Removes a backup, unless it is read-only. One that somebody reads, or waits for the lock of,
@@ -70,10 +72,9 @@ int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* 
                   int options) {
     CopyAccessRights(target, newFile);
     const bool flushed = !(options & keReplaceFlush) || FlushToDisk(newFile);
-    if (flushed && !IsLink(backup))
+    // Where the rename cannot succeed, the older backup stays as well.
+    if (flushed && WaitUntilMovable(target) && !IsLink(target) && !IsLink(backup))
         RemoveBackup(backup);
-    if (flushed)
-        WaitUntilMovable(target);
     const bool dropNew = !(options & keReplaceKeepNew);
     if (!flushed || IsLink(target) || !DiskDriver::Rename(target, backup)) {
         if (dropNew)

@@ -16,13 +16,16 @@ enum enumReplaceOptions : int {
 // whole under a name that is known:
 //
 //   1. the new file gets the old one's access rights (its DACL);
-//   2. an older backup is removed;
-//   3. the old file is renamed to the backup, within a second: until then a program that has it
-//      open for writing may close it;
+//   2. the old file can be renamed, within a second: until then a program that has it open for
+//      writing may close it;
+//   3. an older backup is removed, and the old file is renamed to the backup: until then that one
+//   is
+//      whole under its own name, so that the older one is never the only copy;
 //   4. the new file is renamed to the old one's name.
 //
-// Where step 3 fails, the old file is as it was and the new one is removed; where step 4 does, the
-// old one gets its name back and the new one is removed. Links are not replaced: step 3 fails.
+// Where step 2 fails, everything is as it was and the new file is removed; where step 3 does, an
+// older backup may be gone, too; where step 4 does, the old one gets its name back and the new one
+// is removed. Links are not replaced, nor is a link in the backup's place: that is step 2.
 // Returns 1, or 0 after a rename's report. The caller holds the file's FileLock from before its
 // first read of the old file.
 JX_API int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* backup,

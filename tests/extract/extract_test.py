@@ -309,6 +309,8 @@ def nothing_is_written_where_it_must_not(folder):
     with open(foreign, "wb") as file:
         file.write(b"Dear all,\n")
     run("extract", work, foreign, "--append", code=1)
+    for wrong in foreign, secret:
+        assert "it looks like" in run("extract", wrong, os.path.join(folder, "new.mbox"), code=1)[1]
     os.makedirs(os.path.join(folder, "linked"))
     os.symlink(mail, os.path.join(folder, "linked", "Work"))
     run("extract", mail, os.path.join(folder, "linked"), "--recursive", "--format", "eml", code=1)
@@ -521,6 +523,9 @@ def one_message_is_shown(folder):
     assert out == ("From        Anna Smith <anna@post>\nTopic       A topic\nDate        1998-07-09 17:00:01\n"
                    "Kind        1\nMarks       processed\nFile        MSG00001.EML\nSlot        1\n\n"
                    "Grüße\n·[31m\tred\n"), out
+    shown, _ = run("show", source, "msg00002.eml")
+    assert shown.split("\n\n", 1)[1].startswith("From: Bob <bob@example.org>\nTo: x@example.org\nSubject: Grü\n")
+    assert shown.endswith("\n\nGrüße\nFrom here\n[a.bin, application/octet-stream, 4 bytes]\n"), shown
     raw = subprocess.run(TOOL + ["show", windows(source), "msg00002.eml", "--raw"], capture_output=True)
     assert raw.stdout == MULTIPART
     run("show", source, "3", code=1)

@@ -12,6 +12,7 @@
 //   d  deletes D<round>.EML                           deleted NAME
 //   o  moves old mail to the folder OLD
 //   z  compresses, s strips identifiers, u cuts free slots at the end
+//   r  rebuilds, k compresses: the tool, a process for each round
 //   U  drops all free slots of MSGS<number>.DAT
 //   p  adds a block to RB.DAT                         block ID
 //   w  walks as a notifier does                       torn NAME, for texts that do not belong
@@ -81,6 +82,9 @@ public:
             return;
         case 'u':
             return mFile.UpdateDFile();
+        case 'r':
+        case 'k':
+            return Tool(kind == 'r' ? "rebuild" : "compress");
         case 'U':
             return mMessages.UpdateDFile();
         case 'p':
@@ -120,6 +124,14 @@ private:
         mFile.GetUnprocessedDDRs(&list, nullptr, keGetProcessable);
         for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
             Tell(std::string("taken ") + record->FileName().Text());
+    }
+    // It may come between another's two renames, and then says so.
+    void Tool(const std::string& command) {
+        HelperProcess tool("mailfolder.exe",
+                           command + " \"" + mFolder + "\" --yes --replace-backup --quiet");
+        const unsigned long code = tool.ExitCode();
+        if (code != 0 && code != 1)
+            Tell("failed " + command + std::to_string(code));
     }
     void AddBlock(int id) {
         std::string bytes = Neighbours::Block(id);

@@ -144,6 +144,12 @@ TEST_F(NeighbourFolder, EightAtOnceKeepWhatTheyTold) {
     Compare(false);
 }
 
+TEST_F(NeighbourFolder, TheToolKeepsWhatOthersTold) {
+    Run({"am", "aw", "d", "rk", "r"}, Rounds(12));
+    EXPECT_TRUE(Told()["failed"].empty());
+    Compare(false);
+}
+
 TEST_F(NeighbourFolder, WhoAreEndedKeepNobodyWaitingAndLoseNothingTold) {
     for (int i = 0; i < Rounds(3); ++i) {
         // Between the two renames of a rewrite there is no directory file: those stay out of it.

@@ -2,11 +2,13 @@
 
 #include "programs/mime/charset.h"
 #include "programs/mime/date.h"
+#include "programs/mime/decodings.h"
 #include "programs/mime/encoded_words.h"
 #include "programs/mime/encodings.h"
 #include "programs/mime/header.h"
 #include "programs/mime/maildir.h"
 #include "programs/mime/mbox.h"
+#include "programs/mime/parts.h"
 
 namespace {
 
@@ -52,6 +54,73 @@ TEST(Mime, TextsComeOutAlikeInWhateverPieces) {
     EXPECT_EQ(Through<QuotedPrintable>("\xE4=\t \nx ", 1), "=E4=3D\t=20|x=20");
     EXPECT_EQ(Through<QuotedPrintable>(std::string(77, 'z'), 7), std::string(75, 'z') + "=|zz");
     EXPECT_EQ(Through<Base64>("ab\rc", 1), "YWINCmM=|");
+}
+
+// A text through an encoder and the decoder of what it made.
+template <class Encoder>
+std::string ThereAndBack(const std::string& text, const char* encoding) {
+    std::string back;
+    const auto decoder = DecoderOf(encoding, [&](std::string_view bytes) { back += bytes; });
+    Encoder encoder(*decoder);
+    LineSplitter lines(encoder);
+    lines.Add(text);
+    lines.Finish();
+    decoder->Finish();
+    return back;
+}
+
+TEST(Mime, WhatIsEncodedIsDecoded) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i)
+        text += static_cast<char>(i * i / 7);
+    std::erase_if(text, [](char c) { return c == '\r' || c == '\n'; });
+    text.insert(1000, " \n\t\n");
+    EXPECT_EQ(ThereAndBack<QuotedPrintable>(text, "quoted-printable"), text);
+    std::string crLf = text;
+    crLf.replace(crLf.find('\n'), 1, "\r\n").replace(crLf.rfind('\n'), 1, "\r\n");
+    EXPECT_EQ(ThereAndBack<Base64>(text, "base64"), crLf);
+    EXPECT_EQ(ThereAndBack<Same>("=41 =\n=4 =G1 \n=", "quoted-printable"), "A =4 =G1\n");
+    EXPECT_EQ(ThereAndBack<Same>("YW\nJj !ZA=", "base64"), "abcd");
+    EXPECT_EQ(ThereAndBack<Same>("=41\n", "x-own"), "=41\n");
+
+    EXPECT_EQ(ValueOf(" Text/PLAIN ; a=b"), "text/plain");
+    EXPECT_EQ(ParameterOf("a; NAME = x; b=\"c;\\\"d\";e=f g", "b"), "c;\"d");
+    EXPECT_EQ(ParameterOf("a; b=\"c;e=g\"; e=f g", "E"), "f");
+    EXPECT_EQ(ParameterOf("a; b", "b") + ParameterOf("a", "b") + ParameterOf("a; b=", "b"), "");
+}
+
+// The bodies of a message, "type|text|" each; "+" for one that says the same again.
+struct Bodies : PartTaker {
+    void Begin(const Part& part) override {
+        text += (part.isAlternative ? "+" : part.isAttached ? "@" : "") + part.type + "|";
+    }
+    void Bytes(std::string_view bytes) override { text += bytes; }
+    void End() override { text += "|"; }
+    std::string text;
+};
+
+TEST(Mime, MessagesAreTakenApart) {
+    const auto bodies = [](const std::string& message) {
+        const auto header = HeaderOf(message);
+        Bodies found;
+        PartReader reader(*header, found);
+        LineSplitter lines(reader);
+        lines.Add(std::string_view(message).substr(header->size));
+        lines.Finish();
+        return found.text;
+    };
+    const std::string mixed = "Subject: a\nContent-Type: multipart/mixed; boundary=\"x y\"\n\n";
+    EXPECT_EQ(bodies("To: a\n\nb\n--x\n"), "text/plain|b\n--x\n|");
+    EXPECT_EQ(bodies(mixed + "before\n--x y\n\na\n\n--x y \nContent-Type: image/png\n"
+                             "Content-Transfer-Encoding: base64\n\nYQ==\n--x y--\nafter"),
+              "text/plain|a\n|@image/png|a|");
+    // Nested, alternatives, an inner one that does not end, a part without a header, the last one
+    // cut.
+    EXPECT_EQ(bodies(mixed +
+                     "--x y\nContent-Type: multipart/alternative; boundary=i\n\n--i\n\na\n--i\n"
+                     "Content-Type: text/html\n\nb\n--x y\nno header\n\nc\n--x y\n"
+                     "Content-Type: message/rfc822\n\nSubject: s\n\nd\n--x y\nX: y"),
+              "text/plain|a|+text/html|b|text/plain|no header\n\nc|text/plain|d|text/plain||");
 }
 
 TEST(Mime, AHeaderIsNothingButFieldsWithAKnownOneAmongThem) {

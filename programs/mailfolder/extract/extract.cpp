@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include <fmt/xchar.h>
+
 #include "programs/console/text.h"
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/extract/csv.h"
@@ -54,57 +56,52 @@ struct Counts {
 // A line for every message, with what became of it.
 class Manifest {
 public:
-    explicit Manifest(const std::wstring& path);
-    void Add(const std::wstring& folder, const InternetMessage& message,
-             const std::wstring& target);
-    void AddMissing(const std::wstring& folder, const SourceMessage& message,
-                    mime::Charset charset);
+    explicit Manifest(const Path& path);
+    void Add(const Path& folder, const InternetMessage& message, const std::string& target);
+    void AddMissing(const Path& folder, const SourceMessage& message, mime::Charset charset);
     void Complete();
 
 private:
-    void AddLine(const std::wstring& folder, const SourceMessage& message, const DiskDirRec& record,
-                 const RecordText& texts, const std::wstring& target, const std::string& digest);
+    void AddLine(const Path& folder, const SourceMessage& message, const DiskDirRec& record,
+                 const RecordText& texts, const std::string& target, const std::string& digest);
 
-    std::wstring mPath;
+    Path mPath;
     NewFile mFile;
 };
 
-Manifest::Manifest(const std::wstring& path) : mPath(path), mFile(path) {
+Manifest::Manifest(const Path& path) : mPath(path), mFile(path) {
     if (Exists(path))
-        Fail("{} is there already: name another file for the manifest.",
-             Shown(WithoutPrefix(path)));
+        Fail("{} is there already: name another file for the manifest.", path.Shown());
     mFile.Write(CsvLine({"folder", "slot", "file", "from", "subject", "date", "kind", "marks",
                          "target", "sha256"}));
 }
 
-void Manifest::AddLine(const std::wstring& folder, const SourceMessage& message,
-                       const DiskDirRec& record, const RecordText& texts,
-                       const std::wstring& target, const std::string& digest) {
+void Manifest::AddLine(const Path& folder, const SourceMessage& message, const DiskDirRec& record,
+                       const RecordText& texts, const std::string& target,
+                       const std::string& digest) {
     std::string from = mime::Utf8(texts.sender);
     if (!texts.senderAddress.empty())
         from += (from.empty() ? "<" : " <") +
                 mime::Utf8(mime::Decoded(texts.senderAddress, mime::Charset::Windows1252)) + ">";
-    mFile.Write(CsvLine(
-        {mime::Utf8(WithoutPrefix(folder)), message.slot ? std::to_string(*message.slot) : "",
-         mime::Utf8(message.file), from, mime::Utf8(texts.topic), DateText(FlipLong(record.date)),
-         std::to_string(static_cast<unsigned short>(record.kind)), MarksOf(record),
-         mime::Utf8(WithoutPrefix(target)), digest}));
+    mFile.Write(CsvLine({folder.Shown(), message.slot ? std::to_string(*message.slot) : "",
+                         mime::Utf8(message.file), from, mime::Utf8(texts.topic),
+                         DateText(FlipLong(record.date)),
+                         std::to_string(static_cast<unsigned short>(record.kind)), MarksOf(record),
+                         target, digest}));
 }
 
-void Manifest::Add(const std::wstring& folder, const InternetMessage& message,
-                   const std::wstring& target) {
+void Manifest::Add(const Path& folder, const InternetMessage& message, const std::string& target) {
     AddLine(folder, message.Source(), message.Record(), message.Texts(), target,
             message.TextDigest());
 }
 
-void Manifest::AddMissing(const std::wstring& folder, const SourceMessage& message,
-                          mime::Charset charset) {
+void Manifest::AddMissing(const Path& folder, const SourceMessage& message, mime::Charset charset) {
     AddLine(folder, message, message.record, RecordText(message.record, charset), {}, {});
 }
 
 void Manifest::Complete() {
     if (!mFile.PutInPlace())
-        Fail("Cannot write {}: there is a file of that name now.", Shown(WithoutPrefix(mPath)));
+        Fail("Cannot write {}: there is a file of that name now.", mPath.Shown());
 }
 
 // One folder on its way out.
@@ -112,7 +109,7 @@ class Extraction {
 public:
     Extraction(const Options& options, SourceFolder& source, Target& target, Manifest* manifest)
         : mOptions(options), mSource(source), mTarget(target), mManifest(manifest),
-          mFile(source.Path()) {}
+          mFile(source.Place(), source.Final()) {}
 
     Counts Run();
 
@@ -131,7 +128,7 @@ private:
 };
 
 Counts Extraction::Run() {
-    Progress progress("Taking out " + Shown(WithoutPrefix(mSource.Name())));
+    Progress progress("Taking out " + mSource.Shown());
     mSource.ForEach([&](const SourceMessage& message) {
         Take(message);
         progress.Show(message.slot.value_or(mSource.Slots()), mSource.Slots());
@@ -143,9 +140,8 @@ Counts Extraction::Run() {
 void Extraction::Tell(const SourceMessage& message, const std::string& what) const {
     const std::string slot = message.slot ? fmt::format(", slot {}", *message.slot) : "";
     Warn("{}{}: {}\n",
-         message.file.empty() ? Shown(WithoutPrefix(mSource.Name()))
-                              : Shown(WithoutPrefix(Joined(mSource.Path(), message.file))),
-         slot, what);
+         message.file.empty() ? mSource.Shown() : mSource.Place().Child(message.file).Shown(), slot,
+         what);
 }
 
 // A free slot whose file came to hold another message is none of that message's.
@@ -176,7 +172,7 @@ void Extraction::Take(const SourceMessage& found) {
         ++(problem.isMissing ? mCounts.withoutFile : mCounts.damaged);
         Tell(message, problem.reason);
         if (mManifest)
-            mManifest->AddMissing(mSource.Path(), message, mOptions.charset);
+            mManifest->AddMissing(mSource.Place(), message, mOptions.charset);
     }
 }
 
@@ -186,11 +182,11 @@ void Extraction::PutOut(const SourceMessage& message) {
         ++mCounts.notSelected;
         return;
     }
-    std::wstring place;
+    std::string place;
     if (mTarget.Has(mail.Id())) {
         ++mCounts.alreadyThere;
     } else {
-        place = mTarget.Put(mail);
+        place = mTarget.Put(mail).Shown();
         ++mCounts.taken;
         if (mail.Meaningless())
             Tell(message, fmt::format("{} no meaning in {}, and {} kept",
@@ -199,94 +195,93 @@ void Extraction::PutOut(const SourceMessage& message) {
                                       mail.Meaningless() == 1 ? "is" : "are"));
     }
     if (mManifest)
-        mManifest->Add(mSource.Path(), mail, place);
+        mManifest->Add(mSource.Place(), mail, place);
 }
 
 // Where the messages of each folder go, below one target.
 class Places {
 public:
-    Places(const Options& options, const std::wstring& source)
-        : mOptions(options), mSource(source), mTop(LongPath(WideArgument(options.target))) {
-        const std::wstring final = FinalPathOf(mTop);
-        if (IsWithin(final, mSource))
+    Places(const Options& options, const SourceFolder& source)
+        : mOptions(options), mSource(source.Place()), mFinalSource(source.Final()),
+          mTop(Path(options.target).AsItStands()) {
+        if (IsWithin(FinalPathOf(mTop), mFinalSource))
             throw Failure{fmt::format("{} lies in the folder that is read: name another target.",
-                                      Shown(WithoutPrefix(mTop))),
+                                      mTop.Shown()),
                           keWrongUse};
         if (options.recursive) {
             MakeFolders(mTop);
         } else if (options.how.format == TargetFormat::Mbox) {
-            MakeFolders(ParentOf(mTop));
+            MakeFolders(mTop.Folder());
         }
     }
 
     // For a folder at or below the source. Makes the folders that it needs.
-    std::wstring Of(const std::wstring& folder) {
-        std::wstring place = mTop;
+    Path Of(const Path& folder) {
+        Path place = mTop;
         const bool isMbox = mOptions.how.format == TargetFormat::Mbox;
-        if (folder == mSource) {
+        const std::wstring& top = mSource.Full();
+        if (folder.Full() == top) {
             if (isMbox && IsFolder(mTop))
-                place = Joined(mTop, MboxName(folder));
+                place = mTop.Child(MboxName(folder.Name()));
         } else {
-            std::wstring rest = folder.substr(mSource.size() + (mSource.back() == L'\\' ? 0 : 1));
+            std::wstring rest = folder.Full().substr(top.size() + (top.back() == L'\\' ? 0 : 1));
             for (std::size_t end; (end = rest.find(L'\\')) != rest.npos; rest.erase(0, end + 1))
-                place = Joined(place, SafeName(rest.substr(0, end)));
-            place = Joined(place, isMbox ? MboxName(rest) : SafeName(rest));
+                place = place.Child(SafeName(rest.substr(0, end)));
+            place = place.Child(isMbox ? MboxName(rest) : SafeName(rest));
         }
-        const std::wstring unique = NotTaken(place, isMbox ? L".mbox" : L"");
-        CheckFolder(isMbox ? ParentOf(unique) : unique);
+        const Path unique = NotTaken(place, isMbox ? L".mbox" : L"");
+        CheckFolder(isMbox ? unique.Folder() : unique);
         return unique;
     }
 
 private:
-    static std::wstring MboxName(const std::wstring& folder) {
-        const std::wstring name = LastName(folder);
+    static std::wstring MboxName(const std::wstring& name) {
         return SafeName(name.empty() || name.back() == L':' ? L"Mail" : name) + L".mbox";
     }
 
     // Two folders of the source do not share one place.
-    std::wstring NotTaken(const std::wstring& place, std::wstring_view extension) {
-        std::wstring unique = place;
+    Path NotTaken(const Path& place, std::wstring_view extension) {
+        Path unique = place;
+        const std::wstring name = place.Name();
         const std::wstring stem =
-            place.ends_with(extension) ? place.substr(0, place.size() - extension.size()) : place;
-        for (int number = 2; !mTaken.insert(Upper(unique)).second; ++number)
-            unique = stem + L" (" + std::to_wstring(number) + L")" + std::wstring(extension);
+            name.ends_with(extension) ? name.substr(0, name.size() - extension.size()) : name;
+        for (int number = 2; !mTaken.insert(FoldCase(unique.Full())).second; ++number)
+            unique = place.Beside(fmt::format(L"{} ({}){}", stem, number, extension));
         return unique;
     }
 
     // Nothing is written outside the target by way of a link, nor among messages of a mail folder.
-    void CheckFolder(const std::wstring& folder) const {
+    void CheckFolder(const Path& folder) const {
         MakeFolders(folder);
         const std::wstring final = FinalPathOf(folder);
-        const std::wstring top = FinalPathOf(mOptions.recursive || folder == mTop ? mTop : folder);
-        if (IsWithin(final, mSource) || !IsWithin(final, top))
-            Fail("{} leads out of the target, to {}.", Shown(WithoutPrefix(folder)),
-                 Shown(WithoutPrefix(final)));
+        const bool isTop = mOptions.recursive || folder.Full() == mTop.Full();
+        if (IsWithin(final, mFinalSource) || !IsWithin(final, FinalPathOf(isTop ? mTop : folder)))
+            Fail("{} leads out of the target, to {}.", folder.Shown(), Printable(final));
         for (const wchar_t* name : {L"DFile", L"MFile"})
-            if (Exists(Joined(folder, name)))
-                Fail("{} is a mail folder itself: name another target.",
-                     Shown(WithoutPrefix(folder)));
+            if (Exists(folder.Child(name)))
+                Fail("{} is a mail folder itself: name another target.", folder.Shown());
     }
 
     const Options& mOptions;
-    std::wstring mSource;
-    std::wstring mTop;
+    Path mSource;
+    std::wstring mFinalSource;
+    Path mTop;
     std::set<std::wstring> mTaken;
 };
 
 } // namespace
 
 static int Extract(const Options& options) {
-    SourceFolder top(WideArgument(options.folder));
+    SourceFolder top{Path(options.folder)};
     if (!options.recursive && !top.HasMail())
         Fail("{} has neither a D file nor message files; --recursive looks into the folders in it.",
-             Shown(WithoutPrefix(top.Path())));
-    Places places(options, top.Path());
+             top.Place().Shown());
+    Places places(options, top);
     std::optional<Manifest> manifest;
     if (!options.manifest.empty()) {
-        const std::wstring path = LongPath(WideArgument(options.manifest));
-        if (IsWithin(FinalPathOf(path), top.Path()))
-            Fail("{} lies in the folder that is read: name another manifest.",
-                 Shown(WithoutPrefix(path)));
+        const Path path = Path(options.manifest).AsItStands();
+        if (IsWithin(FinalPathOf(path), top.Final()))
+            Fail("{} lies in the folder that is read: name another manifest.", path.Shown());
         manifest.emplace(path);
     }
 
@@ -294,20 +289,20 @@ static int Extract(const Options& options) {
     bool damaged = false;
     bool failed = false;
     const auto take = [&](SourceFolder& source) {
-        const std::wstring place = places.Of(source.Path());
+        const Path place = places.Of(source.Place());
         const std::unique_ptr<Target> target = OpenTarget(place, options.how);
         const Counts counts =
             Extraction(options, source, *target, manifest ? &*manifest : nullptr).Run();
         if (!source.Problem().empty())
-            Warn("{}: {}; its messages come from their files alone.\n",
-                 Shown(WithoutPrefix(source.Name())), source.Problem());
+            Warn("{}: {}; its messages come from their files alone.\n", source.Shown(),
+                 source.Problem());
         damaged |= !source.Problem().empty() || counts.withoutFile || counts.damaged;
         all += counts;
         if (options.recursive)
-            Tell("{}: {}\n", Shown(WithoutPrefix(place)), counts.Text());
+            Tell("{}: {}\n", place.Shown(), counts.Text());
     };
     if (options.recursive) {
-        for (const std::wstring& folder : MailFoldersBelow(top.Path())) {
+        for (const Path& folder : MailFoldersBelow(top.Place())) {
             try {
                 SourceFolder source(folder);
                 take(source);

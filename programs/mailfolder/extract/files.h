@@ -1,41 +1,20 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "programs/mailfolder/file_writer.h"
+#include "programs/mailfolder/path.h"
+#include "programs/mailfolder/win_handle.h"
+
 namespace extract {
 
-// Files by their long names in UTF-16, as the system has them. Names are taken as they stand: no
-// device is reached by one, and none is too long.
-
-// Closes a handle of a file when it goes.
-struct CloseFile {
-    void operator()(void* handle) const;
-};
-typedef std::unique_ptr<void, CloseFile> FileHandle;
-
-// The text in UTF-8 for a line of a message; control characters are shown as dots.
-std::string Shown(std::wstring_view text);
-
-// An argument of the command line: UTF-8, or what is none in the system's code page.
-std::wstring WideArgument(const std::string& argument);
-
-// Why the last call of the system failed, in words that go on after a name.
-std::string LastErrorText();
-
-// The full path, in the form that is taken as it stands.
-std::wstring LongPath(const std::wstring& path);
-// As people write it.
-std::wstring WithoutPrefix(const std::wstring& longPath);
-std::wstring Joined(const std::wstring& folder, std::wstring_view name);
-std::wstring ParentOf(const std::wstring& path);
-std::wstring LastName(const std::wstring& path);
+// Folders that are read, and files that are made. All paths are as they stand.
 
 bool SameName(std::wstring_view left, std::wstring_view right);
-std::wstring Upper(std::wstring text);
 
 // What an entry of a folder is called, and what it is.
 struct Entry {
@@ -44,20 +23,20 @@ struct Entry {
     bool isLink;
 };
 // The entries of a folder as the disk has them; none when it cannot be read.
-void ForEachEntry(const std::wstring& folder, const std::function<void(const Entry&)>& visit);
+void ForEachEntry(const Path& folder, const std::function<void(const Entry&)>& visit);
 // In the order of their names.
-std::vector<Entry> EntriesOf(const std::wstring& folder);
+std::vector<Entry> EntriesOf(const Path& folder);
 
-bool Exists(const std::wstring& path);
-bool IsFolder(const std::wstring& path);
-// Opens for reading, and keeps nobody from anything: writers, renames and removals go on. Takes
-// folders, too. Null when it fails.
-FileHandle OpenShared(const std::wstring& path);
+// Whatever it is, links followed.
+bool Exists(const Path& path);
+bool IsFolder(const Path& path);
 
 // Where a file or folder really lies, links resolved; empty when nobody knows.
-std::wstring FinalPath(const FileHandle& file);
+std::wstring FinalPath(const WinHandle& file);
 // Of the path's nearest folder that is there, with what is not there behind it.
-std::wstring FinalPathOf(const std::wstring& path);
+std::wstring FinalPathOf(const Path& path);
+// The folder of a final path.
+std::wstring ParentOf(const std::wstring& finalPath);
 // Whether it is the folder, or lies in it at any depth. Both are final paths.
 bool IsWithin(const std::wstring& path, const std::wstring& folder);
 
@@ -68,7 +47,7 @@ struct Unreadable {
 };
 
 // Reads as much as there is, up to the buffer's size, and returns that. Throws what is Unreadable.
-std::size_t ReadAt(const FileHandle& file, unsigned long long position, char* buffer,
+std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
                    std::size_t size);
 
 // A file that is made: under a temporary name beside its own until it is whole. Every failure is a
@@ -77,32 +56,27 @@ class NewFile {
 public:
     // The temporary name is the path and ".mailfolder-new". One that an ended program left there
     // goes; one that a running program writes is a Failure.
-    explicit NewFile(std::wstring path);
+    explicit NewFile(const Path& path);
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
     // Removes what was not put in place.
     ~NewFile();
 
-    void Write(std::string_view bytes);
-    unsigned long long Size() const { return mWritten + mBuffer.size(); }
+    void Write(std::string_view bytes) { mWriter->Write(bytes); }
+    unsigned long long Size() const { return mWriter->Size(); }
     // Takes back what is behind that size.
-    void CutTo(unsigned long long size);
+    void CutTo(unsigned long long size) { mWriter->CutTo(size); }
     // Flushes the file to the disk and gives it its name; false when that name is taken.
-    bool PutInPlace(const std::wstring& path);
+    bool PutInPlace(const Path& path);
     bool PutInPlace() { return PutInPlace(mPath); }
 
 private:
-    void Flush();
-    [[noreturn]] void FailWriting() const;
-
-    std::wstring mPath;
-    std::wstring mTemporary;
-    FileHandle mFile;
-    std::string mBuffer;
-    unsigned long long mWritten = 0;
+    Path mPath;
+    Path mTemporary;
+    std::optional<FileWriter> mWriter; // until it is put in place
 };
 
 // Makes the folder and those above it that are not there.
-void MakeFolders(const std::wstring& path);
+void MakeFolders(const Path& path);
 
 } // namespace extract

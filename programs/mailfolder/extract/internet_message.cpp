@@ -72,7 +72,7 @@ void InternetMessage::ReadText(mime::Charset charset, bool wantsDigest) {
     if (wantsDigest)
         textDigest.emplace();
     Sha256 identity;
-    identity.Add(mime::Utf8(Upper(mSource.file)));
+    identity.Add(mime::Utf8(FoldCase(mSource.file)));
     identity.Add(AsBytes(WithoutMarks(mFile.Record())));
     mime::TextShape shape;
     mime::LineSplitter lines(shape);
@@ -117,21 +117,10 @@ std::string InternetMessage::SenderAddress() const {
     return mime::AddrSpec(mTexts.senderAddress).value_or(kNobody);
 }
 
-mime::Charset InternetMessage::TextCharset() const {
+unsigned int InternetMessage::TextCodePage() const {
     const mime::Field* const type = mHeader ? mHeader->Find("Content-Type") : nullptr;
-    std::string value = type ? mime::Unfolded(type->body) : "";
-    for (char& c : value)
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-    static constexpr std::string_view kParameter = "charset=";
-    const std::size_t at = value.find(kParameter);
-    if (at == value.npos)
-        return mCharset;
-    std::erase(value, '"');
-    const std::size_t start = at + kParameter.size();
-    const std::string name = value.substr(start, value.find_first_of("; ", start) - start);
-    // The latter is the former with more characters.
-    return name == "iso-8859-1" ? mime::Charset::Windows1252
-                                : mime::CharsetNamed(name).value_or(mCharset);
+    const auto its = mime::CodePageNamed(type ? mime::ParameterOf(type->body, "charset") : "");
+    return its ? *its : *mime::CodePageNamed(mime::NameOf(mCharset));
 }
 
 // A text that says nothing about itself: with a header, only one that is not ASCII needs words.
@@ -164,8 +153,8 @@ void InternetMessage::AddMessageId(mime::HeaderText& header) const {
         return;
     }
     Sha256 place;
-    place.Add(mime::Utf8(Upper(LastName(mFile.Folder()))) + '\n');
-    place.Add(mSource.slot ? std::to_string(*mSource.slot) : mime::Utf8(Upper(mSource.file)));
+    place.Add(mime::Utf8(FoldCase(mFile.FolderName())) + '\n');
+    place.Add(mSource.slot ? std::to_string(*mSource.slot) : mime::Utf8(FoldCase(mSource.file)));
     header.AddPlain("Message-ID", fmt::format("<{:.16}.{:.16}@postrider.invalid>",
                                               mIdentity.Digits(), Hex(place.Finish())));
 }

@@ -49,6 +49,8 @@ public:
     const Identity& Id() const { return mIdentity; }
     const DiskDirRec& Record() const { return mRecord; }
     const RecordText& Texts() const { return mTexts; }
+    // That the text begins with.
+    const std::optional<mime::Header>& Header() const { return mHeader; }
     bool IsProcessed() const { return mRecord.status & keStatusProcessed; }
     // The local time in seconds from 1904-01-01, and in universal time.
     unsigned long Filed() const { return mFiled; }
@@ -57,8 +59,8 @@ public:
     std::string SenderAddress() const;
     // SHA-256 of the text, in hexadecimal digits; empty when it was not wanted.
     const std::string& TextDigest() const { return mTextDigest; }
-    // Of the text: what its header says, where that is one that is known, else what was given.
-    mime::Charset TextCharset() const;
+    // Of the text: what its header says, where that is one that is known, else of what was given.
+    unsigned int TextCodePage() const;
     // Bytes that are kept, and have no meaning in the character set.
     unsigned long Meaningless() const { return mMeaningless; }
 
@@ -83,7 +85,7 @@ private:
     RecordText mTexts;
     mime::Charset mCharset;
     unsigned long mFiled;
-    std::optional<mime::Header> mHeader; // that the text begins with
+    std::optional<mime::Header> mHeader;
     Encoding mEncoding = Encoding::SevenBit;
     bool mIsAscii = true;
     Identity mIdentity;

@@ -8,23 +8,28 @@
 namespace extract {
 
 static constexpr std::size_t kPiece = 0x40000;
+// Most messages are no longer, and the system looks through all of a buffer that it gets.
+static constexpr std::size_t kFirstPiece = 0x4000;
 
-MessageFile::MessageFile(std::wstring folder) : mFolder(std::move(folder)), mBuffer(kPiece, '\0') {}
+MessageFile::MessageFile(const Path& folder, const std::wstring& finalPath)
+    : mFolder(folder), mFinal(finalPath), mBuffer(kPiece, '\0') {}
 
 void MessageFile::Open(const std::wstring& name) {
     mBuffered = 0;
     if (!IsPlainName(name))
         throw Unreadable{"no file of the folder can have that name"};
-    const std::wstring path = Joined(mFolder, name);
+    const std::wstring path = mFolder.Child(name).Full();
     mFile = OpenShared(path);
     // A lone dot at the end is no part of a name on the disk.
     if (!mFile && name.size() > 1 && name.back() == L'.')
         mFile = OpenShared(path.substr(0, path.size() - 1));
     if (!mFile)
         throw Unreadable{LastErrorText(), GetLastError() == ERROR_FILE_NOT_FOUND};
-    if (!SameName(ParentOf(FinalPath(mFile)), mFolder))
+    if (!SameName(ParentOf(FinalPath(mFile)), mFinal))
         throw Unreadable{"it is a link out of the folder"};
-    mBuffered = ReadAt(mFile, 0, mBuffer.data(), mBuffer.size());
+    mBuffered = ReadAt(mFile, 0, mBuffer.data(), kFirstPiece);
+    if (mBuffered == kFirstPiece)
+        mBuffered += ReadAt(mFile, mBuffered, &mBuffer[mBuffered], kPiece - mBuffered);
     if (mBuffered < sizeof mRecord)
         throw Unreadable{"it is shorter than a record"};
     std::memcpy(&mRecord, mBuffer.data(), sizeof mRecord);
@@ -52,7 +57,7 @@ unsigned long MessageFile::Written() const {
     FILETIME written = {};
     SYSTEMTIME universal = {};
     SYSTEMTIME local = {};
-    if (!GetFileTime(mFile.get(), nullptr, nullptr, &written) ||
+    if (!GetFileTime(mFile.Get(), nullptr, nullptr, &written) ||
         !FileTimeToSystemTime(&written, &universal) ||
         !SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) ||
         !SystemTimeToFileTime(&local, &written))
@@ -70,10 +75,6 @@ bool IsPlainName(std::wstring_view name) {
            std::none_of(name.begin(), name.end(), [](wchar_t c) {
                return c < 0x20 || std::wstring_view(L"\\/:*?\"<>|").find(c) != std::wstring::npos;
            });
-}
-
-bool IsMessageFileName(std::wstring_view name) {
-    return name.size() >= 4 && SameName(name.substr(name.size() - 4), L".EML");
 }
 
 } // namespace extract

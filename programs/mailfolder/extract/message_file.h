@@ -12,10 +12,11 @@ namespace extract {
 // Reads the message files of a folder, one after the other: a record, and the text behind it.
 class MessageFile {
 public:
-    // The folder's final path.
-    explicit MessageFile(std::wstring folder);
+    // The folder, and its final path.
+    MessageFile(const Path& folder, const std::wstring& finalPath);
 
-    const std::wstring& Folder() const { return mFolder; }
+    // What the folder is called.
+    std::wstring FolderName() const { return mFolder.Name(); }
     // Goes on to a file of the folder. Throws what is Unreadable: it is not there, held, a link out
     // of the folder, too short.
     void Open(const std::wstring& name);
@@ -30,8 +31,9 @@ public:
     unsigned long Written() const;
 
 private:
-    std::wstring mFolder;
-    FileHandle mFile;
+    Path mFolder;
+    std::wstring mFinal;
+    WinHandle mFile;
     DiskDirRec mRecord = {};
     std::string mBuffer;
     std::size_t mBuffered = 0;
@@ -40,7 +42,5 @@ private:
 // Whether a message file of a folder can have that name: it names no other folder, stream or
 // pattern.
 bool IsPlainName(std::wstring_view name);
-// "*.EML".
-bool IsMessageFileName(std::wstring_view name);
 
 } // namespace extract

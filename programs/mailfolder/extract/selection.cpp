@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstdio>
 
-#include "programs/mailfolder/extract/files.h"
-#include "resident/core/windows_api.h"
+#include "programs/console/text.h"
+#include "programs/mailfolder/path.h"
 
 namespace extract {
 
@@ -50,7 +50,7 @@ bool Selection::TakesAll() const {
 }
 
 static bool Contains(const std::wstring& text, const std::string& wanted) {
-    return Upper(text).find(Upper(WideArgument(wanted))) != text.npos;
+    return FoldCase(text).find(FoldCase(WideOfUtf8(wanted))) != text.npos;
 }
 
 bool Selection::Takes(const DiskDirRec& record, const RecordText& texts) const {

@@ -1,13 +1,15 @@
 // Shows one message: what its record says, and its text.
 
-#include <cstdio>
-#include <fcntl.h>
-#include <io.h>
+#include <algorithm>
+#include <optional>
 
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/extract/internet_message.h"
 #include "programs/mailfolder/extract/selection.h"
 #include "programs/mailfolder/tool.h"
+#include "programs/mime/encoded_words.h"
+#include "programs/mime/parts.h"
+#include "resident/core/windows_api.h"
 
 namespace extract {
 
@@ -23,18 +25,18 @@ struct ShowOptions {
 // Prints lines in UTF-8, without what terminals would obey.
 class LinePrinter : public mime::LineSink {
 public:
-    explicit LinePrinter(mime::Charset charset) : mCharset(charset) {}
+    explicit LinePrinter(unsigned int codePage) : mCodePage(codePage) {}
 
     void Text(std::string_view piece) override {
         mLine += piece;
         // Lines have no end that one could wait for.
         constexpr std::size_t kLongest = 0x10000;
         if (mLine.size() > kLongest)
-            Print(mCharset == mime::Charset::Utf8 ? mime::WholeCharacters(mLine) : mLine.size());
+            Put(mCodePage == CP_UTF8 ? mime::WholeCharacters(mLine) : mLine.size());
     }
     void EndLine() override {
-        Print(mLine.size());
-        fmt::print("\n");
+        Put(mLine.size());
+        Write("\n");
     }
     void Finish() override {
         if (!mLine.empty())
@@ -42,17 +44,54 @@ public:
     }
 
 private:
-    void Print(std::size_t size) {
-        const std::wstring text = mime::Decoded(std::string_view(mLine).substr(0, size), mCharset);
+    void Put(std::size_t size) {
+        const std::wstring text =
+            mime::DecodedFrom(mCodePage, std::string_view(mLine).substr(0, size));
         std::size_t start = 0;
         for (std::size_t tab; (tab = text.find(L'\t', start)) != text.npos; start = tab + 1)
-            fmt::print("{}\t", Shown(std::wstring_view(text).substr(start, tab - start)));
-        fmt::print("{}", Shown(std::wstring_view(text).substr(start)));
+            Print("{}\t", Printable(std::wstring_view(text).substr(start, tab - start)));
+        Write(Printable(std::wstring_view(text).substr(start)));
         mLine.erase(0, size);
     }
 
-    mime::Charset mCharset;
+    unsigned int mCodePage;
     std::string mLine;
+};
+
+// Prints the bodies that are text, and a line for each other one.
+class PartPrinter : public mime::PartTaker {
+public:
+    explicit PartPrinter(unsigned int codePage) : mCodePage(codePage) {}
+
+    void Begin(const mime::Part& part) override {
+        mPart = part;
+        mSize = 0;
+        if (part.isAttached || part.isAlternative)
+            return;
+        mPrinter.emplace(mime::CodePageNamed(part.charset).value_or(mCodePage));
+        mLines.emplace(*mPrinter);
+    }
+    void Bytes(std::string_view bytes) override {
+        mSize += bytes.size();
+        if (mLines)
+            mLines->Add(bytes);
+    }
+    void End() override {
+        if (mLines) {
+            mLines->Finish();
+            mLines.reset();
+            return;
+        }
+        Print("[{}{}{}, {}]\n", Printable(mPart.name), mPart.name.empty() ? "" : ", ",
+              Printable(mPart.type), Count(mSize, "byte"));
+    }
+
+private:
+    unsigned int mCodePage;
+    mime::Part mPart;
+    unsigned long long mSize = 0;
+    std::optional<LinePrinter> mPrinter;
+    std::optional<mime::LineSplitter> mLines; // while a part is printed
 };
 
 bool IsNumber(const std::string& text) {
@@ -62,7 +101,7 @@ bool IsNumber(const std::string& text) {
 
 // The message of that slot or file. A file has the name before a slot has the number.
 SourceMessage Find(SourceFolder& folder, const std::string& wanted) {
-    const std::wstring name = WideArgument(wanted);
+    const std::wstring name = WideOfUtf8(wanted);
     std::optional<SourceMessage> bySlot;
     std::optional<SourceMessage> byFile;
     folder.ForEach([&](const SourceMessage& message) {
@@ -73,58 +112,77 @@ SourceMessage Find(SourceFolder& folder, const std::string& wanted) {
     });
     if (!bySlot && !byFile)
         Fail("{} has no message \"{}\": say a slot's number, or a message file's name.",
-             Shown(WithoutPrefix(folder.Name())), Shown(name));
+             folder.Shown(), Printable(name));
     return byFile ? *byFile : *bySlot;
 }
 
-void ShowRaw(const MessageFile& file) {
-    std::fflush(stdout);
-    _setmode(_fileno(stdout), _O_BINARY);
-    file.ForEachPiece(
-        [](std::string_view piece) { std::fwrite(piece.data(), 1, piece.size(), stdout); });
+// The fields in a line each, then the bodies.
+void ShowParts(const InternetMessage& message, const MessageFile& file) {
+    const mime::Header& header = *message.Header();
+    const unsigned int codePage = message.TextCodePage();
+    for (const mime::Field& field : header.fields)
+        Print("{}: {}\n", field.name,
+              Printable(field.body.find("=?") == field.body.npos
+                            ? mime::DecodedFrom(codePage, mime::Unfolded(field.body))
+                            : mime::FieldText(field.body)));
+    Print("\n");
+    PartPrinter printer(codePage);
+    mime::PartReader reader(header, printer);
+    mime::LineSplitter lines(reader);
+    std::size_t passed = header.size;
+    file.ForEachPiece([&](std::string_view piece) {
+        const std::size_t size = std::min(passed, piece.size());
+        passed -= size;
+        lines.Add(piece.substr(size));
+    });
+    lines.Finish();
+}
+
+void ShowText(const InternetMessage& message, const MessageFile& file) {
+    LinePrinter printer(message.TextCodePage());
+    mime::LineSplitter lines(printer);
+    file.ForEachPiece([&](std::string_view piece) { lines.Add(piece); });
+    lines.Finish();
 }
 
 std::string Person(const std::wstring& name, const std::string& address) {
-    const std::string shown = Shown(mime::Decoded(address, mime::Charset::Windows1252));
-    return Shown(name) + (shown.empty() ? "" : (name.empty() ? "<" : " <") + shown + ">");
+    const std::string shown = Printable(mime::Decoded(address, mime::Charset::Windows1252));
+    return Printable(name) + (shown.empty() ? "" : (name.empty() ? "<" : " <") + shown + ">");
 }
 
 void ShowTable(const InternetMessage& message) {
     const auto line = [](const char* name, const std::string& value) {
         if (!value.empty())
-            fmt::print("{:<12}{}\n", name, value);
+            Print("{:<12}{}\n", name, value);
     };
     const RecordText& texts = message.Texts();
     line("From", Person(texts.sender, texts.senderAddress));
     line("To", Person(texts.secondUser, texts.secondAddress));
-    line("Topic", Shown(texts.topic));
+    line("Topic", Printable(texts.topic));
     line("Date", DateText(message.Filed()));
     line("Kind", std::to_string(static_cast<unsigned short>(message.Record().kind)));
     line("Marks", MarksOf(message.Record()));
-    line("Identifier", Shown(mime::Decoded(texts.identifier, mime::Charset::Windows1252)));
-    line("File", Shown(message.Source().file));
+    line("Identifier", Printable(mime::Decoded(texts.identifier, mime::Charset::Windows1252)));
+    line("File", Printable(message.Source().file));
     line("Slot", message.Source().slot ? std::to_string(*message.Source().slot) : "");
-    fmt::print("\n");
+    Print("\n");
 }
 
 int Show(const ShowOptions& options) {
-    SourceFolder folder(WideArgument(options.folder));
+    SourceFolder folder{Path(options.folder)};
     const SourceMessage found = Find(folder, options.message);
-    MessageFile file(folder.Path());
+    MessageFile file(folder.Place(), folder.Final());
     try {
         file.Open(found.file);
         if (options.raw) {
-            ShowRaw(file);
+            file.ForEachPiece(WriteBytes);
             return keFine;
         }
         const InternetMessage message(found, file, options.charset, false);
         ShowTable(message);
-        LinePrinter printer(message.TextCharset());
-        mime::LineSplitter lines(printer);
-        file.ForEachPiece([&](std::string_view piece) { lines.Add(piece); });
-        lines.Finish();
+        message.Header() ? ShowParts(message, file) : ShowText(message, file);
     } catch (const Unreadable& problem) {
-        Fail("Cannot read {}: {}.", Shown(found.file), problem.reason);
+        Fail("Cannot read {}: {}.", Printable(found.file), problem.reason);
     }
     return keFine;
 }

@@ -5,7 +5,7 @@
 
 #include "programs/mailfolder/extract/message_file.h"
 #include "programs/mailfolder/failure.h"
-#include "resident/core/windows_api.h"
+#include "programs/mailfolder/kind.h"
 
 namespace extract {
 
@@ -59,48 +59,62 @@ bool SameMessage(const DiskDirRec& left, const DiskDirRec& right) {
     return records[0] == records[1];
 }
 
-SourceFolder::SourceFolder(const std::wstring& argument) {
-    const std::wstring path = LongPath(argument);
+SourceFolder::SourceFolder(const Path& argument) {
+    const Path path = argument.AsItStands();
     if (!Exists(path))
-        Fail("Cannot read {}: there is no such file.", Shown(WithoutPrefix(path)));
+        Fail("Cannot read {}: there is no such file.", path.Shown());
     const bool isFolder = IsFolder(path);
-    const std::wstring folder = isFolder ? path : ParentOf(path);
-    const FileHandle opened = OpenShared(folder);
-    mPath = opened ? FinalPath(opened) : std::wstring();
-    if (mPath.empty())
-        Fail("Cannot read {}: {}.", Shown(WithoutPrefix(folder)), LastErrorText());
-    if (!isFolder && IsMessageFileName(path))
-        Fail("{} is a message file: name its folder, or see \"mailfolder show\".",
-             Shown(WithoutPrefix(path)));
+    mFolder = isFolder ? path : path.Folder();
+    const WinHandle opened = OpenShared(mFolder.Full());
+    mFinal = opened ? FinalPath(opened) : std::wstring();
+    if (mFinal.empty())
+        Fail("Cannot read {}: {}.", mFolder.Shown(), LastErrorText());
     if (!isFolder)
-        mDFileName = LastName(path);
+        mDFileName = path.Name();
     else
         for (const wchar_t* name : kDFileNames)
-            if (mDFileName.empty() && Exists(Joined(mPath, name)))
+            if (mDFileName.empty() && Exists(path.Child(name)))
                 mDFileName = name;
-    OpenDFile();
+    OpenDFile(!isFolder);
 }
 
-void SourceFolder::OpenDFile() {
+// Of a damaged D file every record is looked at; of what is something else none.
+static std::string WhyNoDFile(const Path& path) {
+    try {
+        const Kind kind = KindOf(path);
+        const bool mayBe = kind == Kind::DFile || kind == Kind::Empty || kind == Kind::Other;
+        return mayBe ? "" : std::string("it looks like ") + Words(kind);
+    } catch (const Failure&) {
+        return "it cannot be read";
+    }
+}
+
+void SourceFolder::OpenDFile(bool namedItself) {
     if (mDFileName.empty()) {
         mProblem = "there is no D file";
         return;
     }
-    mDFile = OpenShared(Joined(mPath, mDFileName));
+    const Path path = mFolder.Child(mDFileName);
+    mDFile = OpenShared(path.Full());
     LARGE_INTEGER size = {};
     if (!mDFile)
         mProblem = LastErrorText();
-    else if (!SameName(ParentOf(FinalPath(mDFile)), mPath))
+    else if (!SameName(ParentOf(FinalPath(mDFile)), mFinal))
         mProblem = "it is a link out of the folder";
-    else if (!GetFileSizeEx(mDFile.get(), &size))
+    else if (!GetFileSizeEx(mDFile.Get(), &size))
         mProblem = "it cannot be read";
+    else
+        mProblem = WhyNoDFile(path);
+    if (namedItself && mProblem.starts_with("it looks like"))
+        Fail("{} is no D file: {}. Name its folder, or see \"mailfolder show\".", path.Shown(),
+             mProblem);
     // A slot is numbered in 32 bits, and placed in more.
     mSlots = static_cast<unsigned long>(
         mProblem.empty() ? std::min<long long>(size.QuadPart / kSlot, 0x7FFFFFFF) : 0);
 }
 
 void SourceFolder::ForEachMessageFile(const std::function<void(const Entry&)>& visit) const {
-    ForEachEntry(mPath, [&](const Entry& entry) {
+    ForEachEntry(mFolder, [&](const Entry& entry) {
         if (!entry.isFolder && IsMessageFileName(entry.name) && !SameName(entry.name, mDFileName))
             visit(entry);
     });
@@ -148,7 +162,7 @@ std::vector<SourceFolder::NamedFile> SourceFolder::FilesNamed() const {
     std::vector<NamedFile> named;
     ForEachRecord([&](const SourceMessage& message) {
         const std::wstring name = NameOnDisk(message.file);
-        named.push_back({KeyOf(Upper(name)), KeyOf(name), *message.slot, message.origin});
+        named.push_back({KeyOf(FoldCase(name)), KeyOf(name), *message.slot, message.origin});
     });
     std::sort(named.begin(), named.end(), [](const NamedFile& a, const NamedFile& b) {
         return a.key != b.key         ? a.key < b.key
@@ -169,12 +183,12 @@ static auto NamedSo(const auto& named, unsigned long long key) {
 // Whether this is the record with which its message file is taken.
 bool SourceFolder::IsChosen(const std::vector<NamedFile>& named,
                             const SourceMessage& message) const {
-    const auto [first, last] = NamedSo(named, KeyOf(Upper(NameOnDisk(message.file))));
+    const auto [first, last] = NamedSo(named, KeyOf(FoldCase(NameOnDisk(message.file))));
     if (last - first < 2)
         return true;
     unsigned long chosen = first->slot;
     try {
-        MessageFile file(mPath);
+        MessageFile file(mFolder, mFinal);
         file.Open(message.file);
         const Origin best = first->origin;
         const auto own = std::find_if(first, last, [&](const NamedFile& candidate) {
@@ -192,10 +206,10 @@ bool SourceFolder::IsChosen(const std::vector<NamedFile>& named,
 void SourceFolder::ForEachOrphan(const std::vector<NamedFile>& named,
                                  const std::function<void(const SourceMessage&)>& visit) const {
     std::vector<unsigned long long> keys;
-    ForEachMessageFile([&](const Entry& entry) { keys.push_back(KeyOf(Upper(entry.name))); });
+    ForEachMessageFile([&](const Entry& entry) { keys.push_back(KeyOf(FoldCase(entry.name))); });
     std::sort(keys.begin(), keys.end());
     ForEachMessageFile([&](const Entry& entry) {
-        const unsigned long long key = KeyOf(Upper(entry.name));
+        const unsigned long long key = KeyOf(FoldCase(entry.name));
         const auto [first, last] = NamedSo(named, key);
         const auto [sameFirst, sameLast] = std::equal_range(keys.begin(), keys.end(), key);
         // On disks where two names differ in nothing but case, a record may mean the other one.
@@ -226,23 +240,23 @@ void SourceFolder::ForEach(const std::function<void(const SourceMessage&)>& visi
     ForEachOrphan(named, visit);
 }
 
-static void AddFoldersBelow(const std::wstring& folder, std::vector<std::wstring>& folders) {
+static void AddFoldersBelow(const Path& folder, std::vector<Path>& folders) {
     for (const Entry& entry : EntriesOf(folder)) {
         if (!entry.isFolder || entry.isLink)
             continue;
-        const std::wstring path = Joined(folder, entry.name);
+        const Path path = folder.Child(entry.name);
         if (SourceFolder(path).HasMail())
             folders.push_back(path);
         AddFoldersBelow(path, folders);
     }
 }
 
-std::vector<std::wstring> MailFoldersBelow(const std::wstring& folder) {
-    std::vector<std::wstring> folders;
+std::vector<Path> MailFoldersBelow(const Path& folder) {
+    std::vector<Path> folders;
     const SourceFolder top(folder);
     if (top.HasMail())
-        folders.push_back(top.Path());
-    AddFoldersBelow(top.Path(), folders);
+        folders.push_back(top.Place());
+    AddFoldersBelow(top.Place(), folders);
     return folders;
 }
 

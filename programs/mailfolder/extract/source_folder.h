@@ -28,13 +28,17 @@ struct SourceMessage {
 // A mail folder that is only read: everything that is open in it is open to everybody else.
 class SourceFolder {
 public:
-    // The argument is a D file or its folder. Fails when it is neither.
-    explicit SourceFolder(const std::wstring& argument);
+    // The argument is a D file or its folder. Fails when it is neither, but one of the other files
+    // that the tool knows.
+    explicit SourceFolder(const Path& argument);
 
-    // The folder's final path.
-    const std::wstring& Path() const { return mPath; }
-    // The D file's, or the folder's when there is none.
-    std::wstring Name() const { return mDFileName.empty() ? mPath : Joined(mPath, mDFileName); }
+    // The folder, as it stands, and its final path.
+    const Path& Place() const { return mFolder; }
+    const std::wstring& Final() const { return mFinal; }
+    // The D file's name, or the folder's when there is none.
+    std::string Shown() const {
+        return (mDFileName.empty() ? mFolder : mFolder.Child(mDFileName)).Shown();
+    }
     // Why the D file tells nothing; empty when it does.
     const std::string& Problem() const { return mProblem; }
     bool IsDFile(const std::wstring& name) const { return SameName(name, mDFileName); }
@@ -57,7 +61,7 @@ private:
         Origin origin;
     };
 
-    void OpenDFile();
+    void OpenDFile(bool namedItself);
     void ForEachMessageFile(const std::function<void(const Entry&)>& visit) const;
     void ForEachRecord(const std::function<void(const SourceMessage&)>& visit) const;
     std::vector<NamedFile> FilesNamed() const;
@@ -66,9 +70,10 @@ private:
     void ForEachOrphan(const std::vector<NamedFile>& named,
                        const std::function<void(const SourceMessage&)>& visit) const;
 
-    std::wstring mPath;
+    Path mFolder;
+    std::wstring mFinal;
     std::wstring mDFileName;
-    FileHandle mDFile;
+    WinHandle mDFile;
     std::string mProblem;
     unsigned long mSlots = 0;
 };
@@ -78,6 +83,6 @@ bool SameMessage(const DiskDirRec& left, const DiskDirRec& right);
 
 // The folders below that hold mail, and the folder itself, each before those in it. Links are not
 // entered.
-std::vector<std::wstring> MailFoldersBelow(const std::wstring& folder);
+std::vector<Path> MailFoldersBelow(const Path& folder);
 
 } // namespace extract

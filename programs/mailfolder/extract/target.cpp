@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
+#include "programs/console/text.h"
 #include "programs/mailfolder/failure.h"
+#include "programs/mailfolder/kind.h"
 #include "programs/mime/maildir.h"
 #include "programs/mime/mbox.h"
-#include "resident/core/windows_api.h"
 
 namespace extract {
 
@@ -17,10 +18,10 @@ bool KnownMessages::Has(const Identity& identity) const {
     return std::binary_search(mSorted.begin(), mSorted.end(), identity);
 }
 
-void RemoveLeftovers(const std::wstring& folder) {
+void RemoveLeftovers(const Path& folder) {
     for (const Entry& entry : EntriesOf(folder))
         if (!entry.isFolder && entry.name.ends_with(kNewSuffix))
-            DeleteFileW(Joined(folder, entry.name).c_str());
+            DeleteFileW(folder.Child(entry.name).Full().c_str());
 }
 
 std::wstring SafeName(const std::wstring& name) {
@@ -30,7 +31,7 @@ std::wstring SafeName(const std::wstring& name) {
             c = L'_';
     while (!safe.empty() && (safe.back() == L'.' || safe.back() == L' '))
         safe.pop_back();
-    std::wstring stem = Upper(safe.substr(0, safe.find(L'.')));
+    std::wstring stem = FoldCase(safe.substr(0, safe.find(L'.')));
     while (!stem.empty() && stem.back() == L' ')
         stem.pop_back();
     const bool hasNumber =
@@ -108,8 +109,8 @@ private:
 // then takes its place. While that lasts, nobody else writes to it.
 class MboxTarget : public Target {
 public:
-    MboxTarget(const std::wstring& path, bool append);
-    std::wstring Put(const InternetMessage& message) override;
+    MboxTarget(const Path& path, bool append);
+    Path Put(const InternetMessage& message) override;
     void Complete() override;
 
 private:
@@ -118,42 +119,41 @@ private:
     void ForEachOldPiece(const std::function<void(std::string_view)>& take) const;
     void CopyOld();
 
-    std::wstring mPath;
-    std::wstring mOldPath; // while the new one takes its place
+    Path mPath;
+    Path mOldPath; // while the new one takes its place
     bool mAppend;
     NewFile mNew;
-    FileHandle mOld;
+    WinHandle mOld;
     bool mBegun = false;
 };
 
-MboxTarget::MboxTarget(const std::wstring& path, bool append)
-    : mPath(path), mOldPath(path + L".mailfolder-old"), mAppend(append), mNew(path) {
+MboxTarget::MboxTarget(const Path& path, bool append)
+    : mPath(path), mOldPath(path.Beside(path.Name() + L".mailfolder-old")), mAppend(append),
+      mNew(path) {
     PutBackOld();
     if (!Exists(mPath))
         return;
     // Others read on, and it can be renamed under this handle.
-    mOld.reset(CreateFileW(mPath.c_str(), GENERIC_READ,
-                           FILE_SHARE_READ | FILE_SHARE_DELETE | (mAppend ? 0 : FILE_SHARE_WRITE),
-                           nullptr, OPEN_EXISTING, 0, nullptr));
-    if (mOld.get() == INVALID_HANDLE_VALUE) {
-        const std::string reason = LastErrorText();
-        static_cast<void>(mOld.release());
-        Fail("Cannot read {}: {}.", Shown(WithoutPrefix(mPath)), reason);
-    }
+    mOld = WinHandle(
+        CreateFileW(mPath.Full().c_str(), GENERIC_READ,
+                    FILE_SHARE_READ | FILE_SHARE_DELETE | (mAppend ? 0 : FILE_SHARE_WRITE), nullptr,
+                    OPEN_EXISTING, 0, nullptr));
+    if (!mOld)
+        Fail("Cannot read {}: {}.", mPath.Shown(), LastErrorText());
     MboxScan scan(mKnown);
     mime::LineSplitter lines(scan);
     bool first = true;
     ForEachOldPiece([&](std::string_view piece) {
         if (first && !mime::IsSeparatorLine(piece))
-            Fail("{} is there, and is no mbox.", Shown(WithoutPrefix(mPath)));
+            Fail("{} is there, and is no mbox.", mPath.Shown());
         first = false;
         lines.Add(piece);
     });
     mKnown.Sort();
 }
 
-static bool IsBeginningOf(const std::wstring& beginning, const std::wstring& whole) {
-    const FileHandle files[] = {OpenShared(beginning), OpenShared(whole)};
+static bool IsBeginningOf(const Path& beginning, const Path& whole) {
+    const WinHandle files[] = {OpenShared(beginning.Full()), OpenShared(whole.Full())};
     std::string pieces[] = {std::string(0x10000, '\0'), std::string(0x10000, '\0')};
     for (unsigned long long position = 0; files[0] && files[1]; position += pieces[0].size()) {
         std::size_t sizes[2];
@@ -172,13 +172,13 @@ void MboxTarget::PutBackOld() {
     if (!Exists(mOldPath))
         return;
     if (!Exists(mPath)) {
-        if (!MoveFileW(mOldPath.c_str(), mPath.c_str()))
-            Fail("Cannot rename {}: {}.", Shown(WithoutPrefix(mOldPath)), LastErrorText());
+        if (!MoveFileW(mOldPath.Full().c_str(), mPath.Full().c_str()))
+            Fail("Cannot rename {}: {}.", mOldPath.Shown(), LastErrorText());
     } else if (IsBeginningOf(mOldPath, mPath)) {
-        DeleteFileW(mOldPath.c_str());
+        DeleteFileW(mOldPath.Full().c_str());
     } else {
         Fail("{} is what an interrupted run left of an older {}: move one of the two away.",
-             Shown(WithoutPrefix(mOldPath)), Shown(LastName(mPath)));
+             mOldPath.Shown(), Printable(mPath.Name()));
     }
 }
 
@@ -206,11 +206,11 @@ void MboxTarget::CopyOld() {
         mNew.Write(end.back() == '\n' ? "\n" : "\n\n");
 }
 
-std::wstring MboxTarget::Put(const InternetMessage& message) {
+Path MboxTarget::Put(const InternetMessage& message) {
     if (!mBegun && mOld) {
         if (!mAppend)
             Fail("{} is there already: say --append to add the messages that are not in it.",
-                 Shown(WithoutPrefix(mPath)));
+                 mPath.Shown());
         CopyOld();
     }
     mBegun = true;
@@ -232,9 +232,8 @@ std::wstring MboxTarget::Put(const InternetMessage& message) {
 void MboxTarget::Complete() {
     if (!mBegun)
         return;
-    if (mOld && !MoveFileW(mPath.c_str(), mOldPath.c_str()))
-        Fail("Cannot rename {}: {}. It is as it was.", Shown(WithoutPrefix(mPath)),
-             LastErrorText());
+    if (mOld && !MoveFileW(mPath.Full().c_str(), mOldPath.Full().c_str()))
+        Fail("Cannot rename {}: {}. It is as it was.", mPath.Shown(), LastErrorText());
     bool isInPlace = false;
     try {
         isInPlace = mNew.PutInPlace();
@@ -243,20 +242,20 @@ void MboxTarget::Complete() {
         throw;
     }
     if (!isInPlace)
-        Fail("Cannot write {}: there is a file of that name now.", Shown(WithoutPrefix(mPath)));
-    mOld.reset();
-    DeleteFileW(mOldPath.c_str());
+        Fail("Cannot write {}: there is a file of that name now.", mPath.Shown());
+    mOld = WinHandle();
+    DeleteFileW(mOldPath.Full().c_str());
 }
 
 // Whole files, under names of their own from the moment they are.
 class MaildirTarget : public Target {
 public:
-    MaildirTarget(const std::wstring& path, char separator) : mPath(path), mSeparator(separator) {
+    MaildirTarget(const Path& path, char separator) : mPath(path), mSeparator(separator) {
         for (const wchar_t* folder : {L"tmp", L"new", L"cur"})
-            MakeFolders(Joined(mPath, folder));
-        RemoveLeftovers(Joined(mPath, L"tmp"));
+            MakeFolders(mPath.Child(folder));
+        RemoveLeftovers(mPath.Child(L"tmp"));
         for (const wchar_t* folder : {L"new", L"cur"})
-            ForEachEntry(Joined(mPath, folder), [&](const Entry& entry) {
+            ForEachEntry(mPath.Child(folder), [&](const Entry& entry) {
                 const std::string name = mime::Utf8(entry.name);
                 if (const auto identity = Identity::Of(mime::MaildirIdentity(name)))
                     mKnown.Add(*identity);
@@ -264,12 +263,12 @@ public:
         mKnown.Sort();
     }
 
-    std::wstring Put(const InternetMessage& message) override {
+    Path Put(const InternetMessage& message) override {
         const std::string unique = mime::MaildirName(
             message.FiledUniversal().time_since_epoch().count(), message.Id().Digits());
         const std::string place = mime::MaildirPlace(unique, message.IsProcessed(), mSeparator);
-        const std::wstring path = Joined(mPath, std::wstring(place.begin(), place.end()));
-        NewFile file(Joined(mPath, L"tmp\\" + std::wstring(unique.begin(), unique.end())));
+        const Path path = mPath.Child(WideOfUtf8(place));
+        NewFile file(mPath.Child(L"tmp").Child(WideOfUtf8(unique)));
         LineWriter writer(file, kLf);
         message.WriteTo(writer, false);
         file.PutInPlace(path);
@@ -277,13 +276,13 @@ public:
     }
 
 private:
-    std::wstring mPath;
+    Path mPath;
     char mSeparator;
 };
 
 class EmlTarget : public Target {
 public:
-    explicit EmlTarget(const std::wstring& path) : mPath(path) {
+    explicit EmlTarget(const Path& path) : mPath(path) {
         MakeFolders(mPath);
         RemoveLeftovers(mPath);
         ForEachEntry(mPath, [&](const Entry& entry) {
@@ -293,22 +292,22 @@ public:
         mKnown.Sort();
     }
 
-    std::wstring Put(const InternetMessage& message) override {
+    Path Put(const InternetMessage& message) override {
         const std::wstring stem = Stem(message);
-        NewFile file(Joined(mPath, stem));
+        NewFile file(mPath.Child(stem));
         LineWriter writer(file, kCrLf);
         message.WriteTo(writer, false);
-        std::wstring path = Joined(mPath, stem + L".eml");
+        Path path = mPath.Child(stem + L".eml");
         for (int number = 2; Exists(path); ++number)
-            path = Joined(mPath, stem + L" (" + std::to_wstring(number) + L").eml");
+            path = mPath.Child(stem + L" (" + std::to_wstring(number) + L").eml");
         if (!file.PutInPlace(path))
-            Fail("Cannot write {}: there is a file of that name now.", Shown(WithoutPrefix(path)));
+            Fail("Cannot write {}: there is a file of that name now.", path.Shown());
         return path;
     }
 
 private:
     void Know(const std::wstring& name) {
-        const FileHandle file = OpenShared(Joined(mPath, name));
+        const WinHandle file = OpenShared(mPath.Child(name).Full());
         char line[100];
         const std::size_t size = file ? ReadAt(file, 0, line, sizeof line) : 0;
         const std::string_view text(line, size);
@@ -328,12 +327,12 @@ private:
         return SafeName(PlainName((first + L" " + message.Texts().topic).substr(0, 120)));
     }
 
-    std::wstring mPath;
+    Path mPath;
 };
 
 } // namespace
 
-std::unique_ptr<Target> OpenTarget(const std::wstring& path, const TargetOptions& options) {
+std::unique_ptr<Target> OpenTarget(const Path& path, const TargetOptions& options) {
     switch (options.format) {
     case TargetFormat::Mbox:
         return std::make_unique<MboxTarget>(path, options.append);

@@ -32,7 +32,7 @@ public:
     bool Has(const Identity& identity) const { return mKnown.Has(identity); }
     // Takes the message in, and returns the path or, in an mbox, the file that it is in. Throws
     // what is Unreadable of the message, and nothing of it stays.
-    virtual std::wstring Put(const InternetMessage& message) = 0;
+    virtual Path Put(const InternetMessage& message) = 0;
     // All of them are there: what could not be seen before can be now.
     virtual void Complete() {}
 
@@ -46,12 +46,11 @@ struct TargetOptions {
     char flagSeparator = '!';
 };
 
-// Opens or makes it: a file for an mbox, else a folder. `path` is a long path whose folder is
-// there.
-std::unique_ptr<Target> OpenTarget(const std::wstring& path, const TargetOptions& options);
+// Opens or makes it: a file for an mbox, else a folder. The folder of `path` is there.
+std::unique_ptr<Target> OpenTarget(const Path& path, const TargetOptions& options);
 
 // Removes what ended programs left of new files in a folder.
-void RemoveLeftovers(const std::wstring& folder);
+void RemoveLeftovers(const Path& folder);
 
 // A name for a folder or file that any file system takes: without what some cannot have in it, of a
 // device, or at its end.
