@@ -190,7 +190,8 @@ void RunCorpus(Watch& watch) {
 
 // Formats take turns until the end: the one that has had the least time is next.
 void RunDamaged(Watch& watch, unsigned long long start) {
-    Random random(arguments.seed, "damage", Inputs());
+    // Each worker its own, and another one each time it starts.
+    Random random(arguments.seed, arguments.state, Inputs());
     const auto full = [](const Tally& tally) {
         return arguments.limit && tally.inputs >= arguments.limit;
     };

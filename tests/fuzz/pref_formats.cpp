@@ -127,6 +127,7 @@ void DrivePrefFile(Input& in) {
                  },
                  [&] {
                      if (file.OpenPrefFile() && file.ReadAppHeader(number)) {
+                         UserPrefFile::Encode(tag);
                          file.ReadPrefBuffer(tag, static_cast<long>(in.Number()));
                          file.UpdateHeader();
                      }

@@ -60,6 +60,7 @@ void DriveSearch(Input& in) {
                    (!stop || (stop >= cursor && stop <= text.Text() + text.Length())),
                "a word's ends lie outside of the text");
     }
+    BaseString::IsDoubleByte(text.Text());
     BaseString::DoubleByteAdjLen(text.Text(), in.Below(text.Length() + 1));
     RBString other(pattern.c_str());
     // Only that they end is asked: the order is the system's.
@@ -251,6 +252,10 @@ void DriveDiskName(Input& in) {
             FileSpec where(folder, 1);
             TemporaryFile file(where, 1);
             Expect(file.IsValid(), "makes no temporary file");
+            std::tm when;
+            long size;
+            file.FileInfo(&when, &size);
+            TemporaryFile::DelDanglingTemps();
             TemporaryFile named(in.Text().c_str(), 1,
                                 static_cast<enumTempFileOptions>(in.Below(2)));
         });
@@ -302,6 +307,9 @@ void DriveAddress(Input& in) {
     Expect(out.Length() <= MailUser::keMaxDisplayName || out == name,
            "a name longer than the result has room for");
     MailUser::OrderedUserName(name, name, 1);
+    MailUser whole(text.Text(), text.Text(), static_cast<enumMessageFormat>(1 + in.Below(4)),
+                   static_cast<enumEnclosureEncode>(in.Below(3)));
+    ReadText(whole.Address().Text());
     MailUser first(text.Text(), in.Text().c_str(), static_cast<MailUserType>(in.Number()));
     MailUser second(in.Text().c_str(), text.Text(), keUserOrdinary);
     (void)(first < second), (void)(first > second), (void)(second < first);

@@ -114,6 +114,9 @@ void DriveUser(Input& in) {
 }
 
 void DriveSystemUser(Input& in) {
+    RBString name(in.Text().c_str()), address(in.bytes.c_str());
+    SysMailUser given(name, address);
+    given.IsContinued();
     std::istringstream stream(in.bytes);
     SysMailUser user;
     for (unsigned int count = 0; count < 20 && stream >> user; ++count) {
