@@ -68,7 +68,7 @@ Path Path::Folder() const {
 
 std::wstring ExtensionOf(const std::wstring& name) {
     const std::size_t dot = name.rfind(L'.');
-    return dot == std::wstring::npos ? L"" : name.substr(dot);
+    return dot == std::wstring::npos ? std::wstring() : name.substr(dot);
 }
 
 Path Path::WithExtension(std::wstring_view extension) const {

@@ -18,9 +18,8 @@ enum enumReplaceOptions : int {
 //   1. the new file gets the old one's access rights (its DACL);
 //   2. the old file can be renamed, within a second: until then a program that has it open for
 //      writing may close it;
-//   3. an older backup is removed, and the old file is renamed to the backup: until then that one
-//   is
-//      whole under its own name, so that the older one is never the only copy;
+//   3. an older backup is removed, and the old file is renamed to the backup: until then it is
+//      whole under its own name, so that the older backup is never the only copy;
 //   4. the new file is renamed to the old one's name.
 //
 // Where step 2 fails, everything is as it was and the new file is removed; where step 3 does, an
