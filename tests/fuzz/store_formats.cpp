@@ -12,34 +12,14 @@ namespace {
 
 constexpr unsigned int kRecord = sizeof(DiskDirRec);
 // Names that lead out of the folder, to devices, to several files or to none.
-const std::vector<std::string> kNames = {"M1.EML",
-                                         "M2.EML",
-                                         "..\\OUTSIDE.EML",
-                                         "..\\OUT\\KEEP.EML",
-                                         "SUB",
-                                         "SUB\\IN.EML",
-                                         "*.EML",
-                                         "*",
-                                         "M?.EML",
-                                         "CON",
-                                         "NUL.EML",
-                                         "COM1.EML",
-                                         ".",
-                                         "..",
-                                         "M1.EML.",
-                                         "M1.EML ",
-                                         "M1.EML::",
-                                         "INBOX.DAT",
-                                         "",
-                                         "\\\\.\\",
-                                         "../OUTSIDE.EML",
-                                         "TARGET",
-                                         "\x81",
-                                         "M1\xE9.EML",
-                                         "|",
-                                         "A|B|C",
-                                         "Smith|Anna",
-                                         "\x01\x2B"};
+// clang-format off
+const std::vector<std::string> kNames = {
+    "M1.EML", "M2.EML", "..\\OUTSIDE.EML", "..\\OUT\\KEEP.EML", "SUB", "SUB\\IN.EML", "*.EML",
+    "*", "M?.EML", "CON", "NUL.EML", "COM1.EML", ".", "..", "M1.EML.", "M1.EML ", "M1.EML::",
+    "INBOX.DAT", "", "\\\\.\\", "../OUTSIDE.EML", "TARGET", "\x81", "M1\xE9.EML", "|", "A|B|C",
+    "Smith|Anna", "\x01\x2B"
+};
+// clang-format on
 
 // Longer than a record's field for it.
 const std::string kLongName = "M" + std::string(40, 'x') + ".EML";

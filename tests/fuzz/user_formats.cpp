@@ -11,24 +11,13 @@
 
 namespace {
 
-const std::vector<std::string> kWords = {"C:\\MAIL\\",
-                                         "DFile",
-                                         "..\\..\\X",
-                                         "mail:110",
-                                         "mail:n:995:65536",
-                                         "::n:",
-                                         "Smith|Anna",
-                                         "|",
-                                         "a|b|c",
-                                         "\x01\x2B",
-                                         "<box7>",
-                                         "a>b <c>",
-                                         "anna@post.org",
-                                         "\\\\host\\x\\",
-                                         "C:",
-                                         "\xFF\xFF",
-                                         std::string(40, 'a'),
-                                         "\x81\x40"};
+// clang-format off
+const std::vector<std::string> kWords = {
+    "C:\\MAIL\\", "DFile", "..\\..\\X", "mail:110", "mail:n:995:65536", "::n:", "Smith|Anna", "|",
+    "a|b|c", "\x01\x2B", "<box7>", "a>b <c>", "anna@post.org", "\\\\host\\x\\", "C:", "\xFF\xFF",
+    std::string(40, 'a'), "\x81\x40"
+};
+// clang-format on
 
 // Whatever a user is asked for.
 void UseUser(MailUser& user, Input& in) {
