@@ -21,6 +21,13 @@ std::optional<std::size_t> ReadFileAt(const WinHandle& file, unsigned long long 
     return count;
 }
 
+std::optional<std::size_t> ReadFileOn(const WinHandle& file, void* to, std::size_t size) {
+    DWORD count = 0;
+    if (!ReadFile(file.Get(), to, static_cast<DWORD>(size), &count, nullptr))
+        return {};
+    return count;
+}
+
 std::string LastErrorText() {
     switch (const DWORD error = GetLastError()) {
     case ERROR_FILE_NOT_FOUND:

@@ -193,8 +193,7 @@ public:
             CharUpperBuffA(mUpperPattern.data(), mUpperPattern.size());
         } else {
             mLowerFirst[0] = Folding::Lower()(pattern[0]);
-            std::transform(pattern.begin(), pattern.end(), mUpperPattern.begin(),
-                           std::cref(mFold));
+            std::transform(pattern.begin(), pattern.end(), mUpperPattern.begin(), std::cref(mFold));
         }
         mPattern = mUpperPattern;
         mUpperFirst = FirstCharacter();
@@ -224,8 +223,10 @@ private:
     // fold to it, and count only behind the first.
     template <bool kDoubleByte>
     bool MayStart(const char* place) const {
+        // The second one tells most places apart that the first does not.
         if (!kDoubleByte)
-            return *place == mUpperFirst[0] || *place == mLowerFirst[0];
+            return (*place == mUpperFirst[0] || *place == mLowerFirst[0]) &&
+                   (mPattern.size() < 2 || mFold(place[1]) == mPattern[1]);
         const Character character = At(place, true);
         return character == mUpperFirst || character == mLowerFirst;
     }

@@ -83,12 +83,19 @@ bool IsWithin(const std::wstring& path, const std::wstring& folder) {
     return path.size() == folder.size() || folder.back() == L'\\' || path[folder.size()] == L'\\';
 }
 
-std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
-                   std::size_t size) {
-    const auto read = ReadFileAt(file, position, buffer, size);
+static std::size_t WhatWasRead(const std::optional<std::size_t>& read) {
     if (!read)
         throw Unreadable{"reading it failed: " + LastErrorText()};
     return *read;
+}
+
+std::size_t ReadOn(const WinHandle& file, char* buffer, std::size_t size) {
+    return WhatWasRead(ReadFileOn(file, buffer, size));
+}
+
+std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
+                   std::size_t size) {
+    return WhatWasRead(ReadFileAt(file, position, buffer, size));
 }
 
 static std::string CannotWrite(const Path& path) { return "Cannot write " + path.Shown(); }

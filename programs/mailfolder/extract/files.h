@@ -47,6 +47,7 @@ struct Unreadable {
 };
 
 // Reads as much as there is, up to the buffer's size, and returns that. Throws what is Unreadable.
+std::size_t ReadOn(const WinHandle& file, char* buffer, std::size_t size);
 std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
                    std::size_t size);
 

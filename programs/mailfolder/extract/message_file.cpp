@@ -27,9 +27,9 @@ void MessageFile::Open(const std::wstring& name) {
         throw Unreadable{LastErrorText(), GetLastError() == ERROR_FILE_NOT_FOUND};
     if (!SameName(ParentOf(FinalPath(mFile)), mFinal))
         throw Unreadable{"it is a link out of the folder"};
-    mBuffered = ReadAt(mFile, 0, mBuffer.data(), kFirstPiece);
+    mBuffered = ReadOn(mFile, mBuffer.data(), kFirstPiece);
     if (mBuffered == kFirstPiece)
-        mBuffered += ReadAt(mFile, mBuffered, &mBuffer[mBuffered], kPiece - mBuffered);
+        mBuffered += ReadOn(mFile, &mBuffer[mBuffered], kPiece - mBuffered);
     if (mBuffered < sizeof mRecord)
         throw Unreadable{"it is shorter than a record"};
     std::memcpy(&mRecord, mBuffer.data(), sizeof mRecord);
