@@ -129,6 +129,13 @@ TEST_F(Unwritable, DFileIsRewrittenAsAnother) {
     EXPECT_EQ(Read(), kHeader + mBytes.substr(316, 316) + mBytes.substr(3 * 316, 316));
     EXPECT_FALSE(IsReadOnly("INBOX.DAT"));
     EXPECT_EQ(Names(), "A.EML INBOX.DAT NEW.EML OLD ");
+    // A read-only backup would be in the way of every later one.
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_TRUE(MakeReadOnly("INBOX.DAT"));
+        EXPECT_EQ(mFile.RemoveAllMessageIDs(BaseDirFile::keRemoveAll), 1);
+        EXPECT_FALSE(IsReadOnly("INBOX.BAK"));
+    }
+    EXPECT_EQ(mFile.CompressDFile(), 1);
 }
 
 TEST_F(Unwritable, MessageIsMovedAllTheSame) {
