@@ -72,7 +72,7 @@ void NewFile::PutInPlace() {
     // What it leaves is its own matter: with a link in the way of the names, both files.
     const Path made = std::exchange(mPath, Path());
     if (!ReplaceFileBy(made.Full().c_str(), mTarget.Full().c_str(),
-                       BackupOf(mTarget).Full().c_str(), keReplacePlain))
+                       BackupOf(mTarget).Full().c_str(), keReplaceKeepOlder))
         Fail("Cannot replace {}: another program may hold it. {}", mTarget.Shown(),
              mTarget.IsThere() ? "It is as it was."
                                : "\"mailfolder recover\" gives it its name back.");

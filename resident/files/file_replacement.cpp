@@ -72,8 +72,11 @@ int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* 
                   int options) {
     CopyAccessRights(target, newFile);
     const bool flushed = !(options & keReplaceFlush) || FlushToDisk(newFile);
-    // Where the rename cannot succeed, the older backup stays as well.
-    if (flushed && WaitUntilMovable(target) && !IsLink(target) && !IsLink(backup))
+    const bool movable = flushed && WaitUntilMovable(target);
+    const bool dropOlder = options & keReplaceKeepOlder
+                               ? movable
+                               : flushed && GetFileAttributesW(target) != INVALID_FILE_ATTRIBUTES;
+    if (dropOlder && !IsLink(target) && !IsLink(backup))
         RemoveBackup(backup);
     const bool dropNew = !(options & keReplaceKeepNew);
     if (!flushed || IsLink(target) || !DiskDriver::Rename(target, backup)) {

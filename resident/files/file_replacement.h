@@ -8,7 +8,8 @@ enum enumReplaceOptions : int {
     keReplaceDropBackup = 0x01, // the backup goes when all is done
     keReplaceNoWayBack = 0x02,  // where the second rename fails, the old file stays the backup
     keReplaceKeepNew = 0x04,    // where a rename fails, the new file stays under its own name
-    keReplaceFlush = 0x08       // the new file is on the disk before it takes the old one's place
+    keReplaceFlush = 0x08,      // the new file is on the disk before it takes the old one's place
+    keReplaceKeepOlder = 0x10   // an older backup goes only when the old file can be renamed
 };
 
 // How a file is replaced by a new one, for all that rewrite files. The new file is whole and closed
@@ -16,15 +17,14 @@ enum enumReplaceOptions : int {
 // whole under a name that is known:
 //
 //   1. the new file gets the old one's access rights (its DACL);
-//   2. the old file can be renamed, within a second: until then a program that has it open for
-//      writing may close it;
-//   3. an older backup is removed, and the old file is renamed to the backup: until then it is
-//      whole under its own name, so that the older backup is never the only copy;
+//   2. a program that has the old file open for writing has a second to close it, and an older
+//      backup is removed: never the only copy, for where there is no old file it stays;
+//   3. the old file is renamed to the backup;
 //   4. the new file is renamed to the old one's name.
 //
-// Where step 2 fails, everything is as it was and the new file is removed; where step 3 does, an
-// older backup may be gone, too; where step 4 does, the old one gets its name back and the new one
-// is removed. Links are not replaced, nor is a link in the backup's place: that is step 2.
+// Where step 3 fails, the older backup is gone, unless keReplaceKeepOlder said to look first, and
+// the new file is removed; where step 4 does, the old one gets its name back and the new one is
+// removed. Links are not replaced, nor is a link in the backup's place: everything stays then.
 // Returns 1, or 0 after a rename's report. The caller holds the file's FileLock from before its
 // first read of the old file.
 JX_API int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* backup,

@@ -104,8 +104,9 @@ TEST(FileReplacement, LeavesOneOfTheTwoFilesWholeUnderAKnownName) {
         const char* left;
     } cases[] = {{"", keReplacePlain, 1, "new old - "},
                  {"", keReplaceDropBackup | keReplaceFlush, 1, "new - - "},
-                 {"D.DAT", keReplacePlain, 0, "old older - "},
-                 {"D.DAT", keReplaceKeepNew, 0, "old older new "},
+                 {"D.DAT", keReplacePlain, 0, "old - - "},
+                 {"D.DAT", keReplaceKeepNew, 0, "old - new "},
+                 {"D.DAT", keReplaceKeepOlder, 0, "old older - "},
                  {"D.BAK", keReplacePlain, 0, "old older - "},
                  {"NEW", keReplaceKeepNew, 0, "old - new "},
                  {"NEW", keReplaceNoWayBack, 0, "- old new "}};
