@@ -212,16 +212,24 @@ void DriveFileSpec(Input& in) {
 void DriveDiskName(Input& in) {
     char folder[MAX_PATH];
     GetCurrentDirectoryA(sizeof folder, folder);
-    // One part of a path, so that all happens in the current folder.
+    // One part of a path, so that all happens in the current folder: what has no OEM character
+    // becomes a dot, a question mark and others there.
+    const auto inOem = [](std::string text) {
+        CharToOemA(text.c_str(), text.data());
+        return text;
+    };
     const auto name = [&](std::string text) {
         std::erase_if(text, [](char c) { return std::strchr("\\/:", c); });
-        return folder + ("\\" + (text.empty() || text[0] == '.' || text[0] == ' ' ? "SUB" : text));
+        const char first = inOem(text)[0];
+        return folder + ("\\" + (first == 0 || first == '.' || first == ' ' ? "SUB" : text));
     };
     const std::string path = name(in.bytes), other = name(in.Text());
     FileSpec spec(path.c_str(), in.Below(2));
     in.DoOne(
         [&] {
-            if (DiskDriver::MakeDir(path.c_str()) && path.find_first_of("*?") == path.npos)
+            // Longer names than disks have room for are some systems' own matter.
+            if (DiskDriver::MakeDir(path.c_str()) && path.size() < 128 &&
+                inOem(path).find_first_of("*?") == path.npos)
                 Expect(DiskDriver::FileExists(path.c_str(), 0),
                        "a folder that was made is not there");
         },
