@@ -5,7 +5,10 @@
 
 #include "programs/mailfolder/input_file.h"
 
-bool IsMessageFileName(const std::wstring& name) { return FoldCase(ExtensionOf(name)) == L".EML"; }
+bool IsMessageFileName(const std::wstring& name) {
+    // What a Macintosh keeps beside each file of such a disk begins so.
+    return FoldCase(ExtensionOf(name)) == L".EML" && !name.starts_with(L"._");
+}
 
 bool IsZero(const DiskDirRec& record) {
     const auto* const bytes = reinterpret_cast<const char*>(&record);

@@ -38,6 +38,8 @@ std::string LastErrorText() {
         return "another program is holding it";
     case ERROR_ACCESS_DENIED:
         return "it may not be opened so";
+    case ERROR_INVALID_NAME:
+        return "no file can have that name";
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
         return "the disk is full";

@@ -304,13 +304,23 @@ def nothing_is_written_where_it_must_not(folder):
     run("extract", work, os.path.join(work, "new.mbox"), code=2)
     run("extract", work, os.path.join(folder, "way in", "sub"), "--format", "eml", code=2)
     run("extract", work, os.path.join(mail, "In Box"), "--format", "eml", code=1)
-    run("extract", work, os.path.join(folder, "new.mbox"), "--manifest", os.path.join(work, "m.csv"), code=1)
+    new = os.path.join(folder, "new.mbox")
+    for wrong in ([new, "--manifest", os.path.join(work, "m.csv")], [new, "--manifest", new], ["NUL"],
+                  [os.path.join(folder, "COM1")]):
+        run("extract", work, *wrong, code=2)
+    assert "it is a file" in run("extract", work, secret, "--format", "eml", code=1)[1]
     foreign = os.path.join(folder, "letter.txt")
     with open(foreign, "wb") as file:
         file.write(b"Dear all,\n")
     run("extract", work, foreign, "--append", code=1)
     for wrong in foreign, secret:
         assert "it looks like" in run("extract", wrong, os.path.join(folder, "new.mbox"), code=1)[1]
+    box, link = os.path.join(folder, "box"), os.path.join(folder, "link")
+    run("extract", os.path.join(mail, "In Box"), box)
+    os.symlink(box, link)
+    os.chmod(box, 0o444)
+    for kept in box, link:
+        run("extract", work, kept, "--append", code=1)
     os.makedirs(os.path.join(folder, "linked"))
     os.symlink(mail, os.path.join(folder, "linked", "Work"))
     run("extract", mail, os.path.join(folder, "linked"), "--recursive", "--format", "eml", code=1)
@@ -340,6 +350,64 @@ def an_mbox_is_added_to_when_told(folder):
     run("extract", source, box)
     assert open(box, "rb").read() == whole and os.listdir(folder) == ["In", "all.mbox"] or \
         sorted(os.listdir(folder)) == ["In", "all.mbox"]
+
+
+@test
+def messages_that_only_the_d_file_tells_apart_all_come_out(folder):
+    target = os.path.join(folder, "all")
+    for number, topic in enumerate((b"Invoice", b"Wedding")):
+        source = os.path.join(folder, f"F{number}")
+        mf.make(source, [Message(b"text", topic=topic)])
+        with open(os.path.join(source, "MSG00001.EML"), "wb") as file:
+            file.write(bytes(mf.RECORD) + b"text")
+        for form in FORMATS:
+            options = ["--format", form] + ["--append"] * (form == "mbox")
+            assert summary(run("extract", source, target + form, *options)[0])[:2] == [1, 0]
+            assert summary(run("extract", source, target + form, *options)[0])[:2] == [0, 1]
+
+
+@test
+def what_has_no_record_before_its_text_is_taken_whole(folder):
+    source, box = os.path.join(folder, "In"), os.path.join(folder, "in.mbox")
+    mf.make(source, [Message(b"sound")])
+    texts = {"LONG.EML": b"a line of text\n" * 40, "MAIL.EML": b"From: a@b\nSubject: saved by another\n\nshort\n",
+             "NONE.EML": b"", "SHORT.EML": b"\0\1\2", "._MSG00001.EML": b"\0\5\x16\7" + bytes(400)}
+    for name, text in texts.items():
+        with open(os.path.join(source, name), "wb") as file:
+            file.write(text)
+    out, err = run("extract", source, box, code=3)
+    assert summary(out) == [3, 0, 0, 2] and err.count("no record, and is taken whole") == 2, (out, err)
+    taken = [data for data, _ in mbox_messages(box)]
+    assert any(texts["LONG.EML"].strip() in data for data in taken)
+    assert ("saved by another", "short\n") in [(m["subject"], m.get_content()) for m in map(parse, taken)]
+
+
+@test
+def several_at_once_take_each_message_once(folder):
+    source, target = os.path.join(folder, "In"), os.path.join(folder, "out")
+    mf.make(source, [Message(b"%d" % n) for n in range(300)])
+    with ThreadPoolExecutor(3) as pool:
+        said = list(pool.map(lambda _: run("extract", source, target, "--format", "eml", code=None), range(3)))
+    assert len(read(target, "eml")) == 300, said
+    assert all("taken" in out or "another program is writing it" in err for out, err in said), said
+
+
+@test
+def a_held_d_file_is_waited_for_by_the_user(folder):
+    source, box, deleted = os.path.join(folder, "In"), os.path.join(folder, "in.mbox"), Message(b"deleted")
+    mf.make(source, [Message(b"kept", processed=True), deleted])
+    with open(os.path.join(source, "DFile"), "r+b") as file:
+        file.seek(2 * mf.RECORD)
+        file.write(deleted.record(used=0))
+    holder = subprocess.Popen(["wine", os.path.join(BIN, "helper_process.exe"), "hold",
+                               windows(os.path.join(source, "DFile")), "60000", "H", "R"])
+    while "holding" not in run("list", source, code=None)[1]:
+        assert holder.poll() is None
+    said = run("extract", source, box, code=1)
+    holder.kill()
+    holder.wait()
+    assert "Try again" in said[1] and not os.path.exists(box), said
+    assert summary(run("extract", source, box)[0])[0] == 1
 
 
 def day(number):

@@ -8,6 +8,7 @@
 #include "programs/console/text.h"
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/extract/csv.h"
+#include "programs/mailfolder/extract/read_ahead.h"
 #include "programs/mailfolder/extract/selection.h"
 #include "programs/mailfolder/extract/target.h"
 #include "programs/mailfolder/progress.h"
@@ -59,6 +60,9 @@ public:
     explicit Manifest(const Path& path);
     void Add(const Path& folder, const InternetMessage& message, const std::string& target);
     void AddMissing(const Path& folder, const SourceMessage& message, mime::Charset charset);
+    // Takes back the lines from there on.
+    unsigned long long Size() const { return mFile.Size(); }
+    void CutTo(unsigned long long size) { mFile.CutTo(size); }
     void Complete();
 
 private:
@@ -108,33 +112,51 @@ void Manifest::Complete() {
 class Extraction {
 public:
     Extraction(const Options& options, SourceFolder& source, Target& target, Manifest* manifest)
-        : mOptions(options), mSource(source), mTarget(target), mManifest(manifest),
-          mFile(source.Place(), source.Final()) {}
+        : mOptions(options), mSource(source), mTarget(target), mManifest(manifest) {}
 
-    Counts Run();
+    // Returns what stopped it, if anything did.
+    std::optional<Failure> Run();
+    // What came out for good, also of one that was stopped.
+    const Counts& Done() const { return mCounts; }
 
 private:
-    void Take(const SourceMessage& found);
-    bool IsWanted(SourceMessage& message) const;
-    void PutOut(const SourceMessage& message);
+    void TakeAll();
+    void Take(OpenedMessage& found);
+    bool IsWanted(OpenedMessage& found) const;
+    void PutOut(const OpenedMessage& found);
     void Tell(const SourceMessage& message, const std::string& what) const;
 
     const Options& mOptions;
     SourceFolder& mSource;
     Target& mTarget;
     Manifest* mManifest;
-    MessageFile mFile;
     Counts mCounts;
 };
 
-Counts Extraction::Run() {
+std::optional<Failure> Extraction::Run() {
+    const unsigned long long line = mManifest ? mManifest->Size() : 0;
+    try {
+        TakeAll();
+        mTarget.Complete();
+        return {};
+    } catch (const Failure& failure) {
+        if (mTarget.ComesWhole()) {
+            mCounts = {};
+            if (mManifest)
+                mManifest->CutTo(line);
+        }
+        return failure;
+    }
+}
+
+void Extraction::TakeAll() {
     Progress progress("Taking out " + mSource.Shown());
-    mSource.ForEach([&](const SourceMessage& message) {
-        Take(message);
-        progress.Show(message.slot.value_or(mSource.Slots()), mSource.Slots());
+    ReadAhead ahead(mSource, [&](OpenedMessage& found) {
+        Take(found);
+        progress.Show(found.message.slot.value_or(mSource.Slots()), mSource.Slots());
     });
-    mTarget.Complete();
-    return mCounts;
+    mSource.ForEach([&](const SourceMessage& message) { ahead.Add(message); });
+    ahead.Finish();
 }
 
 void Extraction::Tell(const SourceMessage& message, const std::string& what) const {
@@ -145,8 +167,9 @@ void Extraction::Tell(const SourceMessage& message, const std::string& what) con
 }
 
 // A free slot whose file came to hold another message is none of that message's.
-bool Extraction::IsWanted(SourceMessage& message) const {
-    if (message.origin == Origin::Deleted && !SameMessage(message.record, mFile.Record())) {
+bool Extraction::IsWanted(OpenedMessage& found) const {
+    SourceMessage& message = found.message;
+    if (message.origin == Origin::Deleted && !SameMessage(message.record, found.file.Record())) {
         message.origin = Origin::Orphan;
         message.slot.reset();
         message.record = {};
@@ -156,16 +179,13 @@ bool Extraction::IsWanted(SourceMessage& message) const {
                                               : true;
 }
 
-void Extraction::Take(const SourceMessage& found) {
-    SourceMessage message = found;
+void Extraction::Take(OpenedMessage& found) {
+    const SourceMessage& message = found.message;
     try {
-        if (message.file.empty())
-            throw Unreadable{"the record names no file", true};
-        if (mSource.IsDFile(message.file))
-            throw Unreadable{"the record names the D file itself", true};
-        mFile.Open(message.file);
-        if (IsWanted(message))
-            PutOut(message);
+        if (found.problem)
+            throw *found.problem;
+        if (IsWanted(found))
+            PutOut(found);
     } catch (const Unreadable& problem) {
         if (message.origin == Origin::Deleted && problem.isMissing)
             return;
@@ -176,8 +196,9 @@ void Extraction::Take(const SourceMessage& found) {
     }
 }
 
-void Extraction::PutOut(const SourceMessage& message) {
-    const InternetMessage mail(message, mFile, mOptions.charset, mManifest != nullptr);
+void Extraction::PutOut(const OpenedMessage& found) {
+    const SourceMessage& message = found.message;
+    const InternetMessage mail(message, found.file, mOptions.charset, mManifest != nullptr);
     if (!mOptions.selection.Takes(mail.Record(), mail.Texts())) {
         ++mCounts.notSelected;
         return;
@@ -188,6 +209,8 @@ void Extraction::PutOut(const SourceMessage& message) {
     } else {
         place = mTarget.Put(mail).Shown();
         ++mCounts.taken;
+        if (!found.file.HasRecord())
+            Tell(message, "it begins with text and no record, and is taken whole");
         if (mail.Meaningless())
             Tell(message, fmt::format("{} no meaning in {}, and {} kept",
                                       Count(mail.Meaningless(), "byte has", "bytes have"),
@@ -204,6 +227,8 @@ public:
     Places(const Options& options, const SourceFolder& source)
         : mOptions(options), mSource(source.Place()), mFinalSource(source.Final()),
           mTop(Path(options.target).AsItStands()) {
+        if (Path(options.target).IsDevice())
+            throw Failure{fmt::format("Cannot use {}: it is a device.", mTop.Shown()), keWrongUse};
         if (IsWithin(FinalPathOf(mTop), mFinalSource))
             throw Failure{fmt::format("{} lies in the folder that is read: name another target.",
                                       mTop.Shown()),
@@ -213,6 +238,18 @@ public:
         } else if (options.how.format == TargetFormat::Mbox) {
             MakeFolders(mTop.Folder());
         }
+    }
+
+    // Makes the folder that it needs.
+    void CheckManifest(const Path& path) const {
+        const std::wstring final = FinalPathOf(path);
+        const bool isRead = IsWithin(final, mFinalSource);
+        if (isRead || SameName(final, FinalPathOf(mTop)))
+            throw Failure{
+                fmt::format("{} {}: name another manifest.", path.Shown(),
+                            isRead ? "lies in the folder that is read" : "is the target itself"),
+                keWrongUse};
+        MakeFolders(path.Folder());
     }
 
     // For a folder at or below the source. Makes the folders that it needs.
@@ -280,8 +317,7 @@ static int Extract(const Options& options) {
     std::optional<Manifest> manifest;
     if (!options.manifest.empty()) {
         const Path path = Path(options.manifest).AsItStands();
-        if (IsWithin(FinalPathOf(path), top.Final()))
-            Fail("{} lies in the folder that is read: name another manifest.", path.Shown());
+        places.CheckManifest(path);
         manifest.emplace(path);
     }
 
@@ -291,32 +327,45 @@ static int Extract(const Options& options) {
     const auto take = [&](SourceFolder& source) {
         const Path place = places.Of(source.Place());
         const std::unique_ptr<Target> target = OpenTarget(place, options.how);
-        const Counts counts =
-            Extraction(options, source, *target, manifest ? &*manifest : nullptr).Run();
-        if (!source.Problem().empty())
+        Extraction extraction(options, source, *target, manifest ? &*manifest : nullptr);
+        const std::optional<Failure> stopped = extraction.Run();
+        const Counts& counts = extraction.Done();
+        if (!source.Problem().empty() && !stopped)
             Warn("{}: {}; its messages come from their files alone.\n", source.Shown(),
                  source.Problem());
         damaged |= !source.Problem().empty() || counts.withoutFile || counts.damaged;
         all += counts;
-        if (options.recursive)
+        if (options.recursive && !stopped)
             Tell("{}: {}\n", place.Shown(), counts.Text());
+        if (stopped)
+            throw *stopped;
+    };
+    const auto fail = [&](const Failure& failure) {
+        Warn("{}\n", failure.text);
+        failed = true;
     };
     if (options.recursive) {
-        for (const Path& folder : MailFoldersBelow(top.Place())) {
+        for (const Path& folder : MailFoldersBelow(top.Place(), fail)) {
             try {
                 SourceFolder source(folder);
                 take(source);
             } catch (const Failure& failure) {
-                Warn("{}\n", failure.text);
-                failed = true;
+                fail(failure);
             }
         }
     } else {
-        take(top);
+        try {
+            take(top);
+        } catch (const Failure& failure) {
+            if (all.taken == 0)
+                throw;
+            fail(failure);
+        }
     }
+    // What was taken is taken, whatever becomes of the manifest.
+    Tell("{}\n", all.Text());
     if (manifest)
         manifest->Complete();
-    Tell("{}\n", all.Text());
     return failed ? keCouldNot : damaged ? keDamage : keFine;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <winternl.h>
+
 #include "programs/mailfolder/failure.h"
 
 namespace extract {
@@ -44,6 +46,19 @@ bool IsFolder(const Path& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+// Under Wine final paths of over 260 characters are not told; this is what it makes them of.
+static std::wstring ObjectName(const WinHandle& file) {
+    constexpr OBJECT_INFORMATION_CLASS kObjectNameInformation = OBJECT_INFORMATION_CLASS(1);
+    std::vector<UNICODE_STRING> information(0x10000 / sizeof(UNICODE_STRING));
+    ULONG size = 0;
+    if (NtQueryObject(file.Get(), kObjectNameInformation, information.data(), 0x10000, &size) < 0)
+        return {};
+    std::wstring name(information[0].Buffer, information[0].Length / sizeof(wchar_t));
+    if (name.starts_with(L"\\??\\"))
+        name[1] = L'\\';
+    return name;
+}
+
 std::wstring FinalPath(const WinHandle& file) {
     std::wstring path(512, L'\0');
     DWORD size = GetFinalPathNameByHandleW(file.Get(), path.data(), path.size(), 0);
@@ -51,6 +66,8 @@ std::wstring FinalPath(const WinHandle& file) {
         path.resize(size);
         size = GetFinalPathNameByHandleW(file.Get(), path.data(), path.size(), 0);
     }
+    if (size == 0 && GetLastError() == ERROR_MORE_DATA)
+        return ObjectName(file);
     path.resize(size < path.size() ? size : 0);
     return path;
 }
@@ -85,7 +102,9 @@ bool IsWithin(const std::wstring& path, const std::wstring& folder) {
 
 static std::size_t WhatWasRead(const std::optional<std::size_t>& read) {
     if (!read)
-        throw Unreadable{"reading it failed: " + LastErrorText()};
+        throw Unreadable{GetLastError() == ERROR_INVALID_FUNCTION
+                             ? "it is no plain file"
+                             : "reading it failed: " + LastErrorText()};
     return *read;
 }
 
@@ -144,7 +163,8 @@ void MakeFolders(const Path& path) {
     if (parent.Full().size() < path.Full().size())
         MakeFolders(parent);
     if (!CreateDirectoryW(path.Full().c_str(), nullptr) && !IsFolder(path))
-        Fail("Cannot make the folder {}: {}.", path.Shown(), LastErrorText());
+        Fail("Cannot make the folder {}: {}.", path.Shown(),
+             Exists(path) ? "it is a file" : LastErrorText());
 }
 
 } // namespace extract

@@ -73,7 +73,8 @@ void InternetMessage::ReadText(mime::Charset charset, bool wantsDigest) {
         textDigest.emplace();
     Sha256 identity;
     identity.Add(mime::Utf8(FoldCase(mSource.file)));
-    identity.Add(AsBytes(WithoutMarks(mFile.Record())));
+    // What only the D file tells, where the file's own record is gone, makes another message.
+    identity.Add(AsBytes(WithoutMarks(mRecord)));
     mime::TextShape shape;
     mime::LineSplitter lines(shape);
     mime::MeaninglessBytes meaningless(charset);

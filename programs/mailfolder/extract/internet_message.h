@@ -13,8 +13,8 @@
 
 namespace extract {
 
-// By what a message is known again in a target, whatever became of its folder: a digest of its
-// file's name, of what its own record says for good, and of its text.
+// By what a message is known again in a target, wherever its folder went: a digest of its file's
+// name, of what its record says for good, and of its text.
 class Identity {
 public:
     typedef std::array<unsigned char, 16> Bytes;

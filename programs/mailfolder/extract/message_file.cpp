@@ -12,7 +12,7 @@ static constexpr std::size_t kPiece = 0x40000;
 static constexpr std::size_t kFirstPiece = 0x4000;
 
 MessageFile::MessageFile(const Path& folder, const std::wstring& finalPath)
-    : mFolder(folder), mFinal(finalPath), mBuffer(kPiece, '\0') {}
+    : mFolder(folder), mFinal(finalPath), mBuffer(kFirstPiece, '\0') {}
 
 void MessageFile::Open(const std::wstring& name) {
     mBuffered = 0;
@@ -28,15 +28,33 @@ void MessageFile::Open(const std::wstring& name) {
     if (!SameName(ParentOf(FinalPath(mFile)), mFinal))
         throw Unreadable{"it is a link out of the folder"};
     mBuffered = ReadOn(mFile, mBuffer.data(), kFirstPiece);
-    if (mBuffered == kFirstPiece)
+    if (mBuffered == kFirstPiece) {
+        mBuffer.resize(kPiece);
         mBuffered += ReadOn(mFile, &mBuffer[mBuffered], kPiece - mBuffered);
+    }
+    ReadRecord();
+}
+
+// What another program put into the folder. A record has zeros and other controls.
+static bool IsText(std::string_view bytes) {
+    return !bytes.empty() && std::all_of(bytes.begin(), bytes.end(), [](unsigned char c) {
+        return c >= 0x20 || (c >= '\t' && c <= '\r');
+    });
+}
+
+void MessageFile::ReadRecord() {
+    const auto beginning = std::string_view(mBuffer).substr(0, std::min(mBuffered, sizeof mRecord));
+    mTextStart = IsText(beginning) ? 0 : sizeof mRecord;
+    mRecord = {};
+    if (!HasRecord())
+        return;
     if (mBuffered < sizeof mRecord)
         throw Unreadable{"it is shorter than a record"};
     std::memcpy(&mRecord, mBuffer.data(), sizeof mRecord);
 }
 
 std::string_view MessageFile::Beginning() const {
-    return std::string_view(mBuffer).substr(0, mBuffered).substr(sizeof mRecord);
+    return std::string_view(mBuffer).substr(mTextStart, mBuffered - mTextStart);
 }
 
 void MessageFile::ForEachPiece(const std::function<void(std::string_view)>& take) const {

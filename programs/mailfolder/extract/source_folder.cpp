@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "programs/mailfolder/extract/message_file.h"
-#include "programs/mailfolder/failure.h"
 #include "programs/mailfolder/kind.h"
 
 namespace extract {
@@ -25,7 +24,7 @@ static std::wstring FileNameOf(const DiskDirRec& record) {
 
 // A lone dot at the end is no part of a name on the disk.
 static std::wstring NameOnDisk(std::wstring name) {
-    if (name.size() > 1 && name.back() == L'.')
+    if (name.size() > 1 && name.back() == L'.' && name != L"..")
         name.pop_back();
     return name;
 }
@@ -97,6 +96,7 @@ void SourceFolder::OpenDFile(bool namedItself) {
     const Path path = mFolder.Child(mDFileName);
     mDFile = OpenShared(path.Full());
     LARGE_INTEGER size = {};
+    mIsHeld = !mDFile && GetLastError() == ERROR_SHARING_VIOLATION;
     if (!mDFile)
         mProblem = LastErrorText();
     else if (!SameName(ParentOf(FinalPath(mDFile)), mFinal))
@@ -206,8 +206,13 @@ bool SourceFolder::IsChosen(const std::vector<NamedFile>& named,
 void SourceFolder::ForEachOrphan(const std::vector<NamedFile>& named,
                                  const std::function<void(const SourceMessage&)>& visit) const {
     std::vector<unsigned long long> keys;
-    ForEachMessageFile([&](const Entry& entry) { keys.push_back(KeyOf(FoldCase(entry.name))); });
+    std::vector<unsigned long long> exact;
+    ForEachMessageFile([&](const Entry& entry) {
+        keys.push_back(KeyOf(FoldCase(entry.name)));
+        exact.push_back(KeyOf(entry.name));
+    });
     std::sort(keys.begin(), keys.end());
+    std::sort(exact.begin(), exact.end());
     ForEachMessageFile([&](const Entry& entry) {
         const unsigned long long key = KeyOf(FoldCase(entry.name));
         const auto [first, last] = NamedSo(named, key);
@@ -221,12 +226,17 @@ void SourceFolder::ForEachOrphan(const std::vector<NamedFile>& named,
             SourceMessage message;
             message.origin = Origin::Orphan;
             message.file = entry.name;
+            // Of names that the system cannot tell as they are, either may be another file's.
+            const auto same = std::equal_range(exact.begin(), exact.end(), KeyOf(entry.name));
+            message.isAmbiguous = same.second - same.first > 1;
             visit(message);
         }
     });
 }
 
 void SourceFolder::ForEach(const std::function<void(const SourceMessage&)>& visit) {
+    if (mIsHeld)
+        Fail("Cannot read {}: {}. Try again when it is closed.", Shown(), mProblem);
     std::vector<NamedFile> named;
     try {
         named = FilesNamed();
@@ -240,23 +250,25 @@ void SourceFolder::ForEach(const std::function<void(const SourceMessage&)>& visi
     ForEachOrphan(named, visit);
 }
 
-static void AddFoldersBelow(const Path& folder, std::vector<Path>& folders) {
-    for (const Entry& entry : EntriesOf(folder)) {
-        if (!entry.isFolder || entry.isLink)
-            continue;
-        const Path path = folder.Child(entry.name);
-        if (SourceFolder(path).HasMail())
-            folders.push_back(path);
-        AddFoldersBelow(path, folders);
+static void AddFolders(const Path& folder, const std::function<void(const Path&)>& visit,
+                       const std::function<void(const Failure&)>& failed) {
+    try {
+        if (SourceFolder(folder).HasMail())
+            visit(folder);
+    } catch (const Failure& failure) {
+        failed(failure);
+        return;
     }
+    for (const Entry& entry : EntriesOf(folder))
+        if (entry.isFolder && !entry.isLink)
+            AddFolders(folder.Child(entry.name), visit, failed);
 }
 
-std::vector<Path> MailFoldersBelow(const Path& folder) {
+std::vector<Path> MailFoldersBelow(const Path& folder,
+                                   const std::function<void(const Failure&)>& failed) {
     std::vector<Path> folders;
-    const SourceFolder top(folder);
-    if (top.HasMail())
-        folders.push_back(top.Place());
-    AddFoldersBelow(top.Place(), folders);
+    AddFolders(
+        folder, [&](const Path& found) { folders.push_back(found); }, failed);
     return folders;
 }
 

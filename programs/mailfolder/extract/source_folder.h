@@ -7,6 +7,7 @@
 
 #include "postrider.h"
 #include "programs/mailfolder/extract/files.h"
+#include "programs/mailfolder/failure.h"
 
 namespace extract {
 
@@ -23,6 +24,7 @@ struct SourceMessage {
     std::optional<unsigned long> slot; // of the D file, by its position
     std::wstring file;                 // may be empty, or no name at all
     DiskDirRec record = {};            // as the D file has it; zero for an orphan
+    bool isAmbiguous = false;          // the system tells two files of the folder by that name
 };
 
 // A mail folder that is only read: everything that is open in it is open to everybody else.
@@ -49,7 +51,8 @@ public:
     // Every slot that holds or held a message, in their order, then the message files that no
     // record names. A message file comes once: when several records name it, with the one that it
     // begins with itself, else with the first.
-    // A D file that cannot be read to its end becomes a Problem.
+    // A D file that cannot be read to its end becomes a Problem. Fails where another program holds
+    // it: which messages were deleted, and what was marked, is known a moment later.
     void ForEach(const std::function<void(const SourceMessage&)>& visit);
 
 private:
@@ -75,6 +78,7 @@ private:
     std::wstring mDFileName;
     WinHandle mDFile;
     std::string mProblem;
+    bool mIsHeld = false;
     unsigned long mSlots = 0;
 };
 
@@ -82,7 +86,8 @@ private:
 bool SameMessage(const DiskDirRec& left, const DiskDirRec& right);
 
 // The folders below that hold mail, and the folder itself, each before those in it. Links are not
-// entered.
-std::vector<Path> MailFoldersBelow(const Path& folder);
+// entered; what cannot be read is handed to `failed`.
+std::vector<Path> MailFoldersBelow(const Path& folder,
+                                   const std::function<void(const Failure&)>& failed);
 
 } // namespace extract

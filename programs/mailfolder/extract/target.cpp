@@ -112,8 +112,10 @@ public:
     MboxTarget(const Path& path, bool append);
     Path Put(const InternetMessage& message) override;
     void Complete() override;
+    bool ComesWhole() const override { return true; }
 
 private:
+    void CheckReplaceable() const;
     void PutBackOld();
     void CheckOld();
     void ForEachOldPiece(const std::function<void(std::string_view)>& take) const;
@@ -133,6 +135,8 @@ MboxTarget::MboxTarget(const Path& path, bool append)
     PutBackOld();
     if (!Exists(mPath))
         return;
+    if (mAppend)
+        CheckReplaceable();
     // Others read on, and it can be renamed under this handle.
     mOld = WinHandle(
         CreateFileW(mPath.Full().c_str(), GENERIC_READ,
@@ -150,6 +154,14 @@ MboxTarget::MboxTarget(const Path& path, bool append)
         lines.Add(piece);
     });
     mKnown.Sort();
+}
+
+// The new one takes its place: not that of the link, and not against anybody's will.
+void MboxTarget::CheckReplaceable() const {
+    if (mPath.What() == Path::keLink)
+        Fail("{} is a link: name the file that it leads to.", mPath.Shown());
+    if (GetFileAttributesW(mPath.Full().c_str()) & FILE_ATTRIBUTE_READONLY)
+        Fail("{} is read-only.", mPath.Shown());
 }
 
 static bool IsBeginningOf(const Path& beginning, const Path& whole) {
@@ -264,8 +276,10 @@ public:
     }
 
     Path Put(const InternetMessage& message) override {
-        const std::string unique = mime::MaildirName(
-            message.FiledUniversal().time_since_epoch().count(), message.Id().Digits());
+        // A minus may be the separator.
+        const auto filed =
+            std::max(message.FiledUniversal().time_since_epoch(), std::chrono::seconds(0));
+        const std::string unique = mime::MaildirName(filed.count(), message.Id().Digits());
         const std::string place = mime::MaildirPlace(unique, message.IsProcessed(), mSeparator);
         const Path path = mPath.Child(WideOfUtf8(place));
         NewFile file(mPath.Child(L"tmp").Child(WideOfUtf8(unique)));
@@ -280,10 +294,11 @@ private:
     char mSeparator;
 };
 
+// One program at a time: the name that a message gets depends on those that are there.
 class EmlTarget : public Target {
 public:
-    explicit EmlTarget(const Path& path) : mPath(path) {
-        MakeFolders(mPath);
+    explicit EmlTarget(const Path& path)
+        : mPath(WithFolders(path)), mOnly(mPath.Child(L"messages")) {
         RemoveLeftovers(mPath);
         ForEachEntry(mPath, [&](const Entry& entry) {
             if (!entry.isFolder && IsMessageFileName(entry.name))
@@ -306,6 +321,11 @@ public:
     }
 
 private:
+    static const Path& WithFolders(const Path& path) {
+        MakeFolders(path);
+        return path;
+    }
+
     void Know(const std::wstring& name) {
         const WinHandle file = OpenShared(mPath.Child(name).Full());
         char line[100];
@@ -328,6 +348,7 @@ private:
     }
 
     Path mPath;
+    NewFile mOnly; // never put in place: while it is there, no other program makes it
 };
 
 } // namespace

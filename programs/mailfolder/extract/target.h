@@ -35,6 +35,8 @@ public:
     virtual Path Put(const InternetMessage& message) = 0;
     // All of them are there: what could not be seen before can be now.
     virtual void Complete() {}
+    // Whether nothing of what was put stays unless it is completed.
+    virtual bool ComesWhole() const { return false; }
 
 protected:
     KnownMessages mKnown;
