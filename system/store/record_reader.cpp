@@ -8,8 +8,7 @@ static constexpr unsigned int kFewRecords = 100;
 static constexpr unsigned int kMostRecords = 0x20000 / sizeof(DiskDirRec);
 
 RecordReader::RecordReader(std::istream& in)
-    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1), mfMoved(false),
-      mBlockRecords(0), mNext(nullptr), mEnd(nullptr) {
+    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1), mfMoved(false) {
     MakeBlock(kFewRecords);
 }
 
