@@ -96,6 +96,7 @@ static std::string MakeFolder(const std::string& path, int which) {
     const int done = JxLoggedMailUser().SetupLocalMailDirectory(
         &prefs, result, static_cast<enumLocalMailDir>(which));
     EXPECT_TRUE(done || std::string("C:\\before.txt") == result.FullSpec());
+    EXPECT_TRUE(done == 0 || done == 1);
     return done ? result.FullSpec() : "failed";
 }
 

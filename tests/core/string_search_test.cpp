@@ -42,15 +42,7 @@ static std::string Word(const std::string& text, unsigned int position, int over
     return std::string(word.Text()) + " " + std::to_string(start) + "-" + std::to_string(end);
 }
 
-TEST(Words, AreFoundAtOrAfterAPosition) {
-    EXPECT_EQ(Word("  hello, world", 1), "hello 3-7");
-    EXPECT_EQ(Word("  hello, world", 8), "world 10-14");
-    for (unsigned int position : {0u, 14u, 15u, 0xFFFFFFFFu})
-        EXPECT_EQ(Word("  hello, world", position), "none 0-0") << position;
-    // A last delimiter alone counts as a word.
-    EXPECT_EQ(Word("ab  ", 3), "  4-4");
-    EXPECT_EQ(Word("e.g. this", 1, 1), "e. 1-2");
-    EXPECT_EQ(Word("a end.", 2, 1), "end. 3-6");
+TEST(Words, EndAtDelimiters) {
     const std::string delimiters = " !@#$%&*()-+={}[]|:;\"`<>,.?/\n\r\t";
     for (int c = 1; c < 256; ++c) {
         const std::string text = std::string("a") + static_cast<char>(c) + "b";
@@ -170,33 +162,15 @@ TEST(DoubleByte, SearchesNeverTakeATrailByteForACharacter) {
     EXPECT_THAT(Fields("\x83\x7C|\x83\x7Cz", '|'), ElementsAre("\x83\x7C", "\x83\x7Cz"));
     EXPECT_THAT(Fields("\x83\x7Cx", '\x83'), ElementsAre("\x83\x7Cx"));
     EXPECT_EQ(Word("\x83\x7Cx y", 1), "\x83\x7Cx 1-3");
-    EXPECT_EQ(Find("\x83\x7C|", "|", 0), "3-3");
-    EXPECT_EQ(Find("\x83\x61 A", "a", 1), "4-4");
 }
 
-TEST(Replace, PutsATextInPlaceOfARange) {
-    const auto replace = [](const char* text, unsigned int from, unsigned int to, const char* by) {
-        RBString string(text), shared(string);
-        const unsigned int behind = string.Replace(from, to, by);
-        EXPECT_STREQ(shared.Text(), text);
-        EXPECT_EQ(string.Length(), std::strlen(string.Text()));
-        return string.Text() + (" " + std::to_string(behind));
-    };
-    EXPECT_EQ(replace("abcd", 2, 3, "XYZ"), "aXYZd 5");
-    EXPECT_EQ(replace("abcd", 3, 2, "x"), "abxcd 4");
-    EXPECT_EQ(replace("abcdef", 5, 2, "x"), "abcdxcdef 6");
-    replace("abcd", 0xFFFFFFFF, 4, "x"); // trusted, but never past the text
-    replace("abcd", 0, 9, nullptr);
+TEST(Replace, IsTrustedAndStaysInTheText) {
+    RBString("abcd").Replace(0xFFFFFFFF, 4, "x");
+    RBString("abcd").Replace(0, 9, nullptr);
 }
 
-TEST(LineEnds, ChangeBetweenTheMacintoshAndThePc) {
-    RBString text, own("\ra\rb\r\r"), shared(own);
-    EXPECT_STREQ(text.MacToPC("a\rb\r"), "a\r\nb\r\n");
-    EXPECT_STREQ(text.PCToMac(), "a\rb\r");
-    EXPECT_STREQ(own.MacToPC(), "\r\na\r\nb\r\n\r\n");
-    EXPECT_STREQ(shared.Text(), "\ra\rb\r\r");
-    EXPECT_STREQ(text.PCToMac("\na\n\nb\n"), "ab");
-    // A stretch between two CRs keeps the low 16 bits of its length.
+TEST(LineEnds, StretchBetweenTwoKeepsTheLow16BitsOfItsLength) {
+    RBString text;
     EXPECT_EQ(
         text.MacToPC((std::string(65535, 'x') + "\r" + std::string(65546, 'x') + "\r").c_str()),
         std::string(65535, 'x') + "\r\n" + "xxxxxxxxxx" + "\r\n");

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <utility>
 
 #include "postrider.h"
 #include "tests/support/helper_process.h"
@@ -58,8 +57,12 @@ TEST(RbFileOpen, ModesCreateKeepCutOrFail) {
 TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {
     ScratchFolder folder;
     MessageBoxes boxes;
-    const std::string longName(10000, 'x');
-    for (const char* name : {static_cast<const char*>(nullptr), "", longName.c_str()}) {
+    std::vector<std::string> names = {"", std::string(10000, 'x')};
+    for (unsigned int size = 260; size < 270; ++size)
+        names.push_back(std::string(size, 'x'));
+    EXPECT_FALSE(RbFile().DoOpen(nullptr, 0x82, 0));
+    for (const std::string& longName : names) {
+        const char* const name = longName.c_str();
         RbFile file;
         EXPECT_FALSE(file.DoOpen(name, 0x82, 0));
         EXPECT_TRUE(file.bad());
@@ -68,69 +71,4 @@ TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {
     EXPECT_THAT(boxes.Texts(),
                 ElementsAre("Assert Failed!\n!isOpen()\nDestructor of RbFile is called when file "
                             "is still OPEN\n35\nJXRESIDT\\RBFILE1.CPP\n"));
-}
-
-class RetryOpen : public testing::Test {
-protected:
-    RetryOpen() { WriteFileBytes("A.DAT", "x"); }
-    ~RetryOpen() override {
-        mTimer.reset();
-        JxTimer::mhPostriderTask = nullptr;
-    }
-    // Whether A.DAT opens, and after how many milliseconds.
-    std::pair<bool, DWORD> TimedOpen(RbFileRetryOpen& file) {
-        const DWORD start = GetTickCount();
-        const bool opened = file.Open(0xA3);
-        return {opened, GetTickCount() - start};
-    }
-
-    ScratchFolder mFolder;
-    MessageBoxes mBoxes;
-    std::unique_ptr<JxTimer> mTimer =
-        std::make_unique<JxTimer>(GetModuleHandleA(nullptr), JxTimer::keClient);
-};
-
-TEST_F(RetryOpen, OpensWithinATickOfTheRelease) {
-    RbFileRetryOpen file("A.DAT");
-    HeldFile held(mFolder.Path("A.DAT"), 1200);
-    const auto [opened, milliseconds] = TimedOpen(file);
-    EXPECT_TRUE(opened && file.isOpen());
-    EXPECT_TRUE(milliseconds >= 500 && milliseconds < 8000) << milliseconds; // a busy machine's too
-    file.close();
-}
-
-static RbFileRetryOpen* nested;
-
-TEST_F(RetryOpen, WaitsForASecondFileOpenedMeanwhile) {
-    WriteFileBytes("B.DAT", "x");
-    RbFileRetryOpen outer("A.DAT"), inner("B.DAT");
-    nested = &inner;
-    // While the outer open waits, a message opens the other file, and late ticks come in pairs.
-    mTimer->RegisterCallback(
-        [](void* timer) {
-            if (RbFileRetryOpen* file = std::exchange(nested, nullptr))
-                EXPECT_TRUE(file->Open(0xA3));
-            else
-                PostMessageA(static_cast<HWND>(timer), WM_TIMER, 100, 0);
-        },
-        600, mTimer->Window());
-    HeldFile heldOuter(mFolder.Path("A.DAT"), 3000);
-    HeldFile heldInner(mFolder.Path("B.DAT"), 1600);
-    const auto [opened, milliseconds] = TimedOpen(outer);
-    EXPECT_TRUE(opened && outer.isOpen() && inner.isOpen());
-    EXPECT_LT(milliseconds, 12000u);
-    outer.close();
-    inner.close();
-}
-
-TEST_F(RetryOpen, DoesNotWaitForAMissingFileOrWithoutATimer) {
-    RbFileRetryOpen missing("MISSING.DAT"), file("A.DAT");
-    EXPECT_FALSE(missing.Open(0x01));
-    HeldFile held(mFolder.Path("A.DAT"));
-    mTimer.reset();
-    JxTimer::mhPostriderTask = nullptr;
-    const auto [opened, milliseconds] = TimedOpen(file);
-    EXPECT_FALSE(opened);
-    EXPECT_LT(milliseconds, 10000u); // not thirty seconds
-    EXPECT_THAT(mBoxes.Texts(), ElementsAre("Assert Failed!\n0\n182\nJXRESIDT\\JXTIMER.CPP\n"));
 }

@@ -8,13 +8,15 @@
 //
 //   a  adds the message A<number>-<round>.EML         added NAME
 //   m  marks M<round>.EML as processed                marked NAME
-//   c  takes what can be processed                    taken NAME
+//   c  takes what can be processed; C is idle         taken NAME
+//      meanwhile, and in turns gives its turn away
 //   d  deletes D<round>.EML                           deleted NAME
 //   o  moves old mail to the folder OLD
 //   z  compresses, s strips identifiers, u cuts free slots at the end
 //   r  rebuilds, k compresses: the tool, a process for each round
 //   U  drops all free slots of MSGS<number>.DAT
 //   p  adds a block to RB.DAT                         block ID
+//   l  seizes the message semaphore LOCK              seized LOCK
 //   w  walks as a notifier does                       torn NAME, for texts that do not belong
 //   together
 
@@ -69,7 +71,13 @@ public:
         case 'm':
             return Mark("M" + std::to_string(round) + ".EML");
         case 'c':
-            return Collect();
+            return Collect(nullptr);
+        case 'C':
+            return Collect([] { turns ? turns->Stop() : Sleep(0); });
+        case 'l':
+            if (JxMailMessageSemaphore().CreateSemaphoreA((mFolder + "\\LOCK").c_str()))
+                Tell("seized LOCK");
+            return;
         case 'd':
             return Delete("D" + std::to_string(round) + ".EML");
         case 'o':
@@ -119,9 +127,9 @@ private:
         if (mFile.DeleteMail(probe) == 1)
             Tell("deleted " + name);
     }
-    void Collect() {
+    void Collect(void (*idle)()) {
         RB_Container<DirectoryRecord> list(RB_Container<DirectoryRecord>::keOwnsObjects);
-        mFile.GetUnprocessedDDRs(&list, nullptr, keGetProcessable);
+        mFile.GetUnprocessedDDRs(&list, idle, keGetProcessable);
         for (auto* record = list.GetFirstObject(); record; record = list.GetNextObject())
             Tell(std::string("taken ") + record->FileName().Text());
     }

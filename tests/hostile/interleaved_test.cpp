@@ -140,3 +140,18 @@ TEST_F(Interleaved, ComesToWhatASerialOrderComesTo) {
     std::printf("    %u interleavings of %u turns, of %u pairs\n", rounds,
                 static_cast<unsigned int>(turns), static_cast<unsigned int>(serial.size()));
 }
+
+// What a collector has at hand while it is idle, read and not yet marked, is taken once, too.
+TEST_F(Interleaved, GivesEachMessageAndASemaphoreToOneAlone) {
+    Random random(2);
+    for (int round = 0; round < 60 && !HasFailure(); ++round) {
+        SCOPED_TRACE(Alternate({"aCl", "laC"}, random));
+        std::istringstream told(mTurns[0]->Of().told + std::string(mTurns[1]->Of().told));
+        std::multiset<std::string> lines;
+        for (std::string line; std::getline(told, line);)
+            lines.insert(line);
+        EXPECT_EQ(lines,
+                  (std::multiset<std::string>{"added A0-0.EML", "added A1-0.EML", "seized LOCK",
+                                              "taken A0-0.EML", "taken A1-0.EML", "taken C0.EML"}));
+    }
+}

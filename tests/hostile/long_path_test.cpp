@@ -6,17 +6,11 @@
 #include "resident/core/windows_api.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/message_boxes.h"
-#include "tests/support/resource_text.h"
 
 static constexpr unsigned int kLongest = 259;
 
 class LongPaths : public MailFolder {
 protected:
-    // A name that makes a path of this length in the scratch folder.
-    std::string LongName(unsigned int length, Text ext = ".DAT") const {
-        return mFolder.Path(std::string(length - mFolder.Path("").size() - 1 - ext.size(), 'N') +
-                            ext);
-    }
     // A path of this length with INBOX.DAT in folders of its own, which are made.
     std::string Deep(unsigned int length, Text name = "INBOX.DAT") const {
         std::string path = mFolder.Path();
@@ -29,20 +23,19 @@ protected:
         }
         return path + "\\" + name;
     }
-    // The lengths that are tried.
-    static std::vector<unsigned int> Lengths() {
-        std::vector<unsigned int> lengths = {300, 350, 399, 400};
-        for (unsigned int length = 250; length <= 275; length++)
-            lengths.push_back(length);
-        return lengths;
-    }
-    // Whether the file is open; it is closed then.
-    static bool Closed(RbFile& file) {
-        const bool opened = file.good();
-        EXPECT_EQ(opened, file.isOpen());
-        if (opened)
-            file.close();
-        return opened;
+    // Whether a file opens, by a call, in every mode, or in none.
+    template <class File>
+    static bool Opens(Text path, bool (*open)(File&, const char*, int)) {
+        unsigned int opened = 0;
+        for (int mode : {keOpenRead, keOpenUpdate, keOpenAppend, keOpenRewrite, keOpenWrite}) {
+            File file;
+            opened += open(file, path.c_str(), mode);
+            EXPECT_TRUE(file.good() || !file.isOpen());
+            if (file.isOpen())
+                file.close();
+        }
+        EXPECT_EQ(opened % 5, 0u);
+        return opened > 0;
     }
     // A D file of the path, and whether the path fits into a specification.
     static bool Set(FileSpec& spec, Text path) {
@@ -56,88 +49,123 @@ protected:
     const std::string mDecoy = kHeader + Message("decoy");
 };
 
-TEST_F(LongPaths, OpenTheFileThatTheyNameOrNone) {
+TEST_F(LongPaths, MeanTheFileThatTheyNameOrNone) {
     const std::string own = kHeader + Message("own");
-    for (unsigned int length : Lengths()) {
-        SCOPED_TRACE(length);
+    MessageBoxes boxes;
+    // What is done to a path of 259 characters, and not to one of 260; and what is reported then.
+    const struct {
+        const char* name;
+        std::string report;
+        std::function<bool(Text)> run;
+    } uses[] = {
+        {"walk", "", [](Text path) { return First(path) == "own/GONE.EML"; }},
+        {"DoOpen", "",
+         [](Text path) {
+             return Opens<RbFile>(path, [](RbFile& file, const char* name, int mode) {
+                 return file.DoOpen(name, mode, 0);
+             });
+         }},
+        {"open", "",
+         [](Text path) {
+             return Opens<RbFile>(path, [](RbFile& file, const char* name, int mode) {
+                 file.open(name, mode);
+                 return file.isOpen();
+             });
+         }},
+        {"waiting open", "",
+         [](Text path) {
+             return Opens<RbFileRetryOpen>(path,
+                                           [](RbFileRetryOpen& file, const char* name, int mode) {
+                                               return file.DoOpen(name, mode, 0);
+                                           });
+         }},
+        {"open by specification", "",
+         [](Text path) {
+             return Opens<RbFile>(path, [](RbFile& file, const char* name, int mode) {
+                 return Set(file, name) && file.Exists() && file.Open(mode);
+             });
+         }},
+        {"exists", "", [](Text path) { return DiskDriver::FileExists(path.c_str(), 0); }},
+        {"tell", "",
+         [](Text path) {
+             ffblk found;
+             return DiskDriver::GetFileInfo(path.c_str(), &found, 0);
+         }},
+        {"find", "",
+         [](Text path) {
+             DiskDriver driver;
+             FileSpec pattern;
+             const bool fits = Set(pattern, path);
+             driver.SetSearchPattern(pattern);
+             return fits && driver.FindFile();
+         }},
+        {"make folder", "",
+         [](Text path) {
+             std::filesystem::remove(path);
+             const bool made = DiskDriver::MakeDir(path.c_str());
+             EXPECT_EQ(made, FileThere(path));
+             std::filesystem::remove(path);
+             WriteFileBytes(path, "");
+             DiskDriver driver;
+             FileSpec place;
+             EXPECT_FALSE(!place.Parse((path + "\\").c_str(), 1) && driver.ChangeLocation(place));
+             return made;
+         }},
+        {"rename", kNotRenamed,
+         [](Text path) {
+             const bool renamed = DiskDriver::Rename(path.c_str(), "MOVED.DAT");
+             return renamed && DiskDriver::Rename("MOVED.DAT", path.c_str());
+         }},
+        {"rename to", kNotRenamed,
+         [](Text path) {
+             RemoveAll(path);
+             const bool renamed = DiskDriver::Rename("INBOX.DAT", path.c_str());
+             WriteFileBytes(renamed ? "INBOX.DAT" : path, kHeader + Message("decoy"));
+             return renamed;
+         }},
+        {"rename to what is there", kNotRenamed,
+         [](Text path) {
+             EXPECT_FALSE(DiskDriver::Rename("INBOX.DAT", path.c_str()));
+             return FileThere(path) && path.size() <= kLongest;
+         }},
+        {"preferences", "",
+         [&](Text path) {
+             char block[5] = "text";
+             UserPrefFile file(block, 1, sizeof block, 1);
+             static_cast<FileSpec&>(file).Parse("C:\\OTHER.DAT", 1);
+             const bool made = file.CreatePrefsFile(path.c_str());
+             file.ClosePrefFile();
+             EXPECT_EQ(boxes.TakeTexts().size(), !made);
+             return made;
+         }},
+        {"remove", "", [](Text path) { return DiskDriver::RemoveFile(path.c_str()); }},
+    };
+    Write(mDecoy);
+    Deep(400);
+    const std::string names = Names();
+    for (unsigned int length = 248; length <= 400; length += length < 275 ? 1 : 25) {
         const bool fits = length <= kLongest;
-        for (Text path : {Deep(length), LongName(std::min(length, 265u))}) {
-            const std::string cut = path.substr(0, kLongest);
-            if (!fits && length <= 265)
-                WriteFileBytes(cut, mDecoy);
-            Write(mDecoy);
+        const std::string path = Deep(length), cut = path.substr(0, kLongest);
+        const bool cutThere = !fits && length < 268;
+        if (cutThere)
+            WriteFileBytes(cut, mDecoy);
+        for (const auto& [name, report, run] : uses) {
+            SCOPED_TRACE(name + (" of " + std::to_string(length)));
             WriteFileBytes(path, own);
-            EXPECT_EQ(First(path), fits ? "own/GONE.EML" : "");
-            for (int mode : {keOpenRead, keOpenUpdate, keOpenAppend, keOpenRewrite, keOpenWrite}) {
-                WriteFileBytes(path, own);
-                RbFile file;
-                EXPECT_TRUE(file.DoOpen(path.c_str(), mode, 0) == fits && Closed(file) == fits);
-                file.open(path.c_str(), mode);
-                EXPECT_EQ(Closed(file), fits);
-                RbFileRetryOpen held;
-                EXPECT_TRUE(held.DoOpen(path.c_str(), mode, 0) == fits && Closed(held) == fits);
-                if (RbFile named; Set(named, path)) {
-                    EXPECT_EQ(named.Exists(), fits);
-                    EXPECT_TRUE(named.Open(mode) == fits && Closed(named) == fits);
-                }
-            }
-            EXPECT_EQ(ReadFileBytes(path), fits ? "" : own);
+            EXPECT_EQ(run(path), fits);
+            EXPECT_EQ(Reports(),
+                      fits && std::string(name) != "rename to what is there" ? "" : report);
             EXPECT_EQ(Read(), mDecoy);
-            if (!fits && length <= 265) {
+            if (cutThere) {
                 EXPECT_EQ(ReadFileBytes(cut), mDecoy);
             }
-            std::filesystem::remove(path);
-            std::filesystem::remove(cut);
         }
-    }
-}
-
-TEST_F(LongPaths, AreDoneByTheDiskDriverWholeOrNotAtAll) {
-    for (unsigned int length : Lengths()) {
-        SCOPED_TRACE(length);
-        const bool fits = length <= kLongest;
-        const std::string path = Deep(length), folder = path.substr(0, path.rfind('\\'));
-        const std::string cut = path.substr(0, kLongest), inside = folder + "\\SUBFOLDER";
-        ffblk found;
-        Write(mDecoy);
-        WriteFileBytes(path, "own");
-        if (!fits && length < kLongest + 8)
-            WriteFileBytes(cut, "cut");
-        EXPECT_EQ(DiskDriver::FileExists(path.c_str(), 0), fits);
-        EXPECT_EQ(DiskDriver::GetFileInfo(path.c_str(), &found, 0), fits);
-        EXPECT_EQ(DiskDriver::MakeDir(inside.c_str()), fits);
-        EXPECT_EQ(FileThere(inside), fits);
-        std::filesystem::remove(inside);
-        {
-            DiskDriver driver;
-            FileSpec pattern;
-            if (Set(pattern, path)) {
-                driver.SetSearchPattern(pattern);
-                EXPECT_EQ(driver.FindFile(), fits);
-                driver.EndSearch();
-            }
-            const std::string there = std::filesystem::current_path().string();
-            if (FileSpec place; place.Parse((inside + "\\").c_str(), 1) == 0) {
-                EXPECT_FALSE(driver.ChangeLocation(place));
-            }
-            EXPECT_EQ(std::filesystem::current_path().string(), there);
-        }
-        EXPECT_EQ(DiskDriver::Rename("INBOX.DAT", path.c_str()), false);
-        EXPECT_EQ(Reports(), kNotRenamed);
-        EXPECT_EQ(DiskDriver::Rename(path.c_str(), "MOVED.DAT"), fits);
-        EXPECT_EQ(Reports(), fits ? "" : kNotRenamed);
-        EXPECT_EQ(FileThere("MOVED.DAT"), fits);
-        EXPECT_EQ(DiskDriver::Rename("INBOX.DAT", path.c_str()), fits);
-        EXPECT_EQ(Reports(), fits ? "" : kNotRenamed);
-        EXPECT_EQ(DiskDriver::RemoveFile(path.c_str()), fits);
         EXPECT_EQ(FileThere(path), !fits);
-        EXPECT_EQ(FileThere("INBOX.DAT"), !fits);
-        if (!fits && length < kLongest + 8) {
-            EXPECT_EQ(ReadFileBytes(cut), "cut");
-        }
-        for (Text file : {path, cut, std::string("MOVED.DAT")})
-            std::filesystem::remove(file);
+        std::filesystem::remove(path);
+        if (cutThere)
+            std::filesystem::remove(cut);
     }
+    EXPECT_EQ(Names(), names);
 }
 
 // A D file of a short name leaves no room for its backup's or its temporary file's.
@@ -206,7 +234,7 @@ TEST_F(LongPaths, HoldBackMessagesThatDoNotFit) {
 }
 
 TEST_F(LongPaths, SeizeNoOtherSemaphore) {
-    for (unsigned int length : Lengths()) {
+    for (unsigned int length = 250; length <= 275; ++length) {
         const std::string path = Deep(length, "LOCK");
         const bool fits = length + 4 <= kLongest;
         JxMailMessageSemaphore semaphore;
@@ -217,24 +245,5 @@ TEST_F(LongPaths, SeizeNoOtherSemaphore) {
         EXPECT_TRUE(FileThere("LOCK.SEM"));
         DeleteFileA("LOCK.SEM");
         EXPECT_EQ(Reports(), fits ? "" : "fReturn|JXRESIDT\\JXMSGSEM.CPP|");
-    }
-}
-
-TEST_F(LongPaths, MakeNoOtherPreferenceFile) {
-    MessageBoxes boxes;
-    char block[5] = "text";
-    WriteFileBytes("RB.DAT", "decoy");
-    for (unsigned int length : Lengths()) {
-        SCOPED_TRACE(length);
-        const bool fits = length <= kLongest;
-        const std::string path = Deep(length, "RB.DAT"), before = Names();
-        UserPrefFile file(block, 1, sizeof block, 1);
-        static_cast<FileSpec&>(file).Parse(mFolder.Path("OTHER.DAT").c_str(), 1);
-        EXPECT_EQ(file.CreatePrefsFile(path.c_str()), fits);
-        EXPECT_EQ(boxes.TakeTexts().size(), fits ? 0u : 1u);
-        EXPECT_EQ(FileThere(path), fits);
-        EXPECT_EQ(Names(), before);
-        EXPECT_EQ(ReadFileBytes("RB.DAT"), "decoy");
-        file.ClosePrefFile();
     }
 }

@@ -8,12 +8,11 @@
 #include "tests/support/message_boxes.h"
 #include "tests/support/resource_text.h"
 
-static const std::string kAlter = "Error BaseDirFile: AlterDirectoryBlock(), ";
-
 class Unwritable : public MailFolder {
 protected:
     Unwritable() {
         CreateDirectoryA("OLD", nullptr);
+        mProbe = Record(Message("A", "A.EML"));
         WriteFileBytes("A.EML", Message("A") + "text");
         WriteFileBytes("NEW.EML", Message("new") + "text");
         Write(mBytes);
@@ -22,9 +21,7 @@ protected:
         return GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_READONLY;
     }
 
-    DirectoryRecord mProbe = Record(Message("A", "A.EML")), mRecord;
     RbFile mMessage{mFolder.Path("NEW.EML").c_str()}, mCopy{mFolder.Path("COPY").c_str()};
-    DFile mOld{keDirFolder, "OLD\\OLD.DAT"};
     const std::string mBytes = kHeader + MessageID(Status(Message("A", "A.EML"), 0x42), "id") +
                                Free(Message("B")) + Message("C", "A.EML") + Free(Message("D"));
 };
@@ -64,31 +61,17 @@ INSTANTIATE_TEST_SUITE_P(What, InTheWay, testing::Values("Folder", "ReadOnlyFile
 TEST_P(InTheWay, OfADFile) {
     if (!Block("INBOX.DAT", mBytes))
         GTEST_SKIP() << "permissions do not count here";
-    for (DFile* file : {&mFile, &mForeign, &mMessages}) {
+    const std::pair<DFile*, TypeDirFile> files[] = {
+        {&mFile, keDirFolder}, {&mForeign, keDirForeign}, {&mMessages, keDirMessages}};
+    for (const auto& [file, type] : files) {
+        for (const Operation& each : Operations(type)) {
+            SCOPED_TRACE(each.name);
+            if (mIsFolder || each.kind == Operation::keChanges)
+                Stays(each.run(*file) == each.fails, each.reports);
+        }
         Stays(file->GetInfo(keInfoAll) == !mIsFolder && file->UsedCount() == (mIsFolder ? 0 : 2));
         Stays(file->FindRecord(mProbe, keFindPosition) == (mIsFolder ? keDirError : 316));
-        Stays(!file->AddMessage(&mMessage));
-        Stays(file->CreateDFile() == (file != &mForeign));
-        Stays(file->AlterDirectoryBlock(mRecord, 1u, 0) == keDirError,
-              Base("0|" + kAlter + "can't OPEN file"));
-        Stays(file->AlterDirectoryBlock(mRecord, 1u, 1) == keDirError,
-              Base("0|" + kAlter + "can't OPEN file"));
-        Stays(!file->MarkRecord(mProbe, keMarkUnused),
-              Base("0|Error BaseDirFile: MarkRecord(), can't open file"));
-        Stays(!file->DeleteMail(mProbe), Base("isOpen()|" + kAlter + "file not OPEN"));
-        Stays(!file->GetUIDList(&mItems), Base("0|Can't open Inbox D File"));
-        Stays(file->CheckUnprocessedDDRs(keCheckProcessable, nullptr) == keCheckCannotOpen);
-        Stays(file->GetUnprocessedDDRs(&mTaken, nullptr, keGetProcessable) == keGetNone,
-              Inbox("fGood"));
-        file->DeleteOldMail(0, 0, &mOld);
-        Stays(true, file == &mFile ? kNotAged : "");
-        file->UpdateDFile();
         Stays(file->GetDFile(mCopy) == 0);
-        if (mIsFolder) {
-            Stays(!file->CompressDFile());
-            Stays(!file->RemoveAllMessageIDs(BaseDirFile::keRemoveAll),
-                  file == &mForeign ? "" : kNotStripped);
-        }
     }
     Stays(First("INBOX.DAT") == (mIsFolder ? "" : "A/A.EML"));
 }

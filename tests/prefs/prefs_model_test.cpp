@@ -288,9 +288,8 @@ public:
             mRecord = Converted(mFile, false);
             mExtra = ConvertedExtra(ConvertedExtra(mExtra, true), false);
             const bool made = FileThere(mPath);
-            if (!made) {
-                WriteFileBytes(mPath, InFile(std::string(1500, '\0')));
-            }
+            if (!made)
+                Same("created", JXMailPrefs(1).CreatePrefsFile(mPath.c_str()), 1);
             Same("written", mPrefs.WriteJXPrefs(), 1);
             Same("file", ReadFileBytes(mPath), InFile(ScrambledBlock(mFile)));
             break;

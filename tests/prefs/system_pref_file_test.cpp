@@ -123,22 +123,13 @@ TEST_F(SystemPrefs, TellsWhyThereIsNoLine) {
 
 TEST_F(SystemPrefs, AWalkBelongsToItsObject) {
     Lines("[a]\r\nk=v\r\nl=w\r\n");
-    const auto walk = [](SystemPrefFile& file, int first) {
-        char key[10] = "", value[10] = "";
-        return file.GetUnKeyedPrefLine("a", key, 10, value, 10, first)
-                   ? std::string(key) + "=" + value
-                   : "end";
-    };
-    SystemPrefFile target, *source = new SystemPrefFile(static_cast<const FileSpec&>(mFile));
-    EXPECT_EQ(walk(*source, 1), "k=v");
-    target = *source;
-    SystemPrefFile copy(*source);
-    EXPECT_EQ(walk(*source, 0), "l=w");
-    delete source;
-    EXPECT_EQ(walk(target, 0), "end");
-    EXPECT_EQ(walk(copy, 1), "k=v");
-    EXPECT_EQ(walk(target, 1), "k=v");
-    EXPECT_EQ(walk(copy, 0), "l=w");
+    EXPECT_EQ(Walk("a", true), "k:v");
+    SystemPrefFile copy(mFile);
+    char key[10] = "", value[10] = "";
+    EXPECT_EQ(copy.GetUnKeyedPrefLine("a", key, 10, value, 10, 1), 1);
+    EXPECT_EQ(Walk("a", false), "l:w");
+    EXPECT_EQ(copy.GetUnKeyedPrefLine("a", key, 10, value, 10, 0), 1);
+    EXPECT_STREQ(key, "l");
 }
 
 TEST_F(SystemPrefs, IniEntriesMoveTheirValues) {

@@ -75,25 +75,7 @@ TEST_F(PrefFile, CopyGoesOnWhereItsOriginalStands) {
     EXPECT_EQ(ReadFileBytes(mPath), file); // the tag is its original's
 }
 
-TEST_F(PrefFile, DamagedFileIsReportedAndLeftAsItWas) {
-    std::vector<std::string> files = {Header(65535) + Entry(5, 1, 58)};
-    for (unsigned int size : {0, 1, 45, 46, 57})
-        files.push_back(OneBlock(mText).substr(0, size));
-    for (unsigned int seed = 21; seed <= 30; ++seed)
-        files.push_back(With(RandomBytes(seed, 2000), 44, "\xFF"));
-    for (const std::string& bytes : files) {
-        Open(bytes);
-        EXPECT_TRUE(mFile.ReadAppPrefs(mApp.tag, 1) == 0 && mFile.WriteAppPrefs(mApp.tag) == 0);
-        EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(605), Message(605)));
-        EXPECT_EQ(mApp.bytes, mText);
-        EXPECT_EQ(Closed(), bytes);
-    }
-    // What was reported is forgotten when others have mended the file.
-    Open(OneBlock(mText).substr(0, 57));
-    EXPECT_EQ(mFile.ReadAppPrefs(mApp.tag, 0), 0);
-    WriteFileBytes(mPath, OneBlock(mText));
-    EXPECT_EQ(mFile.ReadAppPrefs(mApp.tag, 0), 1);
-    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Message(605)));
+TEST_F(PrefFile, BlockThatIsNotThereIsReported) {
     // A block that is cut, or not there.
     for (const std::string& bytes :
          {OneBlock(mText).substr(0, 58), OneBlock(mText).substr(0, 57 + kSize),

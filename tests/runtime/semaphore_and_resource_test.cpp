@@ -11,23 +11,23 @@ TEST(MessageSemaphore, IsHeldByWhoeverMakesTheFileFirst) {
     MessageBoxes boxes;
     {
         JxMailMessageSemaphore first;
-        EXPECT_NE(first.CreateSemaphoreA(folder.Path("MSG").c_str()), 0);
+        EXPECT_EQ(first.CreateSemaphoreA(folder.Path("MSG").c_str()), 1);
         EXPECT_EQ(first.IsCreated(), 1);
     }
     EXPECT_EQ(ReadFileBytes("MSG.SEM"), "");
     JxMailMessageSemaphore umlaut; // created and removed under one name
-    EXPECT_NE(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 0);
-    EXPECT_NE(umlaut.RemoveSemaphore(nullptr), 0);
-    EXPECT_NE(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 0);
-    EXPECT_NE(umlaut.RemoveSemaphore(nullptr), 0);
+    EXPECT_EQ(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 1);
+    EXPECT_EQ(umlaut.RemoveSemaphore(nullptr), 1);
+    EXPECT_EQ(umlaut.CreateSemaphoreA(folder.Path("GR\xDCN").c_str()), 1);
+    EXPECT_EQ(umlaut.RemoveSemaphore(nullptr), 1);
     WriteFileBytes("MSG.SEM", "theirs");
     WriteFileBytes("OTHER.SEM", "");
     JxMailMessageSemaphore second;
     EXPECT_EQ(second.CreateSemaphoreA(folder.Path("missing\\MSG").c_str()), 0);
     EXPECT_EQ(second.CreateSemaphoreA(folder.Path("MSG").c_str()), 0);
-    EXPECT_NE(second.RemoveSemaphore("OTHER"), 0);
+    EXPECT_EQ(second.RemoveSemaphore("OTHER"), 1);
     EXPECT_EQ(ReadFileBytes("MSG.SEM"), "theirs");
-    EXPECT_NE(second.RemoveSemaphore(nullptr), 0);
+    EXPECT_EQ(second.RemoveSemaphore(nullptr), 1);
     EXPECT_FALSE(FileThere("MSG.SEM") || FileThere("OTHER.SEM"));
     EXPECT_THAT(boxes.Shown(), testing::IsEmpty());
     EXPECT_EQ(second.RemoveSemaphore(nullptr), 0);

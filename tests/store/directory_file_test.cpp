@@ -55,7 +55,6 @@ TEST_F(DirectoryFileTest, AppendsToAListThatIdleChanges) {
 class OldMail : public MailFolder {
 protected:
     OldMail() { CreateDirectoryA("OLD", nullptr) && mOld.CreateDFile(); }
-    DFile mOld{keDirFolder, "OLD\\OLD.DAT"};
     const std::string mA = Date(Message("A", "A.EML"), 3029529600u);
 };
 
@@ -71,16 +70,6 @@ TEST_F(OldMail, MessagesExactlyAsOldStay) {
     EXPECT_EQ(Read(), kHeader + mA);
     mFile.DeleteOldMail(start - 946684800, 0, &mOld);
     EXPECT_EQ(Read(), kHeader + Free(mA));
-}
-
-TEST_F(OldMail, MovedIntoItsOwnFolderIsMovedOnce) {
-    WriteFileBytes("A.EML", Message("from A"));
-    Write(kHeader + mA);
-    DFile same(keDirFolder);
-    mFile.DeleteOldMail(0, 0, &same);
-    EXPECT_EQ(Read().substr(0, 632), kHeader + Free(mA));
-    EXPECT_EQ(Read().size(), 948u);
-    EXPECT_EQ(Reports(), "");
 }
 
 // Another program that maps the file keeps it from being cut.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "postrider.h"
 #include "tests/support/debug_output.h"
@@ -37,6 +38,18 @@ struct DFile : DirectoryFile {
     }
 };
 
+// What is done to a D file: what it gives when the file's first record is the probe's and older
+// than the day, and what it gives and reports when the file cannot be opened for it.
+struct Operation {
+    enum Kind { keChanges, keReads, keRewrites };
+
+    const char* name;
+    Kind kind;
+    long works, fails;
+    std::string reports;
+    std::function<long(DirectoryFile&)> run;
+};
+
 // A mail folder of its own, with its D file of each type. A test names all reports that are made.
 class MailFolder : public testing::Test {
 protected:
@@ -54,11 +67,15 @@ protected:
     // "topic/file name" of the first record that a notifier sees; "" for none.
     static std::string First(Text path);
 
+    // All that there is for a D file of that type: with mProbe, NEW.EML, COPY and mOld.
+    std::vector<Operation> Operations(TypeDirFile type);
+
     ScratchFolder mFolder;
     DebugOutput mOutput;
     unsigned int mReportCount = RbAssertGetCount();
     DFile mFile{keDirFolder}, mForeign{keDirForeign}, mMessages{keDirMessages};
-    DFile mMissing{keDirFolder, "MISSING.DAT"};
+    DFile mMissing{keDirFolder, "MISSING.DAT"}, mOld{keDirFolder, "OLD\\OLD.DAT"};
+    DirectoryRecord mProbe;
     RB_Container<DirectoryRecord> mTaken{RB_Container<DirectoryRecord>::keOwnsObjects};
     RB_Container<JxDownloadItem> mItems{RB_Container<JxDownloadItem>::keOwnsObjects};
 };

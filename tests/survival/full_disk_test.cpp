@@ -93,20 +93,18 @@ TEST_F(FullDisk, AppendedRecordIsThereWholeOrNotAtAll) {
 }
 
 TEST_F(FullDisk, ChangesInPlaceNeedNoRoom) {
-    const std::string a = Message("A"), b = Attributes(Message("B"), 0x0400), free = Free(a);
-    const std::string padding = Records(30, Attributes(Message("P"), 0x0400));
-    DirectoryRecord probe = Record(a);
-    Write(kHeader + b + free + padding + a + free + free);
-    mDisk.Leave(0);
-    EXPECT_EQ(mInbox.MarkRecord(probe, keMarkProcessed), 1);
-    EXPECT_TRUE(Read() == kHeader + b + free + padding + Status(a, 1) + free + free);
-    mInbox.UpdateDFile();
-    EXPECT_TRUE(Read() == kHeader + b + free + padding + Status(a, 1));
-    mInbox.MarkMail(probe, 1);
-    EXPECT_EQ(mInbox.GetUnprocessedDDRs(&mTaken, nullptr, keGetProcessable), keGetSome);
-    EXPECT_TRUE(Read() == kHeader + b + free + padding + Attributes(a, 0x0400));
-    EXPECT_EQ(mInbox.DeleteMail(probe), 1);
-    EXPECT_TRUE(Read() == kHeader + b + free + padding + Free(Attributes(a, 0x0400)));
+    const std::string a = Date(Message("A", "A.EML"), 3029529600u), free = Free(a);
+    const std::string padding = Records(30, Attributes(a, 0x0400));
+    const std::set<std::string> others = {"add", "create", "move", "copy"};
+    mProbe = Record(a);
+    for (const Operation& each : Operations(keDirFolder)) {
+        if (others.count(each.name) || each.kind == Operation::keRewrites)
+            continue;
+        Write(kHeader + a + padding + free + free);
+        mDisk.Leave(0);
+        EXPECT_EQ(each.run(mInbox), each.works) << each.name;
+        mDisk.Release();
+    }
 
     // The rewritten file takes the room of the old one; its copy is on the disk of Windows.
     Write(free + padding + free + a);

@@ -114,15 +114,7 @@ TEST_F(Ticker, WalksDamagedFilesAsTheirRecordsAreReadOneByOne) {
     }
 }
 
-TEST_F(Ticker, ASenderEndsAtItsFirstZero) {
-    Inbox(Mail("Hi", Bytes("ab\0c|Anna")));
-    EXPECT_EQ(First(mInbox), "Hi/1.EML/ab 5 0");
-}
-
 TEST_F(Ticker, NoUsedRecordAndNoFileGiveNothing) {
-    for (const std::string& bytes : {std::string(316, '\0'), std::string(), std::string(3, 'x')})
-        EXPECT_EQ(First(Inbox(bytes)), "");
-    EXPECT_TRUE(DeleteFileA(mInbox.c_str()));
     EXPECT_EQ(First(mInbox), "");
     EXPECT_EQ(Next(), ""); // a failed open is a walk as well
     EXPECT_EQ(First(mInbox), "");

@@ -94,10 +94,6 @@ TEST_F(UserFile, DamagedVerificationDataFails) {
         EXPECT_EQ(Verify(), "failed") << size;
         EXPECT_TRUE(Hidden()); // closed all the same
     }
-    for (const char* length : {"\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFD", "\x80"}) {
-        Put(Streamed("anna") + length + RandomBytes(1, 5000));
-        EXPECT_EQ(Verify(), "failed");
-    }
     EXPECT_TRUE(mBoxes.Shown().empty());
 }
 
@@ -131,68 +127,4 @@ TEST_F(UserFile, WithANameThatIsNoneNeverTouchesTheDirectory) {
         EXPECT_THAT(mBoxes.TakeTexts(),
                     ElementsAre(Report("iiResult == 0\nCan't set JxBackgnd file attributes")));
     }
-}
-
-static const std::string kAddress = "abcdefghijklmnopqrstuvwxyz01234-the.rest"; // 40 characters
-
-// The logged user's file: a system record, a text and a mail user's record.
-static std::string LoggedFile(const std::string& name, const std::string& address) {
-    const std::string empty(164, '\0'), more = empty.substr(0, 114);
-    const std::string system = With(With(empty, 0, Pascal(name)), 46, Pascal(address));
-    const std::string main = With(With(more, 0, Pascal(name)), 32, "\xFF\x01\x01\x06");
-    const std::string mail = With(With(main, 46, Pascal(address.substr(0, 31))), 79, "\x80");
-    return system.substr(0, 82) + Streamed("C:\\MAIL") + mail +
-           (address.size() < 32 ? "" : With(more, 0, "\x01+" + Pascal(address.substr(31))));
-}
-
-class LoggedUser : public Test {
-protected:
-    bool Write(const std::string& name, const std::string& address) {
-        JxLoggedMailUser user;
-        user.SetName(name.c_str());
-        user.SetAddress(address.c_str());
-        user.SetLoggedText("C:\\MAIL");
-        user.SetSecondText("never written");
-        std::fstream file(mPath, std::ios::out | std::ios::binary);
-        const bool written = user.WriteInfo(file);
-        EXPECT_EQ(written, file.good());
-        return written;
-    }
-    // What a file with these bytes gives.
-    std::string Read(const std::string& bytes) {
-        WriteFileBytes(mPath, bytes);
-        std::fstream file(mPath, std::ios::in | std::ios::binary);
-        JxLoggedMailUser user;
-        return user.ReadInfo(file) ? user.Name().Text() + std::string("/") + user.Address().Text() +
-                                         "/" + user.LoggedText().Text()
-                                   : "failed";
-    }
-
-    ScratchFolder mFolder;
-    const std::string mPath = mFolder.Path("user.dat");
-};
-
-TEST_F(LoggedUser, IsWrittenTwice) {
-    for (const std::string& address : {kAddress.substr(0, 31), kAddress}) {
-        EXPECT_TRUE(Write("Smith|Anna", address));
-        EXPECT_EQ(ReadFileBytes(mPath), LoggedFile("Smith|Anna", address));
-        EXPECT_EQ(Read(ReadFileBytes(mPath) + "x"), "Smith|Anna/" + address + "/C:\\MAIL");
-    }
-}
-
-TEST_F(LoggedUser, DamagedFileFailsAndLengthsStayInTheirFields) {
-    const std::string name(31, 'n'), whole = LoggedFile(name, kAddress.substr(0, 31));
-    for (unsigned int size = 0; size < whole.size(); size += 3)
-        EXPECT_EQ(Read(whole.substr(0, size)), "failed") << size;
-    EXPECT_EQ(Read(With(whole, 82, "\xFF\xFF\xFF\xFE") + std::string(9000, 'x')), "failed");
-    const std::string broken = With(With(whole, 0, "\xFF"), 46, "\xFF");
-    EXPECT_EQ(Read(With(broken, 93, "\xFF")), name + "/" + kAddress.substr(0, 31) + "/C:\\MAIL");
-    EXPECT_THAT(Read(With(LoggedFile("Anna", kAddress), 209, "\xFF")),
-                StartsWith("Anna/" + kAddress));
-    EXPECT_FALSE(Write(std::string(255, 'n'), std::string(200, 'a')));
-    EXPECT_EQ(ReadFileBytes(mPath), "");
-    std::fstream closed;
-    EXPECT_FALSE(JxLoggedMailUser().WriteInfo(closed));
-    EXPECT_TRUE(Write("Anna", std::string(142, 'a')));
-    EXPECT_EQ(Read(ReadFileBytes(mPath)), "Anna/" + std::string(142, 'a') + "/C:\\MAIL");
 }

@@ -269,17 +269,35 @@ public:
             model.name = FieldText(pair, 0, 32), model.address = address.substr(0, 110);
             break;
         }
-        case 11: { // the logged user's record, with its text
+        case 11: { // the logged user's record, with its text, and the file that has both records
             user.SetLoggedText(("C:\\" + name).c_str());
-            const std::string one = With(SystemUserRecord(model.name, "").substr(0, 82), 46,
-                                         Pascal(model.address.substr(0, 112)).substr(0, 36));
-            if (model.address.size() > 31 || model.name.size() > 31)
+            if (model.name.size() > 31)
                 break;
-            Same("written", Written(user), one + Streamed("C:\\" + name));
-            std::istringstream in(one + Streamed("text"));
-            in >> other;
-            Same("text", other.LoggedText().Text(), "text");
-            otherModel.name = model.name, otherModel.address = model.address;
+            const std::string zeros(300, '\0'), text = Streamed("C:\\" + name);
+            const std::string one =
+                With(With(zeros, 0, Pascal(model.name)), 46, Pascal(model.address)).substr(0, 82);
+            if (model.address.size() <= 31) {
+                Same("written", Written(user), one + text);
+                std::istringstream in(one + Streamed("text"));
+                in >> other;
+                Same("text", other.LoggedText().Text(), "text");
+                otherModel.name = model.name, otherModel.address = model.address;
+            }
+            const std::string whole = one + text + model.Record();
+            Open(keOpenRewrite);
+            Same("written to the file", user.WriteInfo(mList), 1);
+            Open(keOpenRead);
+            Same("file", ReadFileBytes(mPath), whole);
+            JxLoggedMailUser read;
+            Same("read whole", read.ReadInfo(mList), 1);
+            Same("name", read.Name().Text(), model.name);
+            Same("address", read.Address().Text(), model.address);
+            Same("text read", Streamed(read.LoggedText().Text()), text);
+            // What is cut short within its first record is none.
+            WriteFileBytes(mPath, whole.substr(0, random.Below(82 + text.size() + 114)));
+            Open(keOpenRead);
+            Same("cut", read.ReadInfo(mList), 0);
+            mList.close();
             break;
         }
         case 12:
@@ -445,7 +463,8 @@ public:
     Accounts() : mTexts(kUserStrings), mPop{"", 110, 0}, mSmtp{"", 25, 1} {}
     void Step(Random& random) override {
         const std::string text =
-            random.Text(9, ":n0123a:") + (random.OneIn(9) ? std::string(300, 'x') : "");
+            random.Text(9, ":n0123a:") +
+            (random.OneIn(9) ? std::string(random.Of<unsigned int>({300, 3000}), 'x') : "");
         const unsigned int operation = random.Below(5);
         Say("operation", operation, Shown(text));
         switch (operation) {
