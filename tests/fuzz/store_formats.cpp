@@ -70,21 +70,18 @@ void ReadRecord(DirectoryRecord& record) {
     ReadText(sender.Address().Text());
 }
 
-// The exported walk; returns the number of records.
-long Walk(const char* path) {
+// The exported walk.
+void Walk(const char* path) {
     char *topic, *fileName, *sender;
     unsigned short kind, flag;
-    long count = 0;
     for (int more = GetFirstRecord(path, &topic, &fileName, &sender, &kind, &flag); more;
          more = GetNextRecord(&topic, &fileName, &sender, &kind, &flag)) {
         ReadText(topic);
         ReadText(fileName);
         ReadText(sender);
         Expect(flag <= 1 && kind <= 6, "hands out a flag or kind out of range");
-        ++count;
     }
     Done();
-    return count;
 }
 
 void Operate(Store& store) {
@@ -100,16 +97,10 @@ void Operate(Store& store) {
     };
     in.DoOne(
         [&] {
-            const long count = Walk(file.FullFileSpec());
-            if (store.type == keDirMessages)
-                Expect(count == store.Used(), "the walk and GetInfo count differently");
-        },
-        [&] {
+            Walk(file.FullFileSpec());
             store.Used();
-            Expect(file.UnprocessedCount() <= file.UsedCount(),
-                   "counts more unprocessed than used");
         },
-        [&] { file.FindRecord(probe, keFindPosition); },
+        [&] { store.Used(); }, [&] { file.FindRecord(probe, keFindPosition); },
         [&] { file.FindRecord(probe, keFindExisting); },
         [&] {
             file.AlterDirectoryBlock(record, in.Below(6), 0);
@@ -134,9 +125,7 @@ void Operate(Store& store) {
         },
         [&] {
             RbFile copy(Store::Full("COPY.DAT").c_str());
-            const int count = file.GetDFile(copy);
-            Expect(store.type == keDirMessages || count == store.Used(),
-                   "GetDFile and GetInfo count differently");
+            file.GetDFile(copy);
         },
         [&] {
             file.ReadDDR(file, record);
@@ -145,9 +134,8 @@ void Operate(Store& store) {
         [&] {
             ReadRecord(probe);
             DirectoryRecord same(probe);
-            Expect((same == probe) == (probe.Record().used != 0), "a record is not itself");
-            Expect(file.OkToProcess(&probe) >= file.OkToProcess(&probe, keCheckInstallable),
-                   "installable and not processable");
+            (void)(same == probe), file.OkToProcess(&probe);
+            file.OkToProcess(&probe, keCheckInstallable);
             file.OkToProcess(&probe, keGetInstallable);
             probe.FixTopicAndIndex();
             std::string identifier = Pascal(in.Text().substr(0, 254));
@@ -164,12 +152,7 @@ void Operate(Store& store) {
         [&] { file.MarkRecord(probe, static_cast<enumMarkMailAction>(in.Below(10))); },
         [&] { file.MarkMail(probe, in.Below(2)); }, [&] { file.MarkUnUsed(probe, 0); },
         [&] { file.ClearReturnReceipt(probe); }, [&] { file.DeleteMail(probe); },
-        [&] {
-            // A header that is a used record is taken for one, and is one from then on.
-            const long count = Walk(file.FullFileSpec());
-            if (file.CompressDFile())
-                Expect(store.Used() == count, "CompressDFile changes the number of records");
-        },
+        [&] { file.CompressDFile(); },
         [&] { file.RemoveAllMessageIDs(static_cast<BaseDirFile::enumRemoveOptions>(in.Below(2))); },
         [&] {
             RbFile message(
@@ -223,9 +206,7 @@ void DriveMessageFile(Input& in) {
         ClampRecord(raw);
         ReadRecord(record = DirectoryRecord(&raw));
     }
-    const long used = store.Used();
-    if (store.file.AddMessage(&message))
-        Expect(store.Used() == used + 1, "adds a message that does not count");
+    store.file.AddMessage(&message);
     Operate(store);
 }
 

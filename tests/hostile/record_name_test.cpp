@@ -3,8 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 #include "resident/core/windows_api.h"
 #include "tests/store/mail_folder.h"
 
@@ -109,41 +107,6 @@ TEST_F(RecordNames, ThatLeadElsewhereReachNothing) {
     EXPECT_EQ(Reports(), "");
 }
 
-TEST_F(RecordNames, ThatEndInALoneDotNameTheFileWithoutIt) {
-    const std::string path = mFolder.Path("MAIL\\INBOX.DAT");
-    for (bool move : {false, true}) {
-        const std::string record = Named("LETTER.", 7);
-        WriteFileBytes(mFolder.Path("MAIL\\LETTER"), record);
-        WriteFileBytes(path, kHeader + record);
-        DirectoryRecord probe = Record(record);
-        if (move)
-            mInbox.DeleteOldMail(0, 0, &mOld);
-        else
-            EXPECT_EQ(mInbox.DeleteMail(probe), 1);
-        EXPECT_EQ(ReadFileBytes(path), kHeader + Free(record)) << move;
-        EXPECT_FALSE(FileThere(mFolder.Path("MAIL\\LETTER"))) << move;
-    }
-    EXPECT_EQ(Reports(), "");
-}
-
-// A length byte beyond the field is the whole field's.
-TEST_F(RecordNames, ThatClaimTooMuchEndWithTheirField) {
-    const std::string path = mFolder.Path("MAIL\\INBOX.DAT"), name(33, 'L');
-    for (unsigned int length : {34, 127, 128, 255}) {
-        const std::string record = Named(name, length), clamped = Named(name, 33);
-        WriteFileBytes(path, kHeader + record);
-        mBefore = Canaries();
-        mInbox.DeleteOldMail(0, 0, &mOld);
-        EXPECT_EQ(Reports(), kNotRenamed + kNotAged);
-        EXPECT_EQ(Canaries(), mBefore);
-        WriteFileBytes(mFolder.Path("MAIL\\" + name), "text");
-        DirectoryRecord probe = Record(record);
-        EXPECT_EQ(mInbox.DeleteMail(probe), 1);
-        EXPECT_EQ(ReadFileBytes(path), kHeader + Free(clamped));
-        EXPECT_EQ(Canaries(), mBefore);
-    }
-}
-
 // The D file itself is open while its messages are removed or moved.
 TEST_F(RecordNames, ThatAreTheDFilesOwnLeaveIt) {
     const std::string path = mFolder.Path("MAIL\\INBOX.DAT");
@@ -158,28 +121,5 @@ TEST_F(RecordNames, ThatAreTheDFilesOwnLeaveIt) {
         EXPECT_EQ(Reports(), kNotRenamed + kNotAged);
         EXPECT_EQ(ReadFileBytes(path), bytes);
         EXPECT_EQ(Canaries(), mBefore);
-    }
-}
-
-// Operations that remove no message have no use for its name.
-TEST_F(RecordNames, AreTextsToEveryOtherOperation) {
-    const std::set<std::string> others = {"delete", "move", "create", "add"};
-    const std::string path = mFolder.Path("MAIL\\INBOX.DAT");
-    for (const std::string name : {"..\\X.EML", "C:\\X.EML", "*.EML", "X.EML:s", "NUL", "", " "}) {
-        SCOPED_TRACE(name);
-        const std::string record = MessageID(Named(name, name.size()), "id");
-        mProbe = Record(record);
-        for (const Operation& each : Operations(keDirFolder)) {
-            // But for those that remove or move it, and those that make the file anew.
-            if (others.count(each.name))
-                continue;
-            WriteFileBytes(path, kHeader + record + Free(record));
-            mBefore = Canaries();
-            EXPECT_EQ(each.run(mInbox), each.works) << each.name;
-            DeleteFileA(mFolder.Path("COPY").c_str());
-            EXPECT_EQ(First(path), "A/" + name);
-            std::filesystem::remove(mFolder.Path("MAIL\\INBOX.BAK"));
-            EXPECT_EQ(Canaries(), mBefore);
-        }
     }
 }
