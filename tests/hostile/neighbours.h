@@ -11,6 +11,7 @@ inline std::string Mail(const std::string& name) {
     return name[0] == 'D' || name[0] == 'M' ? Attributes(record, 0x0100) : record;
 }
 
-inline std::string Block(int id) { return std::string(40, static_cast<char>('A' + id % 26)); }
+// More than a stream holds back.
+inline std::string Block(int id) { return RandomBytes(id, 1000 + 300 * (id / 1000 % 8)); }
 
 } // namespace Neighbours

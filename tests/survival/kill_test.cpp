@@ -2,10 +2,10 @@
 #include <map>
 
 #include "resident/core/windows_api.h"
+#include "tests/hostile/neighbours.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/pref_bytes.h"
-#include "tests/survival/kill_blocks.h"
 
 // Programs that are ended before each single step that changes a file: what their files then hold,
 // and what the tool and the library's next run make of them.
@@ -16,6 +16,12 @@ protected:
 
     static unsigned long Run(const std::string& program, const std::string& arguments) {
         return HelperProcess(program, arguments).ExitCode();
+    }
+    // Another program does this, as neighbour.cpp says.
+    unsigned long Do(Text kind) const {
+        Signal start;
+        start.Set();
+        return Run("neighbour.exe", mHere + " " + kind + " 1 " + start.Name() + " \"\"");
     }
     // What a file holds; "none" for none.
     static std::string Held(Text path) { return FileThere(path) ? ReadFileBytes(path) : "none"; }
@@ -30,7 +36,7 @@ protected:
             prepare();
             SCOPED_TRACE(operation + " ended before step " + std::to_string(++step));
             SetEnvironmentVariableA("POSTRIDER_END_AT", std::to_string(step).c_str());
-            code = Run("survival_worker.exe", operation + " " + mHere);
+            code = Do(operation);
             SetEnvironmentVariableA("POSTRIDER_END_AT", nullptr);
             EXPECT_TRUE(code == 0 || code == kEndedAtStep) << code;
             ++states[look()];
@@ -92,13 +98,13 @@ protected:
         }
     }
     void EndRewriting(Text operation, Text after, const std::function<int(DFile&)>& again) {
-        const std::string file = mHere + "\\D.DAT";
+        const std::string file = mHere + "\\DFile";
         EndEverywhere(
             operation,
             [&] {
                 Clear();
                 WriteFileBytes(file, mBefore);
-                WriteFileBytes(mHere + "\\D.BAK", mOlder);
+                WriteFileBytes(mHere + "\\DFile.BAK", mOlder);
             },
             [&] {
                 const std::string state = LookAtRewriting(file, mBefore, after, mOlder);
@@ -113,11 +119,11 @@ protected:
 };
 
 TEST_F(EndedRewriting, CompressingKeepsTheFileOrItsBackup) {
-    EndRewriting("compress", mCompressed, [](DFile& file) { return file.CompressDFile(); });
+    EndRewriting("1 z", mCompressed, [](DFile& file) { return file.CompressDFile(); });
 }
 
 TEST_F(EndedRewriting, StrippingKeepsTheFileOrItsBackup) {
-    EndRewriting("strip", mStripped,
+    EndRewriting("1 s", mStripped,
                  [](DFile& file) { return file.RemoveAllMessageIDs(BaseDirFile::keRemoveAll); });
 }
 
@@ -127,7 +133,7 @@ protected:
 
     static std::string MessageName(unsigned int i) { return "M" + std::to_string(i) + ".EML"; }
     static std::string OldMessage(unsigned int i) {
-        return Date(Message("T" + std::to_string(i), MessageName(i)), 3029529600u);
+        return Status(Date(Message("T" + std::to_string(i), MessageName(i)), 3029529600u), 1);
     }
     void Prepare() {
         Clear();
@@ -136,9 +142,9 @@ protected:
             records += OldMessage(i);
             WriteFileBytes(mHere + "\\" + MessageName(i), OldMessage(i) + "text");
         }
-        WriteFileBytes(mHere + "\\D.DAT", records);
+        WriteFileBytes(mHere + "\\DFile", records);
         std::filesystem::create_directory(mHere + "\\OLD");
-        WriteFileBytes(mHere + "\\OLD\\D.DAT", kHeader);
+        WriteFileBytes(mHere + "\\OLD\\DFile", kHeader);
     }
     // How many messages are in the other folder, by its records, its files and the slots freed for
     // them; in that order, and each message in one folder alone.
@@ -147,7 +153,7 @@ protected:
         bool operator==(const Moved&) const = default;
     };
     Moved Count() {
-        const std::string old = ReadFileBytes(mHere + "\\OLD\\D.DAT");
+        const std::string old = ReadFileBytes(mHere + "\\OLD\\DFile");
         std::string records = kHeader, oldRecords = kHeader;
         std::set<std::string> listed;
         Moved moved = {static_cast<unsigned int>(old.size()) / 316 - 1, 0, 0};
@@ -166,7 +172,7 @@ protected:
             }
         EXPECT_TRUE(moved.files == moved.listed ||
                     Held(mUnlisted) == OldMessage(moved.listed) + "text");
-        const std::string left = ReadFileBytes(mHere + "\\D.DAT");
+        const std::string left = ReadFileBytes(mHere + "\\DFile");
         for (unsigned int i = 0; i < kMessages; ++i) {
             const bool free = left[316 * (i + 1) + 2] == 0;
             moved.freed += free;
@@ -185,7 +191,7 @@ protected:
         EXPECT_TRUE(moved.files == moved.freed || moved.files == moved.freed + 1);
         EXPECT_LE(moved.freed, moved.listed);
         std::string state = "between two messages";
-        DFile inbox(keDirFolder, mHere + "\\D.DAT"), old(keDirFolder, mHere + "\\OLD\\D.DAT");
+        DFile inbox(keDirFolder, mHere + "\\DFile"), old(keDirFolder, mHere + "\\OLD\\DFile");
         if (moved.files > moved.freed) {
             state = moved.files > moved.listed ? "moved and not listed" : "listed twice";
             // The next run stops at the message that is gone, until its record is deleted.
@@ -208,7 +214,7 @@ protected:
 
 TEST_F(EndedMoving, LeavesOneMessageAtMostHalfMoved) {
     EndEverywhere(
-        "move", [&] { Prepare(); }, [&] { return Look(); });
+        "1 o", [&] { Prepare(); }, [&] { return Look(); });
 }
 
 class EndedPrefs : public Ended {
@@ -217,27 +223,27 @@ protected:
     static std::string File(unsigned int last, Text lastBlock = "") {
         std::string entries, data;
         for (unsigned int id = 1; id <= last; ++id) {
-            const std::string block =
-                id == last && !lastBlock.empty() ? lastBlock : ScrambledBlock(KillBlock(id));
-            entries += PrefEntry(std::string{char(id), '\0'}, "\x02\x01", id,
+            const std::string block = id == last && !lastBlock.empty()
+                                          ? lastBlock
+                                          : ScrambledBlock(Neighbours::Block(1000 * id));
+            entries += PrefEntry(std::string{char(1000 * id), char(1000 * id >> 8)}, "\x90\x01", id,
                                  46 + 12 * last + data.size(), block.size());
             data += block;
         }
-        return PrefHeader("\x02\x01", "RB.DAT", last) + entries + data;
+        return PrefHeader("\x90\x01", "RB.DAT", last) + entries + data;
     }
     // Ends the writing of a block to a file of these bytes.
     void EndWriting(unsigned int id, Text before, const std::function<std::string()>& look) {
         const std::string after = File(id);
         EndEverywhere(
-            "block" + std::to_string(id),
+            std::to_string(id) + " p",
             [&] {
                 Clear();
                 WriteFileBytes(mFile, before);
             },
             [&] {
                 const std::string state = look();
-                EXPECT_EQ(Run("survival_worker.exe", "block" + std::to_string(id) + " " + mHere),
-                          0u);
+                EXPECT_EQ(Do(std::to_string(id) + " p"), 0u);
                 EXPECT_TRUE(Held(mFile) == after);
                 return state;
             });
@@ -260,7 +266,7 @@ TEST_F(EndedPrefs, AFirstBlockIsThereOrNotCounted) {
 }
 
 TEST_F(EndedPrefs, ChangingABlockWritesItWholeOrNot) {
-    const std::string before = File(2, std::string(KillBlock(2).size(), 'o'));
+    const std::string before = File(2, std::string(Neighbours::Block(2000).size(), 'o'));
     EndWriting(2, before, [&] {
         const std::string now = Held(mFile);
         EXPECT_TRUE(now == before || now == File(2));
