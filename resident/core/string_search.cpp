@@ -223,10 +223,10 @@ private:
     // fold to it, and count only behind the first.
     template <bool kDoubleByte>
     bool MayStart(const char* place) const {
-        // The second one tells most places apart that the first does not.
+        // The last one tells places apart that begin as the pattern does.
         if (!kDoubleByte)
             return (*place == mUpperFirst[0] || *place == mLowerFirst[0]) &&
-                   (mPattern.size() < 2 || mFold(place[1]) == mPattern[1]);
+                   mFold(place[mPattern.size() - 1]) == mPattern.back();
         const Character character = At(place, true);
         return character == mUpperFirst || character == mLowerFirst;
     }
