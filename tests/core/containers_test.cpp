@@ -1,12 +1,17 @@
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <set>
 #include <string>
 
 #include "postrider.h"
+#include "resident/core/windows_api.h"
 
 TEST(SList, NodesAreReusedAndHoldTheirOwnItems) {
     static char items[1000];
-    for (int round = 0; round < 2; ++round) {
+    std::set<std::uintptr_t> pages;
+    const bool guarded = GetModuleHandleA("guarded_memory.dll");
+    for (int round = 0; round < (guarded ? 2 : 100); ++round) {
         S_List list;
         S_List other;
         for (char& item : items)
@@ -16,7 +21,12 @@ TEST(SList, NodesAreReusedAndHoldTheirOwnItems) {
             EXPECT_EQ(other[index]->data, items + 3 * index);
         for (long index = 0; index < list.mlCount; ++index)
             EXPECT_EQ(list[index]->data, items + index / 2 * 3 + index % 2 + 1);
+        for (const S_List* each : {&list, &other})
+            for (const ListNode* node = each->mpoHead; node; node = node->next)
+                pages.insert(reinterpret_cast<std::uintptr_t>(node) / 4096);
     }
+    // Side by side, and the same ones again; over guarded memory each has a page of its own.
+    EXPECT_TRUE(pages.size() < 20 || guarded) << pages.size();
 }
 
 TEST(SList, ADerivedNodeHasRoomForItsOwnMembers) {

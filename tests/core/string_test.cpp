@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -164,6 +166,19 @@ TEST(StringBuffer, NeverHoldsMoreThanItHasRoomFor) {
     std::memset(string.AdjustSize(3000), 'y', 2900);
     string.concat("c");
     EXPECT_STREQ(string.Text(), "yyc");
+}
+
+TEST(StringBuffer, IsUsedAgain) {
+    std::set<std::uintptr_t> pages;
+    for (int round = 0; round < 30; ++round) {
+        std::vector<RBString> texts;
+        for (unsigned int size = 0; size < 300; ++size) {
+            texts.emplace_back(Many(size).c_str());
+            RBString copy(texts.back());
+            pages.insert(reinterpret_cast<std::uintptr_t>(copy.concat("x").Text()) / 4096);
+        }
+    }
+    EXPECT_TRUE(pages.size() < 100 || GetModuleHandleA("guarded_memory.dll")) << pages.size();
 }
 
 TEST(StringBuffer, ADetachedOneHasNoLength) {
