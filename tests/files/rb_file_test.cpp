@@ -73,6 +73,17 @@ TEST_F(RbFileTest, TellsTheStampAndSize) {
     EXPECT_EQ(size, 5);
 }
 
+TEST_F(RbFileTest, IsCutWhereItStands) {
+    WriteFileBytes("A.DAT", "123456");
+    RbFile file("A.DAT");
+    EXPECT_EQ(file.UpdateFile(), 0);
+    ASSERT_TRUE(file.Open(keOpenUpdate));
+    file.seekp(3);
+    EXPECT_EQ(file.UpdateFile(), 0);
+    file.close();
+    EXPECT_EQ(ReadFileBytes("A.DAT"), "123");
+}
+
 TEST_F(RbFileTest, KeepsAsMuchAsItsBufferHolds) {
     RbFile file("A.DAT");
     file.SetBufferSize(100000);

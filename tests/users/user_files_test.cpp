@@ -69,7 +69,7 @@ TEST_F(UserFile, MisuseIsReportedAndGoesOn) {
     EXPECT_THAT(mBoxes.TakeTexts(), Contains(Report("mpszFileSpec != NULL")));
     Put("first");
     EXPECT_TRUE(mFile.OpenUserDataFile(0xA1) && mFile.OpenUserDataFile(0xA1));
-    EXPECT_THAT(mBoxes.TakeTexts(), Contains(Report("mpoRbFile == NULL")));
+    EXPECT_THAT(mBoxes.TakeTexts(), ElementsAre(Report("mpoRbFile == NULL")));
     EXPECT_EQ(mFile.GetStream()->get(), 'f');
     mFile.Close();
     JxPopUserVerify().WriteDataToUserFile(); // null pointers
