@@ -76,8 +76,9 @@ static constexpr Default kOptionDefaults[] = {
 static constexpr Default kNumberDefaults[] = {{150, 10}, {152, 10}, {154, 4},    {156, 10},
                                               {158, 7},  {916, 45}, {918, 4096}, {920, 1024}};
 
-// The two texts in memory alone: their offsets, with the length byte, and sizes.
-static constexpr TextField kExtraTexts[] = {{18, 34, true, nullptr, 0}, {52, 34, true, nullptr, 0}};
+// The two texts in memory alone: their offsets, and their size with the length byte.
+static constexpr unsigned int kExtraTexts[] = {18, 52};
+static constexpr unsigned int kExtraSize = 34;
 
 JXMailPrefs::JXMailPrefs(unsigned int flags)
     : UserPrefFile(mRecord, keApplication, keRecordSize, keVersion) {
@@ -252,8 +253,8 @@ void JXMailPrefs::ConvertPrefs(ConvertPrefTo direction) {
         else
             CharToOemBuffA(text, text, length);
     };
-    for (const TextField& field : kExtraTexts)
-        convert(mExtra + field.offset + 1, field.size - 1u);
+    for (const unsigned int offset : kExtraTexts)
+        convert(mExtra + offset + 1, kExtraSize - 1);
     for (const TextField& field : kTexts)
         if (field.converted)
             convert(mRecord + field.offset + 1, field.size - 1u);
