@@ -31,19 +31,23 @@ std::string Utf8(std::wstring_view wide) {
 
 std::string Utf8(std::string_view ansi) { return Utf8(WideOfAnsi(ansi)); }
 
-// Marks that turn the direction of the text around them, and separators of lines.
-static bool TurnsText(wchar_t c) {
-    return c == 0x061C || (c >= 0x200E && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069);
+static bool IsControl(wchar_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+
+// Separators of lines count, too.
+bool DisturbsLine(wchar_t c) {
+    return IsControl(c) || c == 0x061C || (c >= 0x200E && c <= 0x200F) ||
+           (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
 }
 
 std::string Printable(std::wstring_view wide) {
     std::wstring shown;
     for (const wchar_t c : wide) {
-        if (TurnsText(c))
+        if (IsControl(c))
+            shown += L'\u00B7';
+        else if (DisturbsLine(c))
             shown += fmt::format(L"<U+{:04X}>", static_cast<unsigned int>(c));
         else
-            shown += c < 0x20 || (c >= 0x7F && c < 0xA0) ? L'\u00B7' : c;
+            shown += c;
     }
     return Utf8(shown);
 }

@@ -13,8 +13,11 @@ std::wstring WideOfUtf8(std::string_view utf8);
 std::string Utf8(std::wstring_view wide);
 std::string Utf8(std::string_view ansi);
 
-// As UTF-8, with what would disturb a line of text as a dot, and what would turn its direction
-// around as its number: "<U+202E>".
+// Whether a character disturbs a line of text: controls, which terminals obey, and marks that turn
+// the text's direction around.
+bool DisturbsLine(wchar_t c);
+// As UTF-8, with a dot for each control, and its number for what turns the direction around:
+// "<U+202E>".
 std::string Printable(std::wstring_view wide);
 std::string Printable(std::string_view ansi);
 

@@ -9,8 +9,6 @@ static std::string Where(const Problem& problem) {
     return problem.slot ? fmt::format("Slot {}, byte {}: ", *problem.slot, *problem.position) : "";
 }
 
-static Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
-
 static Json AsJson(const Problem& problem) {
     const ProblemKind& kind = KindOfProblem(problem.what);
     return {{"what", problem.what},
@@ -20,95 +18,134 @@ static Json AsJson(const Problem& problem) {
             {"text", problem.text},
             {"lost", problem.lost},
             {"command", kind.command ? Json(kind.command) : Json()},
-            {"advice", OrNull(kind.advice)}};
+            {"advice", *kind.advice ? Json(kind.advice) : Json()}};
 }
 
-static void PrintJsonOf(const Checked& checked) {
-    JsonList problems({{"file", checked.folder.path.Shown()},
-                       {"type", static_cast<int>(checked.folder.type)},
-                       {"slots", checked.folder.Slots()},
-                       {"messages", checked.messages},
-                       {"freeSlots", checked.freeSlots},
-                       {"notes", checked.notes}},
-                      "problems");
-    for (const Problem& problem : checked.problems)
-        problems.Add(AsJson(problem));
-    problems.Finish();
-}
+namespace {
 
-// The commands that mend something here, each once, in the order in which to use them.
-static void PrintAdvice(const Checked& checked, const std::string& argument) {
-    for (const char* command : {"recover", "rebuild"}) {
-        const bool helps = std::any_of(
-            checked.problems.begin(), checked.problems.end(), [&](const Problem& problem) {
-                const char* const its = KindOfProblem(problem.what).command;
-                return its && std::string(its) == command;
-            });
-        if (helps) {
-            Print("To mend it: mailfolder {} {}\n", command, argument);
-            return;
-        }
+class AsText : public Findings {
+public:
+    explicit AsText(std::string argument) : mArgument(std::move(argument)) {}
+
+    void Begin(const Checked& checked) override {
+        Tell("{}: type {}, {}, {}, {} free\n", checked.folder.path.Shown(),
+             static_cast<int>(checked.folder.type), Count(checked.folder.Slots(), "slot"),
+             Count(checked.messages, "message"), checked.freeSlots);
     }
-}
-
-static void PrintText(const Checked& checked, const std::string& argument) {
-    Tell("{}: type {}, {}, {}, {} free\n", checked.folder.path.Shown(),
-         static_cast<int>(checked.folder.type), Count(checked.folder.Slots(), "slot"),
-         Count(checked.messages, "message"), checked.freeSlots);
-    for (const std::string& note : checked.notes)
-        Tell("  {}\n", note);
-    for (const Problem& problem : checked.problems) {
+    void Note(const std::string& text) override { Tell("  {}\n", text); }
+    void Add(const Problem& problem) override {
+        ++mCount;
+        const ProblemKind& kind = KindOfProblem(problem.what);
         Print("\n  {}{}\n", Where(problem), problem.text);
         if (!problem.lost.empty())
             Print("    Lost: {}\n", problem.lost);
-        const ProblemKind& kind = KindOfProblem(problem.what);
         if (*kind.advice)
             Print("    {}\n", kind.advice);
+        // What was interrupted is mended first.
+        if (kind.command && mCommand != "recover")
+            mCommand = kind.command;
     }
-    if (checked.problems.empty()) {
-        Tell("No damage found.\n");
-        return;
+    void Finish() const {
+        if (mCount == 0)
+            return Tell("No damage found.\n");
+        Print("\n{} found.\n", Count(mCount, "problem"));
+        if (!mCommand.empty())
+            Print("To mend it: mailfolder {} {}\n", mCommand, mArgument);
     }
-    Print("\n{} found.\n", Count(checked.problems.size(), "problem"));
-    PrintAdvice(checked, argument);
+    bool Any() const { return mCount > 0; }
+
+private:
+    std::string mArgument;
+    std::string mCommand;
+    unsigned long long mCount = 0;
+};
+
+class AsList : public Findings {
+public:
+    void Begin(const Checked& checked) override {
+        mProblems.emplace(Json{{"file", checked.folder.path.Given()},
+                               {"type", static_cast<int>(checked.folder.type)},
+                               {"slots", checked.folder.Slots()},
+                               {"messages", checked.messages},
+                               {"freeSlots", checked.freeSlots}},
+                          "problems");
+    }
+    void Note(const std::string& text) override { mNotes.push_back(text); }
+    void Add(const Problem& problem) override {
+        mAny = true;
+        mProblems->Add(AsJson(problem));
+    }
+    void Finish() { mProblems->Finish({{"notes", mNotes}}); }
+    bool Any() const { return mAny; }
+
+private:
+    std::optional<JsonList> mProblems;
+    Json mNotes = Json::array();
+    bool mAny = false;
+};
+
+// How many there are of each folder, and of all.
+class AsNumbers : public Findings {
+public:
+    void Begin(const Checked& checked) override {
+        mFile = checked.folder.path.Given();
+        mMessages = checked.messages;
+        mProblems = 0;
+        mKinds = Json::array();
+        mAllMessages += mMessages;
+    }
+    void Note(const std::string&) override {}
+    void Add(const Problem& problem) override {
+        ++mProblems;
+        ++mAllProblems;
+        if (std::find(mKinds.begin(), mKinds.end(), problem.what) == mKinds.end())
+            mKinds.push_back(problem.what);
+    }
+    FolderLine Line() const {
+        return {
+            Count(mMessages, "message") + ", " +
+                (mProblems ? Count(mProblems, "problem") : "no damage"),
+            {{"file", mFile}, {"messages", mMessages}, {"problems", mProblems}, {"kinds", mKinds}},
+            mProblems ? keDamage : keFine};
+    }
+    FolderLine Summary() const {
+        return {Count(mAllMessages, "message") + ", " + Count(mAllProblems, "problem"),
+                {{"messages", mAllMessages}, {"problems", mAllProblems}},
+                keFine};
+    }
+
+private:
+    std::string mFile;
+    unsigned long long mMessages = 0;
+    unsigned long long mProblems = 0;
+    Json mKinds;
+    unsigned long long mAllMessages = 0;
+    unsigned long long mAllProblems = 0;
+};
+
+} // namespace
+
+template <class Form>
+static int CheckAs(const LookOptions& options, Form form) {
+    CheckFolder(Path(options.folder.path), options.folder.type, form);
+    form.Finish();
+    return form.Any() ? keDamage : keFine;
 }
 
 static int CheckOne(const LookOptions& options) {
-    const Checked checked = CheckFolder(Path(options.folder.path), options.folder.type);
-    if (options.json)
-        PrintJsonOf(checked);
-    else
-        PrintText(checked, Printable(WideOfUtf8(options.folder.path)));
-    return checked.problems.empty() ? keFine : keDamage;
+    return options.json ? CheckAs(options, AsList())
+                        : CheckAs(options, AsText(Printable(WideOfUtf8(options.folder.path))));
 }
 
 static int CheckAll(const LookOptions& options) {
-    unsigned long long messages = 0;
-    unsigned long long problems = 0;
+    AsNumbers numbers;
     return ForEachFolder(
-        Path(options.folder.path), options.json,
-        [&](const Path& folder) -> FolderLine {
-            const Checked checked = CheckFolder(folder, options.folder.type);
-            messages += checked.messages;
-            problems += checked.problems.size();
-            Json kinds = Json::array();
-            for (const Problem& problem : checked.problems)
-                if (std::find(kinds.begin(), kinds.end(), problem.what) == kinds.end())
-                    kinds.push_back(problem.what);
-            return {Count(checked.messages, "message") + ", " +
-                        (checked.problems.empty() ? "no damage"
-                                                  : Count(checked.problems.size(), "problem")),
-                    {{"file", checked.folder.path.Shown()},
-                     {"messages", checked.messages},
-                     {"problems", checked.problems.size()},
-                     {"kinds", kinds}},
-                    checked.problems.empty() ? keFine : keDamage};
+        Path(options.folder.path), Which::WithMail, options.json,
+        [&](const Path& folder) {
+            CheckFolder(folder, options.folder.type, numbers);
+            return numbers.Line();
         },
-        [&]() -> FolderLine {
-            return {Count(messages, "message") + ", " + Count(problems, "problem"),
-                    {{"messages", messages}, {"problems", problems}},
-                    keFine};
-        });
+        [&] { return numbers.Summary(); });
 }
 
 static const Command

@@ -2,13 +2,12 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "programs/mailfolder/folder.h"
 #include "programs/mailfolder/problems.h"
 
 struct Problem {
-    std::string what; // of a ProblemKind
+    const char* what; // of a ProblemKind
     std::optional<unsigned long long> slot;
     std::optional<unsigned long long> position;
     std::wstring file; // the message file concerned, if any
@@ -16,15 +15,25 @@ struct Problem {
     std::string lost;
 };
 
-// What a look at all of a folder brought to light.
 struct Checked {
     Folder folder;
     unsigned long long messages = 0;
     unsigned long long freeSlots = 0;
-    std::vector<Problem> problems;  // in the file's order, those of message files behind
-    std::vector<std::string> notes; // what is no damage
+};
+
+// Takes what a look at all of a folder brings to light, while it does: a large folder may have more
+// than fits into memory.
+class Findings {
+public:
+    virtual ~Findings() = default;
+    // Comes first.
+    virtual void Begin(const Checked& checked) = 0;
+    // In the file's order, those of message files behind.
+    virtual void Add(const Problem& problem) = 0;
+    // What is no damage.
+    virtual void Note(const std::string& text) = 0;
 };
 
 // `argument` is a D file or its folder. Fails for one that cannot be read, and for a file that was
 // named itself and is some other of the files that the tool knows.
-Checked CheckFolder(const Path& argument, int type);
+void CheckFolder(const Path& argument, int type, Findings& findings);

@@ -25,7 +25,7 @@ struct Report {
 static Report LookThrough(const Folder& folder) {
     Report report;
     report.rest = folder.size % BaseDirFile::keRecordSize;
-    const FileEntries files = FilesOf(folder.Directory());
+    const FileNames files(folder.Directory());
     ForEachSlot(folder, [&](Slot& slot) {
         if (slot.stored.used != 0) {
             if (IsUsed(slot.stored))
@@ -37,8 +37,8 @@ static Report LookThrough(const Folder& folder) {
             return;
         }
         ++report.freeSlots;
-        const auto key = FileKey(DirectoryRecord(&slot.stored));
-        report.undeletable += key && files.count(*key);
+        const auto key = files.KeyOf(DirectoryRecord(&slot.stored));
+        report.undeletable += key && files.Has(*key);
     });
     return report;
 }

@@ -1,8 +1,10 @@
 #include "programs/mailfolder/folder.h"
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
+#include "programs/mailfolder/hash.h"
 #include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/progress.h"
 
@@ -21,13 +23,20 @@ Path DFileOf(const Path& argument) {
         Fail("Cannot use {}: it is a device.", argument.Shown());
     case Path::keFile:
     case Path::keLink:
+    case Path::keSpecial:
         return argument;
     case Path::keFolder:
         break;
     }
     const Path folder = argument.Child(L"DFile");
     const Path messages = argument.Child(L"MFile");
-    return !folder.IsThere() && messages.IsThere() ? messages : folder;
+    if (folder.IsThere() || messages.IsThere())
+        return folder.IsThere() ? folder : messages;
+    // Or what is left of one.
+    const auto has = [](const Path& path) {
+        return path.WithExtension(L".BAK").IsThere() || path.WithExtension(L".TMP").IsThere();
+    };
+    return !has(folder) && has(messages) ? messages : folder;
 }
 
 // Nothing in the file tells its type, but where its first record stands.
@@ -104,24 +113,60 @@ void ForEachSlot(const Folder& folder, const std::function<void(Slot&)>& visit) 
     }
 }
 
-FileEntries FilesOf(const Path& directory) {
-    FileEntries entries;
+void ForEachFile(const Path& directory, const std::function<void(const FileEntry&)>& visit) {
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileExW(directory.Child(L"*").Full().c_str(), FindExInfoBasic,
                                            &found, FindExSearchNameMatch, nullptr, 0);
-    if (search == INVALID_HANDLE_VALUE)
-        return entries;
+    if (search == INVALID_HANDLE_VALUE) {
+        if (GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_PATH_NOT_FOUND)
+            Fail("Cannot look into {}: {}.", directory.Shown(), LastErrorText());
+        return;
+    }
+    const std::unique_ptr<void, decltype(&FindClose)> closes(search, FindClose);
+    const auto join = [](DWORD high, DWORD low) {
+        return static_cast<unsigned long long>(high) << 32 | low;
+    };
     do {
-        if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-            continue;
-        const auto join = [](DWORD high, DWORD low) {
-            return static_cast<unsigned long long>(high) << 32 | low;
-        };
-        entries[FoldCase(found.cFileName)] = {
-            found.cFileName, join(found.nFileSizeHigh, found.nFileSizeLow),
-            join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)};
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            visit(
+                {found.cFileName, join(found.nFileSizeHigh, found.nFileSizeLow),
+                 join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)});
     } while (FindNextFileW(search, &found));
-    FindClose(search);
+}
+
+unsigned long long HashOf(const std::wstring& key) {
+    return Hash().Add(std::wstring_view(key)).Value();
+}
+
+FileNames::FileNames(const Path& directory) {
+    ForEachFile(directory, [this](const FileEntry& entry) {
+        mHashes.push_back(HashOf(FoldCase(entry.name)));
+        mMessageFiles += IsMessageFileName(entry.name);
+    });
+    std::sort(mHashes.begin(), mHashes.end());
+    for (std::size_t i = 1; i < mHashes.size(); ++i)
+        if (mHashes[i] == mHashes[i - 1])
+            mTwins.push_back(mHashes[i]);
+    if (mTwins.empty())
+        return;
+    mHashes.clear();
+    ForEachFile(directory,
+                [this](const FileEntry& entry) { mHashes.push_back(HashOf(Key(entry.name))); });
+    std::sort(mHashes.begin(), mHashes.end());
+}
+
+std::wstring FileNames::Key(const std::wstring& name) const {
+    const std::wstring folded = FoldCase(name);
+    return std::binary_search(mTwins.begin(), mTwins.end(), HashOf(folded)) ? name : folded;
+}
+
+bool FileNames::Has(const std::wstring& key) const {
+    return std::binary_search(mHashes.begin(), mHashes.end(), HashOf(key));
+}
+
+FileEntries FilesOf(const Path& directory, const FileNames& names) {
+    FileEntries entries;
+    ForEachFile(directory, [&](const FileEntry& entry) { entries[names.Key(entry.name)] = entry; });
     return entries;
 }
 
@@ -139,12 +184,22 @@ AnyFolder::~AnyFolder() = default;
 
 } // namespace
 
-std::optional<std::wstring> FileKey(const DirectoryRecord& record) {
+// Whether a record may name a file so. Letters outside ASCII are no matter: in the OEM code page,
+// where the library looks, some become characters that file names have not.
+static bool IsFileName(DirectoryRecord record) {
     static const AnyFolder folder;
+    unsigned char* const name = record.Record().fileName;
+    std::replace_if(
+        name + 1, name + DiskDirRec::keFileNameSize, [](unsigned char c) { return c >= 0x80; },
+        '_');
     FileSpec spec;
-    if (!folder.MessageFile(record, spec))
+    return folder.MessageFile(record, spec);
+}
+
+std::optional<std::wstring> FileNames::KeyOf(const DirectoryRecord& record) const {
+    if (!IsFileName(record))
         return {};
-    return FoldCase(WideOfAnsi(record.FileName().Text()));
+    return Key(WideOfAnsi(record.FileName().Text()));
 }
 
 std::optional<std::string> RecordName(const std::wstring& name) {
@@ -154,6 +209,11 @@ std::optional<std::string> RecordName(const std::wstring& name) {
                                     static_cast<int>(name.size()), ansi.data(),
                                     static_cast<int>(ansi.size()), nullptr, &lost));
     if (lost || ansi.size() >= DiskDirRec::keFileNameSize || WideOfAnsi(ansi) != name)
+        return {};
+    DiskDirRec record = {};
+    record.fileName[0] = static_cast<unsigned char>(ansi.size());
+    std::copy(ansi.begin(), ansi.end(), record.fileName + 1);
+    if (!IsFileName(DirectoryRecord(&record)))
         return {};
     return ansi;
 }

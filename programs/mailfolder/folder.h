@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "programs/mailfolder/kind.h"
 #include "programs/mailfolder/path.h"
@@ -45,17 +46,42 @@ struct Slot {
 // Calls `visit` for every whole slot but the header. Fails when the file cannot be read.
 void ForEachSlot(const Folder& folder, const std::function<void(Slot&)>& visit);
 
-// The files of a folder, by their names in capitals.
+// A file of a folder.
 struct FileEntry {
     std::wstring name;
     unsigned long long size;
     unsigned long long written; // a FILETIME
 };
-typedef std::map<std::wstring, FileEntry> FileEntries;
-FileEntries FilesOf(const Path& directory);
+// Calls `visit` for every file. Fails when the folder cannot be read; one that is not there has
+// none.
+void ForEachFile(const Path& directory, const std::function<void(const FileEntry&)>& visit);
 
-// The key of the file that a record names; nothing when the name is none of a file of its folder.
-std::optional<std::wstring> FileKey(const DirectoryRecord& record);
-// A name as a record can hold it, in ANSI; nothing when it has letters that ANSI has not, or is
-// longer than a record's field.
+// Which names a folder has, in a few bytes each. A file's key is its name in capitals; where two
+// names differ in case alone, on disks of other systems, the name as it stands.
+class FileNames {
+public:
+    explicit FileNames(const Path& directory);
+
+    std::wstring Key(const std::wstring& name) const;
+    bool Has(const std::wstring& key) const;
+    // Of the file that a record names, there or not; nothing when the name is none of a file of its
+    // folder.
+    std::optional<std::wstring> KeyOf(const DirectoryRecord& record) const;
+    std::size_t Count() const { return mHashes.size(); }
+    std::size_t MessageFiles() const { return mMessageFiles; }
+
+private:
+    std::vector<unsigned long long> mHashes; // of keys, sorted
+    std::vector<unsigned long long> mTwins;  // of names in capitals, sorted
+    std::size_t mMessageFiles = 0;
+};
+// For what tells keys apart without keeping them.
+unsigned long long HashOf(const std::wstring& key);
+
+// The files of a folder, by their keys.
+typedef std::map<std::wstring, FileEntry> FileEntries;
+FileEntries FilesOf(const Path& directory, const FileNames& names);
+
+// A name as a record can hold it, in ANSI; nothing when it has letters that ANSI has not, is longer
+// than a record's field, or is none that a record may name.
 std::optional<std::string> RecordName(const std::wstring& name);

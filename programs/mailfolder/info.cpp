@@ -41,7 +41,7 @@ static Counts CountSlots(const Folder& folder) {
 }
 
 static Json AsJson(const Folder& folder, const Counts& counts) {
-    return {{"file", folder.path.Shown()},
+    return {{"file", folder.path.Given()},
             {"type", static_cast<int>(folder.type)},
             {"typeBecause", folder.why},
             {"size", folder.size},
@@ -85,7 +85,7 @@ static int Info(const LookOptions& options) {
 static int InfoOfAll(const LookOptions& options) {
     Counts all;
     return ForEachFolder(
-        Path(options.folder.path), options.json,
+        Path(options.folder.path), Which::WithDFile, options.json,
         [&](const Path& path) -> FolderLine {
             const Folder folder = FindFolder(path, options.folder.type);
             const Counts counts = CountSlots(folder);

@@ -4,7 +4,9 @@
 #include "programs/mailfolder/tool.h"
 
 void NeedReadable(const Path& path) {
-    const std::string reason = path.IsDevice() ? "it is a device" : WhyUnreadable(path.Full());
+    const std::string reason = path.IsDevice()                  ? "it is a device"
+                               : path.What() == Path::keSpecial ? "it is no plain file"
+                                                                : WhyUnreadable(path.Full());
     if (!reason.empty())
         Fail("Cannot read {}: {}.", path.Shown(), reason);
 }

@@ -39,6 +39,11 @@ static bool IsText(const std::string& bytes) {
     });
 }
 
+// Whether the first line has a tab, as a user's fields have between them.
+static bool IsUserLine(const std::string& text) {
+    return text.substr(0, text.find_first_of("\r\n")).find('\t') != std::string::npos;
+}
+
 static bool IsUserFile(const InputFile& file) {
     if (file.Size() % sizeof(UserLRec))
         return false;
@@ -125,7 +130,7 @@ Kind KindOf(const Path& path) {
         return Kind::MessageFile;
     if (IsDFile(slots, file))
         return Kind::DFile;
-    return IsText(start) ? Kind::Text : Kind::Other;
+    return !IsText(start) ? Kind::Other : IsUserLine(start) ? Kind::UserList : Kind::Text;
 }
 
 const char* Words(Kind kind) {
@@ -140,6 +145,8 @@ const char* Words(Kind kind) {
         return "a preference file";
     case Kind::UserFile:
         return "a file of user records";
+    case Kind::UserList:
+        return "a user list";
     case Kind::Text:
         return "text";
     default:

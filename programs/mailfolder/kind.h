@@ -4,7 +4,7 @@
 #include "programs/mailfolder/path.h"
 
 // What a file is by its bytes, whatever it is called: commands write to nothing that is not theirs.
-enum class Kind { DFile, Empty, MessageFile, PrefFile, UserFile, Text, Other };
+enum class Kind { DFile, Empty, MessageFile, PrefFile, UserFile, UserList, Text, Other };
 
 // A file that cannot be read is a Failure. Of a large file, slots all over it are looked at.
 Kind KindOf(const Path& path);

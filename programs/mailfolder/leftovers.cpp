@@ -1,7 +1,6 @@
 #include "programs/mailfolder/leftovers.h"
 
 #include <algorithm>
-#include <set>
 
 #include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/new_file.h"
@@ -22,8 +21,10 @@ std::string Leftovers::Words() const {
         return fmt::format("{} is not there; an interrupted rewriting left {} beside it.",
                            target.Shown(), Count(candidates.size(), "file"));
     case Emptied:
-        return fmt::format("{} lists nothing; its .BAK lists messages that are still there.",
-                           target.Shown());
+        return target.Shown() +
+               (kind == Kind::DFile
+                    ? " lists nothing; its .BAK lists messages that are still there."
+                    : " is not whole; its .BAK is.");
     case Unfinished:
         return fmt::format("An interrupted rewriting of {} left a temporary file, or another "
                            "program is rewriting it.",
@@ -37,10 +38,32 @@ std::string Leftovers::Words() const {
     }
 }
 
-static void JudgeDFile(Candidate& candidate, const FileEntries& files) {
+// Adds the file that a record names, when it is there.
+static void AddCovered(std::vector<unsigned long long>& covered, const Slot& slot,
+                       const FileNames& files) {
+    const auto key = files.KeyOf(DirectoryRecord(&slot.stored));
+    if (key && files.Has(*key))
+        covered.push_back(HashOf(*key));
+}
+
+static void MakeUnique(std::vector<unsigned long long>& covered) {
+    std::sort(covered.begin(), covered.end());
+    covered.erase(std::unique(covered.begin(), covered.end()), covered.end());
+}
+
+// Whether the message file that a record names says itself that it is that message's.
+static bool Agrees(const Slot& slot, const Path& directory) {
+    const std::string name = DirectoryRecord(&slot.stored).FileName().Text();
+    const OwnRecord own = ReadOwnRecord(directory.Child(WideOfAnsi(name)), name);
+    return own.IsKnown() && Fingerprint(own.record) == Fingerprint(slot.stored);
+}
+
+// A copy in the Windows directory names no folder, and message files are called the same in all of
+// them: what it lists counts where the messages agree.
+static void JudgeDFile(Candidate& candidate, const FileNames& files, const Path& directory) {
     const Folder folder = OpenFolder(candidate.path, -1);
     bool damaged = folder.size % BaseDirFile::keRecordSize != 0;
-    std::set<std::wstring> covered;
+    std::vector<unsigned long long> covered;
     ForEachSlot(folder, [&](Slot& slot) {
         if (slot.stored.used == 0)
             return;
@@ -49,10 +72,10 @@ static void JudgeDFile(Candidate& candidate, const FileEntries& files) {
             return;
         }
         ++candidate.records;
-        const auto key = FileKey(DirectoryRecord(&slot.stored));
-        if (key && files.count(*key))
-            covered.insert(*key);
+        if (candidate.role != Candidate::WindowsCopy || Agrees(slot, directory))
+            AddCovered(covered, slot, files);
     });
+    MakeUnique(covered);
     candidate.covered = covered.size();
     candidate.whole = !damaged;
 }
@@ -65,11 +88,11 @@ static void JudgePrefFile(Candidate& candidate) {
                       candidate.records == directory.blocks.size();
 }
 
-static void Judge(Candidate& candidate, Kind kind, const FileEntries& files) {
+static void Judge(Candidate& candidate, Kind kind, const FileNames& files, const Path& directory) {
     if (InputFile(candidate.path).Size() == 0)
         return;
     if (kind == Kind::DFile)
-        return JudgeDFile(candidate, files);
+        return JudgeDFile(candidate, files, directory);
     if (kind == Kind::PrefFile)
         return JudgePrefFile(candidate);
     const unsigned long long size = InputFile(candidate.path).Size();
@@ -114,7 +137,7 @@ namespace {
 
 class Finder {
 public:
-    explicit Finder(const Path& target) : mFiles(FilesOf(target.Folder())) {
+    explicit Finder(const Path& target) {
         mFound.target = target;
         mFound.kind = KindOfTarget(target);
     }
@@ -136,7 +159,6 @@ private:
         return nullptr;
     }
 
-    FileEntries mFiles;
     Leftovers mFound;
 };
 
@@ -158,14 +180,15 @@ void Finder::AddBeside() {
     const Path& target = mFound.target;
     const std::wstring backup = FoldCase(BackupOf(target).Name());
     const std::wstring own = FoldCase(target.Name());
-    for (const auto& [key, entry] : mFiles) {
+    ForEachFile(target.Folder(), [&](const FileEntry& entry) {
+        const std::wstring key = FoldCase(entry.name);
         if (key == own)
             Add(target, Candidate::Target, entry.written);
         else if (key == backup)
             Add(BackupOf(target), Candidate::Backup, entry.written);
         else if (IsTemporaryName(entry.name, target))
             Add(target.Beside(entry.name), Candidate::Temporary, entry.written);
-    }
+    });
 }
 
 // UpdateDFile of a type 2 file writes it again from a copy in the Windows directory.
@@ -176,15 +199,19 @@ void Finder::AddWindowsCopies() {
     wchar_t windows[MAX_PATH];
     GetWindowsDirectoryW(windows, MAX_PATH);
     const Path directory(Utf8(std::wstring_view(windows)));
-    for (const auto& [key, entry] : FilesOf(directory))
+    ForEachFile(directory, [&](const FileEntry& entry) {
+        const std::wstring key = FoldCase(entry.name);
         if (key.starts_with(L"JPW") && ExtensionOf(key) == L".TMP")
             Add(directory.Child(entry.name), Candidate::WindowsCopy, entry.written);
+    });
 }
 
 // Those in the Windows directory may be of any folder: only what this one lacks makes them its own.
 void Finder::JudgeAll() {
+    const Path directory = mFound.target.Folder();
+    const FileNames files(directory);
     for (Candidate& candidate : mFound.candidates)
-        Judge(candidate, mFound.kind, mFiles);
+        Judge(candidate, mFound.kind, files, directory);
     const Candidate* const target = Of(Candidate::Target);
     const unsigned long long covered = target ? target->covered : 0;
     std::erase_if(mFound.candidates, [&](const Candidate& candidate) {
@@ -196,6 +223,8 @@ bool Finder::IsBetter(const Candidate& left, const Candidate& right) const {
     // The file itself stays, unless it is damaged and a later one is not, or it lists nothing.
     if (left.role == Candidate::Target)
         return !IsBetter(right, left);
+    if (right.role == Candidate::Target && mFound.kind != Kind::DFile)
+        return left.whole && !right.whole;
     if (right.role == Candidate::Target) {
         if (right.records == 0)
             return left.records > 0 && left.covered > 0;
@@ -244,7 +273,9 @@ Leftovers Finder::Find() {
         mFound.state = Leftovers::Missing;
     else if (Of(Candidate::WindowsCopy))
         mFound.state = Leftovers::Copied;
-    else if (target && target->records == 0 && backup && backup->covered > 0)
+    else if (target && backup &&
+             (mFound.kind == Kind::DFile ? target->records == 0 && backup->covered > 0
+                                         : !target->whole && backup->whole))
         mFound.state = Leftovers::Emptied;
     else if (Of(Candidate::Temporary) && !isPref)
         mFound.state = Leftovers::Unfinished;
@@ -268,19 +299,20 @@ void NeedNoLeftovers(const Path& target) {
 }
 
 unsigned long long OnlyInBackup(const Path& target) {
-    const FileEntries files = FilesOf(target.Folder());
+    const FileNames files(target.Folder());
     const auto listed = [&](const Path& path) {
-        std::set<std::wstring> keys;
+        std::vector<unsigned long long> covered;
         if (KindOf(path) == Kind::DFile)
             ForEachSlot(OpenFolder(path, -1), [&](Slot& slot) {
-                const auto key = FileKey(DirectoryRecord(&slot.stored));
-                if (slot.stored.used != 0 && key && files.count(*key))
-                    keys.insert(*key);
+                if (slot.stored.used != 0)
+                    AddCovered(covered, slot, files);
             });
-        return keys;
+        MakeUnique(covered);
+        return covered;
     };
     const auto now = listed(target);
     const auto before = listed(BackupOf(target));
-    return std::count_if(before.begin(), before.end(),
-                         [&](const std::wstring& key) { return !now.count(key); });
+    return std::count_if(before.begin(), before.end(), [&](unsigned long long file) {
+        return !std::binary_search(now.begin(), now.end(), file);
+    });
 }

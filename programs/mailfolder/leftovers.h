@@ -26,7 +26,7 @@ struct Leftovers {
     enum State {
         None,
         Missing,    // the file itself is not there
-        Emptied,    // it lists nothing, the backup has what is missing
+        Emptied,    // it lists nothing, or is not whole; the backup has what is missing
         Unfinished, // an interrupted rewriting left a temporary file beside it
         Copied      // an interrupted update left the old file in the Windows directory
     };

@@ -7,13 +7,8 @@
 #include "programs/mailfolder/command.h"
 #include "programs/mailfolder/extract/csv.h"
 #include "programs/mailfolder/extract/selection.h"
-#include "programs/mailfolder/folder.h"
-
-static std::string Sender(const DirectoryRecord& record) {
-    RBString shown;
-    RBString name = record.SenderName();
-    return MailUser::OrderedUserName(shown, name, 1).Text();
-}
+#include "programs/mailfolder/json.h"
+#include "programs/mailfolder/record.h"
 
 // A longer identifier stands where the address does.
 static std::string SenderAddress(const DirectoryRecord& record) {
@@ -25,19 +20,27 @@ static std::string SenderAddress(const DirectoryRecord& record) {
 // A stored record as one of JSON's objects.
 static Json AsJson(const Slot& slot, const DirectoryRecord& record) {
     const DiskDirRec& fields = record.Record();
-    return {{"slot", slot.number},
-            {"position", slot.position},
-            {"sender", Utf8(Sender(record))},
-            {"address", Utf8(SenderAddress(record))},
-            {"secondUser", Utf8(FieldText(fields.secondUser.name))},
-            {"topic", Utf8(record.Topic().Text())},
-            {"date", DateJson(FlipLong(fields.date))},
-            {"kind", static_cast<int>(fields.kind)},
-            {"processed", (fields.status & keStatusProcessed) != 0},
-            {"status", static_cast<int>(fields.status)},
-            {"attributes", static_cast<unsigned short>(fields.attributes)},
-            {"identifier", Utf8(record.MessageID().Text())},
-            {"file", Utf8(record.FileName().Text())}};
+    // Put in one by one: a list of them would be copied twice.
+    Json object = Json::object();
+    auto& members = object.get_ref<Json::object_t&>();
+    members.reserve(13);
+    const auto put = [&](const char* key, Json value) {
+        members.emplace_back(key, std::move(value));
+    };
+    put("slot", slot.number);
+    put("position", slot.position);
+    put("sender", Utf8(ShownSender(record)));
+    put("address", Utf8(SenderAddress(record)));
+    put("secondUser", Utf8(FieldText(fields.secondUser.name)));
+    put("topic", Utf8(record.Topic().Text()));
+    put("date", DateJson(FlipLong(fields.date)));
+    put("kind", static_cast<int>(fields.kind));
+    put("processed", (fields.status & keStatusProcessed) != 0);
+    put("status", static_cast<int>(fields.status));
+    put("attributes", static_cast<unsigned short>(fields.attributes));
+    put("identifier", Utf8(record.MessageID().Text()));
+    put("file", Utf8(record.FileName().Text()));
+    return object;
 }
 
 namespace {
@@ -49,7 +52,7 @@ public:
         const std::string date = DateText(FlipLong(record.Record().date));
         const bool done = record.Record().status & keStatusProcessed;
         mProcessed += done;
-        mRows.push_back({Printable(Sender(record)), Printable(record.Topic().Text()),
+        mRows.push_back({Printable(ShownSender(record)), Printable(record.Topic().Text()),
                          date.empty() ? "-" : date,
                          std::to_string(static_cast<int>(record.Record().kind)), done ? "yes" : "-",
                          Printable(record.FileName().Text())});
@@ -87,7 +90,7 @@ public:
     Printer(const Folder& folder, const std::string& format) : mFolder(folder), mFormat(format) {
         if (mFormat == "json")
             mJson.emplace(
-                Json{{"file", folder.path.Shown()}, {"type", static_cast<int>(folder.type)}},
+                Json{{"file", folder.path.Given()}, {"type", static_cast<int>(folder.type)}},
                 "messages");
         else if (mFormat == "csv")
             Print("{}", extract::CsvLine({"slot", "from", "address", "subject", "date", "kind",
@@ -98,7 +101,7 @@ public:
         if (mJson)
             mJson->Add(AsJson(slot, record));
         else if (mFormat == "jsonl")
-            Print("{}\n", AsJson(slot, record).dump(-1, ' ', true, Json::error_handler_t::replace));
+            PrintJsonLine(AsJson(slot, record));
         else if (mFormat == "csv")
             AddCsv(slot, record);
         else
@@ -113,15 +116,15 @@ public:
     }
 
 private:
-    // What terminals obey is shown as in a table.
+    // What others wrote is shown as in a table; the file's name is one to open it by.
     static void AddCsv(const Slot& slot, const DirectoryRecord& record) {
         const DiskDirRec& fields = record.Record();
         Print("{}",
-              extract::CsvLine({std::to_string(slot.number), Printable(Sender(record)),
+              extract::CsvLine({std::to_string(slot.number), Printable(ShownSender(record)),
                                 Printable(SenderAddress(record)), Printable(record.Topic().Text()),
                                 DateText(FlipLong(fields.date)),
                                 std::to_string(static_cast<int>(fields.kind)),
-                                extract::MarksOf(fields), Printable(record.FileName().Text())}));
+                                extract::MarksOf(fields), Utf8(record.FileName().Text())}));
     }
 
     const Folder& mFolder;
@@ -140,7 +143,7 @@ std::wstring SortKey(const std::string& by, const Slot& slot, const DirectoryRec
         return number(FlipLong(slot.stored.date));
     if (by == "kind")
         return number(static_cast<unsigned short>(slot.stored.kind));
-    return FoldCase(WideOfAnsi(by == "from"      ? Sender(record)
+    return FoldCase(WideOfAnsi(by == "from"      ? ShownSender(record)
                                : by == "subject" ? std::string(record.Topic().Text())
                                                  : std::string(record.FileName().Text())));
 }

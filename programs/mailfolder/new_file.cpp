@@ -20,6 +20,9 @@ void NeedBackupPlace(const Path& target, bool replaceBackup) {
              backup.Shown());
     if (backup.What() != Path::keFile)
         Fail("{} is no plain file: move it away. Nothing was changed.", backup.Shown());
+    if (const Kind kind = KindOf(backup); kind != KindOf(target) && kind != Kind::Empty)
+        Fail("{} looks like {}, and would be lost: move it away first. Nothing was changed.",
+             backup.Shown(), Words(kind));
     if (const unsigned long long only = OnlyInBackup(target))
         Fail("{} alone lists {} whose files are there: move it away first. Nothing was changed.",
              backup.Shown(), Count(only, "message"));

@@ -14,13 +14,13 @@ static constexpr std::wstring_view kLongSharePrefix = L"\\\\?\\UNC\\";
 // From there on the system wants the prefix. Short of the limit: folders need room for a name.
 static constexpr std::size_t kLongest = 240;
 
-Path::Path(const std::string& given) : mShown(Printable(WideOfUtf8(given))) {
+Path::Path(const std::string& given) : mGiven(given) {
     const std::wstring wide = WideOfUtf8(given);
     const DWORD size = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
     std::wstring full(size, L'\0');
     full.resize(GetFullPathNameW(wide.c_str(), size, full.data(), nullptr));
     if (full.empty() || wide.find(L'\0') != std::wstring::npos)
-        Fail("Cannot use \"{}\": it is no name.", mShown);
+        Fail("Cannot use \"{}\": it is no name.", Shown());
     // A drive's root keeps its backslash.
     while (full.size() > 3 && full.back() == L'\\')
         full.pop_back();
@@ -38,14 +38,16 @@ Path Path::AsItStands() const {
     return path;
 }
 
+std::string Path::Shown() const { return Printable(WideOfUtf8(mGiven)); }
+
 std::wstring Path::Name() const { return mFull.substr(mFull.rfind(L'\\') + 1); }
 
 Path Path::Child(std::wstring_view name) const {
     Path child;
-    child.mShown = mShown;
-    if (!mShown.empty() && !std::strchr("\\/:", mShown.back()))
-        child.mShown += '\\';
-    child.mShown += Printable(name);
+    child.mGiven = mGiven;
+    if (!mGiven.empty() && !std::strchr("\\/:", mGiven.back()))
+        child.mGiven += '\\';
+    child.mGiven += Utf8(name);
     child.mFull = mFull;
     if (child.mFull.back() != L'\\')
         child.mFull += L'\\';
@@ -57,9 +59,9 @@ Path Path::Child(std::wstring_view name) const {
 
 Path Path::Folder() const {
     Path folder;
-    const std::size_t shownEnd = mShown.find_last_of("\\/:");
-    if (shownEnd != std::string::npos)
-        folder.mShown = mShown.substr(0, shownEnd + 1);
+    const std::size_t givenEnd = mGiven.find_last_of("\\/:");
+    if (givenEnd != std::string::npos)
+        folder.mGiven = mGiven.substr(0, givenEnd + 1);
     folder.mFull = mFull.substr(0, mFull.rfind(L'\\'));
     if (folder.mFull.empty() || folder.mFull.back() == L':')
         folder.mFull += L'\\';
@@ -93,7 +95,7 @@ std::string Path::LibraryName() const {
     if (name.empty() || !fits(name))
         Fail("Cannot read {}: its name is too long, or has letters that the library does not take, "
              "and the system has no short name for it. Copy it to another folder.",
-             mShown);
+             Shown());
     return std::string(name.begin(), name.end());
 }
 
@@ -102,8 +104,7 @@ std::wstring FoldCase(std::wstring name) {
     return name;
 }
 
-// Whether the folder lists the name: where nothing can be opened by it, it is a link that leads
-// nowhere.
+// Whether the folder lists the name, though nothing can be opened by it.
 static bool IsListed(const std::wstring& path) {
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileW(path.c_str(), &found);
@@ -124,7 +125,7 @@ Path::Thing Path::What() const {
         // Or it has come meanwhile.
         attributes = GetFileAttributesW(mFull.c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES)
-            return keLink;
+            return keSpecial;
     }
     if (IsLink(mFull.c_str()))
         return keLink;

@@ -3,19 +3,21 @@
 #include <string>
 #include <string_view>
 
-// A file or folder that the user named: shown as it was given, found by the system's wide functions
+// A file or folder that the user named: told as it was given, found by the system's wide functions
 // whatever its letters and length.
 class Path {
 public:
     // What stands under a name.
-    enum Thing { keMissing, keFile, keFolder, keDevice, keLink };
+    enum Thing { keMissing, keFile, keFolder, keDevice, keLink, keSpecial };
 
     Path() = default;
     // UTF-8. Fails for an empty name.
     explicit Path(const std::string& given);
 
-    // UTF-8 without what would disturb a line of text.
-    const std::string& Shown() const { return mShown; }
+    // UTF-8: for people, without what would disturb a line of text, and for programs, which open
+    // it.
+    std::string Shown() const;
+    const std::string& Given() const { return mGiven; }
     // From the drive on; with the prefix of long paths where it is one.
     const std::wstring& Full() const { return mFull; }
     // The part behind the last backslash, as the folder has it.
@@ -37,6 +39,7 @@ public:
     std::string LibraryName() const;
 
     // Links, to files and to folders, are not followed. A name of a device is one in every folder.
+    // Special is what the folder lists and nobody can open by that name: one of another system.
     Thing What() const;
     bool IsDevice() const { return mFull.starts_with(L"\\\\.\\"); }
     bool IsThere() const { return What() != keMissing; }
@@ -45,7 +48,7 @@ public:
     bool IsSameFile(const Path& other) const;
 
 private:
-    std::string mShown;
+    std::string mGiven;
     std::wstring mFull;
 };
 

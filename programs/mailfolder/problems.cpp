@@ -11,7 +11,9 @@ static constexpr ProblemKind kProblems[] = {
     {"interrupted-rewrite", "recover", ""},
     {"leftover-file", "recover", ""},
     {"no-d-file", "rebuild", ""},
-    {"not-a-d-file", nullptr, "Move it away; then rebuild makes a D file from the message files."},
+    {"not-a-d-file", nullptr,
+     "Move it away; then recover finds a backup, or rebuild makes a D file from the message "
+     "files."},
     {"two-d-files", nullptr,
      "Programs use one of the two: look at both with list, and move the other away."},
     {"link", nullptr, "Links are not followed: put the file itself in its place."},
@@ -27,8 +29,8 @@ static constexpr ProblemKind kProblems[] = {
     {"field-length", "rebuild", ""},
     {"field-range", "rebuild", ""},
     {"blank-record", "rebuild", ""},
-    {"no-file-name", "rebuild", "It leaves the record behind."},
-    {"name-leaves-folder", "rebuild", "It leaves the record behind."},
+    {"no-file-name", "rebuild", "Rebuilding leaves the record behind."},
+    {"name-leaves-folder", "rebuild", "Rebuilding leaves the record behind."},
     {"missing-file", "rebuild",
      "Look for the file first: rebuilding leaves the record behind, unless --keep-missing is "
      "said."},
@@ -36,6 +38,8 @@ static constexpr ProblemKind kProblems[] = {
     // The message files.
     {"file-without-record", "rebuild", ""},
     {"file-of-broken-record", "rebuild", ""},
+    {"unreadable-message-file", nullptr,
+     "Let it be read: another program may hold it, or its access rights keep you out."},
     {"short-message-file", nullptr, "What is not there cannot be brought back."},
     {"own-record-zero", nullptr, kNeverWritten},
     {"own-record-garbage", nullptr, kNeverWritten},

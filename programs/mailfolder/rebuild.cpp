@@ -41,12 +41,12 @@ class Merge {
 public:
     Merge(const Folder& folder, bool keepMissing)
         : mFolder(folder), mDirectory(folder.Directory()), mKeepMissing(keepMissing),
-          mFiles(FilesOf(mDirectory)) {
+          mNames(mDirectory), mFiles(FilesOf(mDirectory, mNames)) {
         GetSystemTimeAsFileTime(&mNow);
     }
 
     // Returns the number of message files.
-    std::size_t MessageFiles() const;
+    std::size_t MessageFiles() const { return mNames.MessageFiles(); }
     // Hands out the new file's bytes, in order.
     typedef std::function<void(const void* bytes, std::size_t size)> Sink;
     Report Run(const Sink& sink);
@@ -55,8 +55,10 @@ private:
     struct Best {
         unsigned long long slot;
         bool sound;
+        unsigned long long fingerprint;
     };
     void ForEachRecord(const std::function<void(Slot&)>& visit);
+    bool Fits(const Best& best, const std::wstring& key) const;
     void FindBest();
     void TakeSlot(const Slot& slot);
     void TakeFree(const Slot& slot);
@@ -76,6 +78,7 @@ private:
     const Folder& mFolder;
     Path mDirectory;
     bool mKeepMissing;
+    FileNames mNames;
     FileEntries mFiles;
     FILETIME mNow;
     std::map<std::wstring, Best> mBest;
@@ -83,11 +86,6 @@ private:
     Sink mSink;
     Report mReport;
 };
-
-std::size_t Merge::MessageFiles() const {
-    return std::count_if(mFiles.begin(), mFiles.end(),
-                         [](const auto& file) { return IsMessageFileName(file.second.name); });
-}
 
 // A record that stands in the header's place counts, too.
 void Merge::ForEachRecord(const std::function<void(Slot&)>& visit) {
@@ -102,18 +100,26 @@ void Merge::ForEachRecord(const std::function<void(Slot&)>& visit) {
     ForEachSlot(mFolder, visit);
 }
 
-// Of several records for one file, the first that is sound stays, or else the first.
+bool Merge::Fits(const Best& best, const std::wstring& key) const {
+    const OwnRecord own = Own(key);
+    return own.IsKnown() && Fingerprint(own.record) == best.fingerprint;
+}
+
+// Of several records for one file a sound one stays: that which agrees with the file's own, or else
+// the first.
 void Merge::FindBest() {
     ForEachRecord([this](Slot& slot) {
         if (slot.stored.used == 0)
             return;
-        const auto key = FileKey(DirectoryRecord(&slot.stored));
+        const auto key = mNames.KeyOf(DirectoryRecord(&slot.stored));
         if (!key || !mFiles.count(*key))
             return;
-        const bool sound = IsSound(slot.stored) && !IsBlank(slot.stored);
-        const auto [best, fresh] = mBest.emplace(*key, Best{slot.number, sound});
-        if (!fresh && sound && !best->second.sound)
-            best->second = {slot.number, sound};
+        const Best mine = {slot.number, IsSound(slot.stored) && !IsBlank(slot.stored),
+                           Fingerprint(slot.stored)};
+        const auto [best, fresh] = mBest.emplace(*key, mine);
+        if (!fresh && mine.sound &&
+            (!best->second.sound || (!Fits(best->second, *key) && Fits(mine, *key))))
+            best->second = mine;
     });
 }
 
@@ -133,7 +139,7 @@ void Merge::Leave(const Slot& slot, const char* why) {
 
 // A freed slot stays while its message could be taken back; others are given up.
 void Merge::TakeFree(const Slot& slot) {
-    const auto key = FileKey(DirectoryRecord(&slot.stored));
+    const auto key = mNames.KeyOf(DirectoryRecord(&slot.stored));
     if (key && mFiles.count(*key) && !mBest.count(*key) && Own(*key).state == OwnRecord::Sound &&
         Fingerprint(Own(*key).record) == Fingerprint(slot.stored) && mFreed.insert(*key).second) {
         ++mReport.freed;
@@ -185,7 +191,7 @@ void Merge::TakeDamaged(const Slot& slot, const std::wstring& key) {
 void Merge::TakeSlot(const Slot& slot) {
     if (slot.stored.used == 0)
         return TakeFree(slot);
-    const auto key = FileKey(DirectoryRecord(&slot.stored));
+    const auto key = mNames.KeyOf(DirectoryRecord(&slot.stored));
     if (!key || !mFiles.count(*key)) {
         if (mKeepMissing && LooksLikeRecord(slot.stored)) {
             ++mReport.kept;
@@ -238,8 +244,7 @@ void Merge::AddMissing() {
                                                            : "it cannot be read"));
             continue;
         }
-        const bool readable = own.state == OwnRecord::Sound || own.state == OwnRecord::Damaged;
-        (readable ? mReport.made : mReport.sayingSo).push_back(Printable(entry.name));
+        (own.IsKnown() ? mReport.made : mReport.sayingSo).push_back(Printable(entry.name));
         Put(own.state == OwnRecord::Sound     ? own.record
             : own.state == OwnRecord::Damaged ? Mended(own.record)
                                               : RecordThatSaysSo(entry, *name));

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "programs/mailfolder/hash.h"
 #include "programs/mailfolder/input_file.h"
 
 namespace {
@@ -124,16 +125,17 @@ DiskDirRec Mended(const DiskDirRec& record) {
 
 unsigned long long Fingerprint(const DiskDirRec& record) {
     const DiskDirRec mended = Mended(record);
-    unsigned long long hash = 0xCBF29CE484222325u;
-    const auto add = [&](const std::string& text) {
-        for (const char c : text)
-            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
-        hash = (hash ^ 0xFF) * 0x100000001B3u;
-    };
-    add(FieldText(mended.topic));
-    add(FieldText(mended.sender.name));
-    add(std::to_string(mended.date));
-    return hash;
+    Hash hash;
+    for (const std::string& text :
+         {FieldText(mended.topic), FieldText(mended.sender.name), std::to_string(mended.date)})
+        hash.Add(std::string_view(text)).Add(0xFF);
+    return hash.Value();
+}
+
+std::string ShownSender(const DirectoryRecord& record) {
+    RBString shown;
+    RBString name = record.SenderName();
+    return MailUser::OrderedUserName(shown, name, 1).Text();
 }
 
 bool IsBlank(const DiskDirRec& record) {

@@ -21,6 +21,8 @@ inline bool IsSound(const DiskDirRec& record) { return FaultsOf(record).empty();
 // What tells a message from others: its topic, date and sender, as a number. Records that are
 // mended, marked or moved keep it.
 unsigned long long Fingerprint(const DiskDirRec& record);
+// The sender's name in the usual order, "Anna Smith", in ANSI.
+std::string ShownSender(const DirectoryRecord& record);
 // Whether it tells of no message at all, whatever file it names.
 bool IsBlank(const DiskDirRec& record);
 
@@ -30,6 +32,8 @@ DiskDirRec Mended(const DiskDirRec& record);
 // The record that a message file begins with.
 struct OwnRecord {
     enum State { Sound, Damaged, Garbage, Zero, Short, Link, Unreadable };
+
+    bool IsKnown() const { return state == Sound || state == Damaged; }
 
     State state = Unreadable;
     DiskDirRec record = {}; // of a sound or damaged one, with the file's name and used

@@ -4,7 +4,7 @@
 
 #include "programs/mailfolder/folder.h"
 #include "programs/mailfolder/leftovers.h"
-#include "resident/core/windows_api.h"
+#include "programs/mailfolder/win_handle.h"
 
 Command::Run AddLook(CLI::App& app, Look atOne, Look atAll) {
     const auto given = std::make_shared<LookOptions>();
@@ -19,10 +19,8 @@ static std::vector<Path> FoldersIn(const Path& folder) {
     std::vector<Path> folders;
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileW(folder.Child(L"*").Full().c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) {
-        Warn("Cannot look into {}.\n", folder.Shown());
-        return folders;
-    }
+    if (search == INVALID_HANDLE_VALUE)
+        Fail("Cannot look into {}: {}.", folder.Shown(), LastErrorText());
     do {
         const std::wstring name = found.cFileName;
         if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && name != L"." && name != L"..")
@@ -31,37 +29,39 @@ static std::vector<Path> FoldersIn(const Path& folder) {
     FindClose(search);
     std::sort(folders.begin(), folders.end(),
               [](const Path& a, const Path& b) { return a.Full() < b.Full(); });
-    std::erase_if(folders, [](const Path& path) { return path.What() != Path::keFolder; });
+    // One that is gone, or cannot be opened by its name, is told of when it is looked into.
+    std::erase_if(folders, [](const Path& path) { return path.What() == Path::keLink; });
     return folders;
 }
 
-static bool HasDFile(const Path& folder) {
+static bool Has(const Path& folder, Which which) {
     for (const wchar_t* name : {L"DFile", L"MFile"})
         if (folder.Child(name).IsThere() ||
             FindLeftovers(folder.Child(name)).state == Leftovers::Missing)
             return true;
-    return false;
+    return which == Which::WithMail && FileNames(folder).MessageFiles() > 0;
 }
 
-int ForEachFolder(const Path& top, bool json, const std::function<FolderLine(const Path&)>& tell,
+int ForEachFolder(const Path& top, Which which, bool json,
+                  const std::function<FolderLine(const Path&)>& tell,
                   const std::function<FolderLine()>& summary) {
     if (!top.IsFolder())
         Fail("Cannot look below {}: it is no folder.", top.Shown());
     std::optional<JsonList> lines;
     if (json)
-        lines.emplace(Json{{"folder", top.Shown()}}, "folders");
+        lines.emplace(Json{{"folder", top.Given()}}, "folders");
     int worst = keFine;
     unsigned long long count = 0;
     std::vector<Path> waiting = {top};
     while (!waiting.empty()) {
         const Path folder = waiting.back();
         waiting.pop_back();
-        const std::vector<Path> below = FoldersIn(folder);
-        waiting.insert(waiting.end(), below.rbegin(), below.rend());
-        if (!HasDFile(folder))
-            continue;
-        ++count;
         try {
+            const std::vector<Path> below = FoldersIn(folder);
+            waiting.insert(waiting.end(), below.rbegin(), below.rend());
+            if (!Has(folder, which))
+                continue;
+            ++count;
             const FolderLine line = tell(folder);
             worst = std::max<int>(worst, line.code);
             if (lines)
@@ -72,6 +72,10 @@ int ForEachFolder(const Path& top, bool json, const std::function<FolderLine(con
             worst = std::max<int>(worst, keCouldNot);
             Warn("{}\n", failure.text);
         }
+    }
+    if (count == 0 && worst == keFine) {
+        Warn("There is no mail folder in {}, or below.\n", top.Shown());
+        worst = keCouldNot;
     }
     const FolderLine all = summary();
     if (lines)

@@ -4,8 +4,9 @@
 #include <string>
 
 #include "programs/mailfolder/command.h"
+#include "programs/mailfolder/failure.h"
+#include "programs/mailfolder/json.h"
 #include "programs/mailfolder/path.h"
-#include "programs/mailfolder/tool.h"
 
 // Of commands that look at one folder, or at all below it.
 struct LookOptions {
@@ -24,8 +25,13 @@ struct FolderLine {
     ExitCode code;
 };
 
-// Tells of the folder and of every one below it that has a D file, or what is left of one, a line
-// each, and of all in a last line. Links are not entered. Returns the worst exit code; a folder
-// that fails is told of, and does not stop the others.
-int ForEachFolder(const Path& top, bool json, const std::function<FolderLine(const Path&)>& tell,
+// Which folders are told of: those with a D file or what is left of one, or those with message
+// files alone, too.
+enum class Which { WithDFile, WithMail };
+
+// Tells of the folder and of every one below it, a line each, and of all in a last line. Links are
+// not entered. Returns the worst exit code; a folder that fails is told of, and does not stop the
+// others; where there is none, that is a failure.
+int ForEachFolder(const Path& top, Which which, bool json,
+                  const std::function<FolderLine(const Path&)>& tell,
                   const std::function<FolderLine()>& summary);

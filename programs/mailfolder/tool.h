@@ -1,8 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 
 #include "postrider.h"
@@ -29,37 +27,6 @@ void Detail(fmt::format_string<Args...> format, Args&&... args) {
         Warn(format, std::forward<Args>(args)...);
 }
 
-// Keys stay in the order in which they are put in.
-using Json = nlohmann::ordered_json;
-
-// Characters that terminals obey, and those that turn a text's direction, are escaped.
-void PrintJson(const Json& value);
-
-// A long array, which goes out as it is made.
-class JsonArray {
-public:
-    explicit JsonArray(int indent = 0);
-    void Add(const Json& element);
-    void Finish();
-
-private:
-    int mIndent;
-    bool mEmpty = true;
-};
-
-// An object with one long list, which goes out as it is made: it needs no memory for what it has.
-class JsonList {
-public:
-    // Prints the members of `head`, and opens the list.
-    JsonList(const Json& head, const char* key);
-    void Add(const Json& element) { mList->Add(element); }
-    // Closes the list; prints the members of `tail` behind it.
-    void Finish(const Json& tail = Json::object());
-
-private:
-    std::optional<JsonArray> mList;
-};
-
 // The text of a length-prefixed field, cut at the field's end.
 template <std::size_t kSize>
 std::string FieldText(const unsigned char (&field)[kSize]) {
@@ -72,4 +39,3 @@ std::string Count(unsigned long long number, const char* one, const char* many =
 
 // Seconds from 1904-01-01, local time, as "2025-04-06 07:08:09"; empty for 0.
 std::string DateText(unsigned long seconds);
-Json DateJson(unsigned long seconds);

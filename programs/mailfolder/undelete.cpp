@@ -20,12 +20,12 @@ struct Options {
 // The freed slots whose message file is there, has no other record, and has not become another
 // message's since.
 static std::vector<Slot> FreedSlots(const Folder& folder) {
-    const FileEntries files = FilesOf(folder.Directory());
+    const FileNames files(folder.Directory());
     std::set<std::wstring> listed;
     std::map<std::wstring, Slot> freed;
     ForEachSlot(folder, [&](Slot& slot) {
-        const auto key = FileKey(DirectoryRecord(&slot.stored));
-        if (!key || !files.count(*key))
+        const auto key = files.KeyOf(DirectoryRecord(&slot.stored));
+        if (!key || !files.Has(*key))
             return;
         if (slot.stored.used != 0)
             listed.insert(*key);
@@ -36,9 +36,8 @@ static std::vector<Slot> FreedSlots(const Folder& folder) {
     for (const auto& [key, slot] : freed) {
         if (listed.count(key))
             continue;
-        const FileEntry& entry = files.at(key);
-        const OwnRecord own = ReadOwnRecord(folder.Directory().Child(entry.name),
-                                            RecordName(entry.name).value_or(""));
+        const std::string name = DirectoryRecord(&slot.stored).FileName().Text();
+        const OwnRecord own = ReadOwnRecord(folder.Directory().Child(WideOfAnsi(name)), name);
         if (own.state != OwnRecord::Sound || Fingerprint(own.record) == Fingerprint(slot.stored))
             slots.push_back(slot);
     }
@@ -64,7 +63,7 @@ static void Show(const std::vector<Slot>& slots) {
     for (const Slot& slot : slots) {
         const DirectoryRecord record(&slot.stored);
         const std::string date = DateText(FlipLong(slot.stored.date));
-        rows.push_back({std::to_string(slot.number), Printable(record.SenderName().Text()),
+        rows.push_back({std::to_string(slot.number), Printable(ShownSender(record)),
                         Printable(record.Topic().Text()), date.empty() ? "-" : date,
                         Printable(record.FileName().Text())});
     }
@@ -117,6 +116,7 @@ static const Command
                   AddFolder(app, given->folder);
                   AddWriteOptions(app, given->write);
                   app.add_option("--slot", given->slots, "Only this one; may be said several times")
+                      ->check(CLI::NonNegativeNumber)
                       ->expected(1)
                       ->take_all();
                   return [given] { return Undelete(*given); };

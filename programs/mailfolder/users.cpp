@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "programs/mailfolder/input_file.h"
+#include "programs/mailfolder/json.h"
 #include "programs/mailfolder/leftovers.h"
 #include "programs/mailfolder/new_file.h"
 #include "programs/mailfolder/progress.h"
@@ -155,24 +156,33 @@ static bool RunsInSpreadsheets(const RBString& text) {
     return text.Length() > 0 && std::strchr("=+-@", text.Text()[0]);
 }
 
+// Whether the target is there; fails where nothing may be written, and where it is the source.
+static bool IsThereToWrite(const Path& target, const Path& source) {
+    const std::wstring extension = FoldCase(ExtensionOf(target.Name()));
+    const std::wstring name = FoldCase(target.Name());
+    if (extension == L".BAK" || extension == L".TMP" || extension == L".EML" || name == L"DFILE" ||
+        name == L"MFILE" || name == L"RB.DAT")
+        Fail("{} has the name of a mail folder's file, a backup or a temporary file: choose "
+             "another. Nothing was changed.",
+             target.Shown());
+    const Path::Thing what = target.What();
+    if (what == Path::keMissing && !target.Folder().IsFolder())
+        Fail("Cannot write {}: its folder is not there.", target.Shown());
+    if (what == Path::keMissing)
+        return false;
+    if (what != Path::keFile)
+        Fail("Cannot write {}: it is no plain file.", target.Shown());
+    if (target.IsSameFile(source))
+        Fail("{} is the file that it would be made from. Nothing was changed.", target.Shown());
+    return true;
+}
+
 // A list may take the place of a list alone, and never of what it is made from.
 static void NeedListTarget(const Path& list, const Path& users, bool replace) {
-    const std::wstring extension = FoldCase(ExtensionOf(list.Name()));
-    if (extension == L".BAK" || extension == L".TMP" || extension == L".EML")
-        Fail("{} has the name of a backup, a temporary file or a message file: name the list "
-             "otherwise.",
-             list.Shown());
-    const Path::Thing what = list.What();
-    if (what == Path::keMissing && !list.Folder().IsFolder())
-        Fail("Cannot write {}: its folder is not there.", list.Shown());
-    if (what == Path::keMissing)
+    if (!IsThereToWrite(list, users))
         return;
-    if (what != Path::keFile)
-        Fail("Cannot write {}: it is no plain file.", list.Shown());
-    if (list.IsSameFile(users))
-        Fail("{} is the file that the users come from. Nothing was changed.", list.Shown());
     const Kind kind = KindOf(list);
-    if (kind != Kind::Text && kind != Kind::Empty)
+    if (kind != Kind::UserList && kind != Kind::Empty)
         Fail("{} is no list: it looks like {}. Nothing was changed.", list.Shown(), Words(kind));
     if (!replace)
         Fail("{} is there already: say --replace to write it anew.", list.Shown());
@@ -300,15 +310,8 @@ static Imported ImportLines(const Path& path) {
 
 // What is there already may be added to, or replaced, when it is what it should be.
 static void NeedUsersTarget(const Options& options, const Path& list, const Path& users) {
-    const Path::Thing what = users.What();
-    if (what == Path::keMissing && !users.Folder().IsFolder())
-        Fail("Cannot write {}: its folder is not there.", users.Shown());
-    if (what == Path::keMissing)
+    if (!IsThereToWrite(users, list))
         return;
-    if (what != Path::keFile)
-        Fail("Cannot write {}: it is no plain file.", users.Shown());
-    if (users.IsSameFile(list))
-        Fail("{} is the list itself. Nothing was changed.", users.Shown());
     const Kind kind = KindOf(users);
     if (kind != Kind::UserFile && kind != Kind::Empty)
         Fail("{} is no whole file of user records: it looks like {}. Nothing was changed.",
@@ -331,7 +334,8 @@ static int ImportUsers(const Options& options) {
     const Path list(options.list);
     const Path users(options.users);
     NeedReadable(list);
-    if (const Kind kind = KindOf(list); kind != Kind::Text && kind != Kind::Empty)
+    if (const Kind kind = KindOf(list);
+        kind != Kind::UserList && kind != Kind::Text && kind != Kind::Empty)
         Fail("{} is no list: it looks like {}.", list.Shown(), Words(kind));
     const WriteLock lock(users);
     NeedNoLeftovers(users);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "programs/console/text.h"
+#include "programs/mailfolder/json.h"
 #include "programs/mailfolder/tool.h"
 
 // Named values, printed as lines or as one JSON object.

@@ -24,6 +24,12 @@ static void NeedNotTooLong(const Path& path) {
              size, kLargest);
 }
 
+static DiskDirRec FirstOf(const Path& path) {
+    DiskDirRec first = {};
+    InputFile(path).ReadAt(0, &first, sizeof first);
+    return first;
+}
+
 Folder FolderToWrite(const Path& path, int type) {
     if (path.What() == Path::keLink)
         Fail("{} is a link: name the file that it leads to. Nothing was changed.", path.Shown());
@@ -36,5 +42,18 @@ Folder FolderToWrite(const Path& path, int type) {
     const bool maybeEmpty = name == L"DFILE" || name == L"MFILE";
     if (kind != Kind::DFile && !(kind == Kind::Empty && maybeEmpty))
         Fail("{} is no D file: it looks like {}. Nothing was changed.", path.Shown(), Words(kind));
-    return OpenFolder(path, type);
+    const Folder folder = OpenFolder(path, type);
+    if (type == keDirMessages && folder.size >= BaseDirFile::keRecordSize && IsZero(FirstOf(path)))
+        Fail("{} begins with an empty header, which files of type 2 have not: leave --type out. "
+             "Nothing was changed.",
+             path.Shown());
+    return folder;
+}
+
+LockedFolder::LockedFolder(const FolderArgument& given)
+    : path(DFileOf(Path(given.path))), lock(path), folder(FolderToWrite(path, given.type)) {
+    if (folder.HasHeader() && LooksLikeRecord(FirstOf(path)))
+        Fail("{} begins with a record where type {} has its header: leave --type out, or rebuild "
+             "it. Nothing was changed.",
+             path.Shown(), static_cast<int>(folder.type));
 }

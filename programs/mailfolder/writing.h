@@ -21,8 +21,7 @@ Folder FolderToWrite(const Path& path, int type);
 
 // One that is there, locked from before the first look at it.
 struct LockedFolder {
-    explicit LockedFolder(const FolderArgument& given)
-        : path(DFileOf(Path(given.path))), lock(path), folder(FolderToWrite(path, given.type)) {}
+    explicit LockedFolder(const FolderArgument& given);
 
     Path path;
     WriteLock lock;
