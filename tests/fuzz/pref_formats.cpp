@@ -60,9 +60,10 @@ std::string SoundPrefs() {
 void UsePrefs(JXMailPrefs& prefs, Input& in) {
     for (const PrefText& text : kPrefTexts)
         ReadText(prefs.Text(static_cast<enumPrefText>(text.offset)).Text());
-    for (const char* text : {prefs.GetReturnAddress().Text(), prefs.GetDefaultDomain().Text(),
-                             prefs.GetPopAccount(), prefs.GetSmtpHost()})
-        ReadText(text);
+    ReadText(prefs.GetReturnAddress().Text());
+    ReadText(prefs.GetDefaultDomain().Text());
+    ReadText(prefs.GetPopAccount());
+    ReadText(prefs.GetSmtpHost());
     int sides[4];
     prefs.GetClientWindowRect(sides[0], sides[1], sides[2], sides[3]);
     prefs.SetClientWindowRect(sides[3], sides[2], sides[1], sides[0]);
