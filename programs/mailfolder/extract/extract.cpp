@@ -121,9 +121,10 @@ public:
 
 private:
     void TakeAll();
-    void Take(OpenedMessage& found);
-    bool IsWanted(OpenedMessage& found) const;
-    void PutOut(const OpenedMessage& found);
+    bool IsWanted(SourceMessage& message, const MessageFile& file) const;
+    void Prepare(MessageOnItsWay& next) const;
+    void Take(const MessageOnItsWay& next);
+    void PutOut(const InternetMessage& mail, bool hasRecord);
     void Tell(const SourceMessage& message, const std::string& what) const;
 
     const Options& mOptions;
@@ -151,10 +152,12 @@ std::optional<Failure> Extraction::Run() {
 
 void Extraction::TakeAll() {
     Progress progress("Taking out " + mSource.Shown());
-    ReadAhead ahead(mSource, [&](OpenedMessage& found) {
-        Take(found);
-        progress.Show(found.message.slot.value_or(mSource.Slots()), mSource.Slots());
-    });
+    ReadAhead ahead(
+        mSource, [this](MessageOnItsWay& next) { Prepare(next); },
+        [&](const MessageOnItsWay& next) {
+            Take(next);
+            progress.Show(next.message.slot.value_or(mSource.Slots()), mSource.Slots());
+        });
     mSource.ForEach([&](const SourceMessage& message) { ahead.Add(message); });
     ahead.Finish();
 }
@@ -167,9 +170,8 @@ void Extraction::Tell(const SourceMessage& message, const std::string& what) con
 }
 
 // A free slot whose file came to hold another message is none of that message's.
-bool Extraction::IsWanted(OpenedMessage& found) const {
-    SourceMessage& message = found.message;
-    if (message.origin == Origin::Deleted && !SameMessage(message.record, found.file.Record())) {
+bool Extraction::IsWanted(SourceMessage& message, const MessageFile& file) const {
+    if (message.origin == Origin::Deleted && !SameMessage(message.record, file.Record())) {
         message.origin = Origin::Orphan;
         message.slot.reset();
         message.record = {};
@@ -179,13 +181,32 @@ bool Extraction::IsWanted(OpenedMessage& found) const {
                                               : true;
 }
 
-void Extraction::Take(OpenedMessage& found) {
-    const SourceMessage& message = found.message;
+void Extraction::Prepare(MessageOnItsWay& next) const {
+    next.mail.reset();
+    next.problem.reset();
+    SourceMessage& message = next.message;
     try {
-        if (found.problem)
-            throw *found.problem;
-        if (IsWanted(found))
-            PutOut(found);
+        if (message.file.empty())
+            throw Unreadable{"the record names no file", true};
+        if (mSource.IsDFile(message.file))
+            throw Unreadable{"the record names the D file itself", true};
+        if (message.isAmbiguous)
+            throw Unreadable{"the folder has two files that the system calls so: rename them"};
+        next.file.Open(message.file);
+        if (IsWanted(message, next.file))
+            next.mail.emplace(message, next.file, mOptions.charset, mManifest != nullptr);
+    } catch (const Unreadable& problem) {
+        next.problem = problem;
+    }
+}
+
+void Extraction::Take(const MessageOnItsWay& next) {
+    const SourceMessage& message = next.message;
+    try {
+        if (next.problem)
+            throw *next.problem;
+        if (next.mail)
+            PutOut(*next.mail, next.file.HasRecord());
     } catch (const Unreadable& problem) {
         if (message.origin == Origin::Deleted && problem.isMissing)
             return;
@@ -196,9 +217,8 @@ void Extraction::Take(OpenedMessage& found) {
     }
 }
 
-void Extraction::PutOut(const OpenedMessage& found) {
-    const SourceMessage& message = found.message;
-    const InternetMessage mail(message, found.file, mOptions.charset, mManifest != nullptr);
+void Extraction::PutOut(const InternetMessage& mail, bool hasRecord) {
+    const SourceMessage& message = mail.Source();
     if (!mOptions.selection.Takes(mail.Record(), mail.Texts())) {
         ++mCounts.notSelected;
         return;
@@ -209,7 +229,7 @@ void Extraction::PutOut(const OpenedMessage& found) {
     } else {
         place = mTarget.Put(mail).Shown();
         ++mCounts.taken;
-        if (!found.file.HasRecord())
+        if (!hasRecord)
             Tell(message, "it begins with text and no record, and is taken whole");
         if (mail.Meaningless())
             Tell(message, fmt::format("{} no meaning in {}, and {} kept",

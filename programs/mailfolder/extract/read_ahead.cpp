@@ -2,30 +2,49 @@
 
 namespace extract {
 
-// So many that starting a thread for them is a small part of what it does.
-static constexpr std::size_t kBatchMessages = 32;
+// So many that waiting for the other thread is a small part of the work, and few open files.
+static constexpr std::size_t kBatchMessages = 64;
 
-ReadAhead::ReadAhead(const SourceFolder& source, const std::function<void(OpenedMessage&)>& take)
-    : mSource(source), mTake(take) {
+ReadAhead::ReadAhead(const SourceFolder& source, const Step& prepare, const Step& take)
+    : mPrepare(prepare), mTake(take) {
     for (Batch& batch : mBatches)
         for (std::size_t i = 0; i < kBatchMessages; ++i)
-            batch.messages.push_back({{}, MessageFile(source.Place(), source.Final()), {}});
+            batch.messages.push_back({{}, MessageFile(source.Place(), source.Final()), {}, {}});
+    mThread = std::thread([this] { RunThread(); });
 }
 
-static void Open(const SourceFolder& source, OpenedMessage& opened) {
-    const std::wstring& name = opened.message.file;
-    opened.problem.reset();
-    try {
-        if (name.empty())
-            throw Unreadable{"the record names no file", true};
-        if (source.IsDFile(name))
-            throw Unreadable{"the record names the D file itself", true};
-        if (opened.message.isAmbiguous)
-            throw Unreadable{"the folder has two files that the system calls so: rename them"};
-        opened.file.Open(name);
-    } catch (const Unreadable& problem) {
-        opened.problem = problem;
+ReadAhead::~ReadAhead() {
+    {
+        const std::lock_guard lock(mMutex);
+        mEnds = true;
     }
+    mChanged.notify_one();
+    mThread.join();
+}
+
+void ReadAhead::RunThread() {
+    for (;;) {
+        std::unique_lock lock(mMutex);
+        mChanged.wait(lock, [this] { return mTask.valid() || mEnds; });
+        if (mEnds)
+            return;
+        std::packaged_task<void()> task = std::move(mTask);
+        lock.unlock();
+        task();
+    }
+}
+
+void ReadAhead::Prepare(Batch& batch) {
+    std::packaged_task<void()> task([this, &batch] {
+        for (std::size_t i = 0; i < batch.count; ++i)
+            mPrepare(batch.messages[i]);
+    });
+    batch.prepared = task.get_future();
+    {
+        const std::lock_guard lock(mMutex);
+        mTask = std::move(task);
+    }
+    mChanged.notify_one();
 }
 
 void ReadAhead::Add(const SourceMessage& message) {
@@ -40,19 +59,15 @@ void ReadAhead::Finish() {
     Advance();
 }
 
-// The batch that was opened is taken, while the one that was filled is opened.
+// The batch that was prepared is taken, while the one that was filled is prepared.
 void ReadAhead::Advance() {
-    Batch& filled = mBatches[mFilled];
-    Batch& opened = mBatches[1 - mFilled];
-    if (opened.opening.valid())
-        opened.opening.get();
-    filled.opening = std::async(std::launch::async | std::launch::deferred, [this, &filled] {
-        for (std::size_t i = 0; i < filled.count; ++i)
-            Open(mSource, filled.messages[i]);
-    });
-    for (std::size_t i = 0; i < opened.count; ++i)
-        mTake(opened.messages[i]);
-    opened.count = 0;
+    Batch& before = mBatches[1 - mFilled];
+    if (before.prepared.valid())
+        before.prepared.get();
+    Prepare(mBatches[mFilled]);
+    for (std::size_t i = 0; i < before.count; ++i)
+        mTake(before.messages[i]);
+    before.count = 0;
     mFilled = 1 - mFilled;
 }
 

@@ -1,30 +1,41 @@
 #pragma once
 
 #include <array>
+#include <condition_variable>
 #include <functional>
 #include <future>
+#include <mutex>
 #include <optional>
+#include <thread>
 #include <vector>
 
+#include "programs/mailfolder/extract/internet_message.h"
 #include "programs/mailfolder/extract/message_file.h"
 #include "programs/mailfolder/extract/source_folder.h"
 
 namespace extract {
 
-// A message on its way, with its file open at its beginning, or what is Unreadable of it.
-struct OpenedMessage {
+// A message on its way out.
+struct MessageOnItsWay {
     SourceMessage message;
-    MessageFile file;
+    MessageFile file;                    // open at the message
+    std::optional<InternetMessage> mail; // none where it is not wanted
     std::optional<Unreadable> problem;
 };
 
-// Opens the files of messages in another thread, while those before them are taken: of small files
-// the system's opening and closing take longer than all else.
+// Prepares messages in another thread, while those before them are taken: of small files opening,
+// closing and reading take longer than writing.
 class ReadAhead {
 public:
-    // Each message is handed to `take`, in the order in which they were added, by the thread that
-    // adds them.
-    ReadAhead(const SourceFolder& source, const std::function<void(OpenedMessage&)>& take);
+    typedef std::function<void(MessageOnItsWay&)> Step;
+
+    // Each message is handed to `prepare` in the other thread, and then to `take` in the thread
+    // that adds them; both in the order in which they were added.
+    ReadAhead(const SourceFolder& source, const Step& prepare, const Step& take);
+    ReadAhead(const ReadAhead&) = delete;
+    ReadAhead& operator=(const ReadAhead&) = delete;
+    // Waits for what is being prepared.
+    ~ReadAhead();
 
     void Add(const SourceMessage& message);
     // Hands out what is left.
@@ -32,17 +43,25 @@ public:
 
 private:
     struct Batch {
-        std::vector<OpenedMessage> messages;
+        std::vector<MessageOnItsWay> messages;
         std::size_t count = 0;
-        std::future<void> opening; // the last member: who destroys it waits for the thread
+        std::future<void> prepared;
     };
 
     void Advance();
+    void Prepare(Batch& batch);
+    void RunThread();
 
-    const SourceFolder& mSource;
-    const std::function<void(OpenedMessage&)> mTake;
+    const Step mPrepare;
+    const Step mTake;
     std::array<Batch, 2> mBatches;
-    std::size_t mFilled = 0; // the batch that is filled; the other one is opened
+    std::size_t mFilled = 0; // the batch that is filled; the other one is prepared
+
+    std::mutex mMutex; // of the next two
+    std::packaged_task<void()> mTask;
+    bool mEnds = false;
+    std::condition_variable mChanged;
+    std::thread mThread;
 };
 
 } // namespace extract
