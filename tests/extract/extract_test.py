@@ -433,7 +433,7 @@ def selections_and_manifest_tell_the_same_messages(folder):
          lambda m: m.kind == 1 and m.date.day >= 5 and not m.processed)]
     for number, (options, wanted) in enumerate(choices):
         manifest = os.path.join(folder, f"{number}.csv")
-        out, _ = run("extract", source, os.path.join(folder, f"{number}.mbox"), "--manifest", manifest, *options)
+        out, _ = run("extract", source, os.path.join(folder, f"{number}\u202e.mbox"), "--manifest", manifest, *options)
         expected = [m for m in messages if wanted(m)]
         assert summary(out)[0] == len(expected), (options, out)
         with open(manifest, newline="", encoding="utf-8") as file:
@@ -444,7 +444,7 @@ def selections_and_manifest_tell_the_same_messages(folder):
             assert row["subject"].lstrip("'") == message.topic.decode("cp1252")
             assert row["date"] == str(message.date) and int(row["kind"]) == message.kind
             assert row["marks"] == ("processed" if message.processed else "")
-            assert int(row["slot"]) == messages.index(message) + 1 and row["target"].endswith(".mbox")
+            assert int(row["slot"]) == messages.index(message) + 1 and row["target"].endswith(f"{number}\u202e.mbox")
         assert not any(r["subject"].startswith("=") for r in rows)
         # A list tells the same ones.
         listed = [json.loads(line) for line in run("list", source, "--format", "jsonl", *options)[0].splitlines()]

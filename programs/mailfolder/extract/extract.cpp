@@ -87,7 +87,7 @@ void Manifest::AddLine(const Path& folder, const SourceMessage& message, const D
     if (!texts.senderAddress.empty())
         from += (from.empty() ? "<" : " <") +
                 mime::Utf8(mime::Decoded(texts.senderAddress, mime::Charset::Windows1252)) + ">";
-    mFile.Write(CsvLine({folder.Shown(), message.slot ? std::to_string(*message.slot) : "",
+    mFile.Write(CsvLine({folder.Given(), message.slot ? std::to_string(*message.slot) : "",
                          mime::Utf8(message.file), from, mime::Utf8(texts.topic),
                          DateText(FlipLong(record.date)),
                          std::to_string(static_cast<unsigned short>(record.kind)), MarksOf(record),
@@ -227,7 +227,7 @@ void Extraction::PutOut(const InternetMessage& mail, bool hasRecord) {
     if (mTarget.Has(mail.Id())) {
         ++mCounts.alreadyThere;
     } else {
-        place = mTarget.Put(mail).Shown();
+        place = mTarget.Put(mail).Given();
         ++mCounts.taken;
         if (!hasRecord)
             Tell(message, "it begins with text and no record, and is taken whole");
