@@ -25,12 +25,18 @@ void LineSplitter::Add(std::string_view piece) {
 }
 
 void TextShape::Text(std::string_view piece) {
+    std::size_t eightBit = 0;
+    std::size_t zeros = 0;
+    std::size_t controls = 0;
     for (const char c : piece) {
         const auto byte = static_cast<unsigned char>(c);
-        mEightBit += byte >= 0x80;
-        mZeros += byte == 0;
-        mControls += (byte < 0x20 && byte != '\t' && byte != 0) || byte == 0x7F;
+        eightBit += byte >= 0x80;
+        zeros += byte == 0;
+        controls += (byte < 0x20 && byte != '\t' && byte != 0) || byte == 0x7F;
     }
+    mEightBit += eightBit;
+    mZeros += zeros;
+    mControls += controls;
     mSize += piece.size();
     mColumn += piece.size();
     mTooLong |= mColumn > keLongestLine;
