@@ -201,16 +201,31 @@ public:
 
     // The first match from `first` on that starts at `last` or before; null when there is none.
     const char* Find(const char* first, const char* last) {
-        return mfDoubleByte ? FindFrom<true>(first, last) : FindFrom<false>(first, last);
+        return mfDoubleByte ? FindDoubleByte(first, last) : FindSingleByte(first, last);
     }
 
 private:
-    template <bool kDoubleByte>
-    const char* FindFrom(const char* first, const char* last) {
-        for (const char* place = first; place <= last; place += CharacterSize(place, kDoubleByte))
-            if (MayStart<kDoubleByte>(place) && Matches<kDoubleByte>(place) &&
+    // A match starts with the pattern's first character as upper or lower case has it. Others may
+    // fold to it, and count only behind the first.
+    const char* FindSingleByte(const char* first, const char* last) {
+        const char upper = mUpperFirst[0];
+        const char lower = mLowerFirst[0];
+        // The last letter tells places apart that begin as the pattern does.
+        const std::size_t end = mPattern.size() - 1;
+        const char lastLetter = mPattern[end];
+        for (const char* place = first; place <= last; ++place)
+            if ((*place == upper || *place == lower) && mFold(place[end]) == lastLetter &&
+                Matches<false>(place) && (!mfWord || IsWord(first, place)))
+                return place;
+        return nullptr;
+    }
+    const char* FindDoubleByte(const char* first, const char* last) {
+        for (const char* place = first; place <= last; place += CharacterSize(place, true)) {
+            const Character character = At(place, true);
+            if ((character == mUpperFirst || character == mLowerFirst) && Matches<true>(place) &&
                 (!mfWord || IsWord(first, place)))
                 return place;
+        }
         return nullptr;
     }
 
@@ -218,18 +233,6 @@ private:
         return {place[0], CharacterSize(place, doubleByte) == 2 ? place[1] : '\0'};
     }
     Character FirstCharacter() const { return At(mPattern.data(), mfDoubleByte); }
-
-    // A match starts with the pattern's first character as upper or lower case has it. Others may
-    // fold to it, and count only behind the first.
-    template <bool kDoubleByte>
-    bool MayStart(const char* place) const {
-        // The last one tells places apart that begin as the pattern does.
-        if (!kDoubleByte)
-            return (*place == mUpperFirst[0] || *place == mLowerFirst[0]) &&
-                   mFold(place[mPattern.size() - 1]) == mPattern.back();
-        const Character character = At(place, true);
-        return character == mUpperFirst || character == mLowerFirst;
-    }
 
     // Compares character by character; a double-byte character only equals a whole one.
     template <bool kDoubleByte>

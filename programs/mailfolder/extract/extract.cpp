@@ -121,10 +121,10 @@ public:
 
 private:
     void TakeAll();
-    bool IsWanted(SourceMessage& message, const MessageFile& file) const;
-    void Prepare(MessageOnItsWay& next) const;
-    void Take(const MessageOnItsWay& next);
-    void PutOut(const InternetMessage& mail, bool hasRecord);
+    void Open(MessageOnItsWay& next) const;
+    bool IsWanted(MessageOnItsWay& next) const;
+    void Take(MessageOnItsWay& next);
+    void PutOut(const MessageOnItsWay& next);
     void Tell(const SourceMessage& message, const std::string& what) const;
 
     const Options& mOptions;
@@ -153,8 +153,8 @@ std::optional<Failure> Extraction::Run() {
 void Extraction::TakeAll() {
     Progress progress("Taking out " + mSource.Shown());
     ReadAhead ahead(
-        mSource, [this](MessageOnItsWay& next) { Prepare(next); },
-        [&](const MessageOnItsWay& next) {
+        mSource, [this](MessageOnItsWay& next) { Open(next); },
+        [&](MessageOnItsWay& next) {
             Take(next);
             progress.Show(next.message.slot.value_or(mSource.Slots()), mSource.Slots());
         });
@@ -170,8 +170,9 @@ void Extraction::Tell(const SourceMessage& message, const std::string& what) con
 }
 
 // A free slot whose file came to hold another message is none of that message's.
-bool Extraction::IsWanted(SourceMessage& message, const MessageFile& file) const {
-    if (message.origin == Origin::Deleted && !SameMessage(message.record, file.Record())) {
+bool Extraction::IsWanted(MessageOnItsWay& next) const {
+    SourceMessage& message = next.message;
+    if (message.origin == Origin::Deleted && !SameMessage(message.record, next.file.Record())) {
         message.origin = Origin::Orphan;
         message.slot.reset();
         message.record = {};
@@ -181,10 +182,9 @@ bool Extraction::IsWanted(SourceMessage& message, const MessageFile& file) const
                                               : true;
 }
 
-void Extraction::Prepare(MessageOnItsWay& next) const {
-    next.mail.reset();
+void Extraction::Open(MessageOnItsWay& next) const {
     next.problem.reset();
-    SourceMessage& message = next.message;
+    const SourceMessage& message = next.message;
     try {
         if (message.file.empty())
             throw Unreadable{"the record names no file", true};
@@ -193,20 +193,18 @@ void Extraction::Prepare(MessageOnItsWay& next) const {
         if (message.isAmbiguous)
             throw Unreadable{"the folder has two files that the system calls so: rename them"};
         next.file.Open(message.file);
-        if (IsWanted(message, next.file))
-            next.mail.emplace(message, next.file, mOptions.charset, mManifest != nullptr);
     } catch (const Unreadable& problem) {
         next.problem = problem;
     }
 }
 
-void Extraction::Take(const MessageOnItsWay& next) {
+void Extraction::Take(MessageOnItsWay& next) {
     const SourceMessage& message = next.message;
     try {
         if (next.problem)
             throw *next.problem;
-        if (next.mail)
-            PutOut(*next.mail, next.file.HasRecord());
+        if (IsWanted(next))
+            PutOut(next);
     } catch (const Unreadable& problem) {
         if (message.origin == Origin::Deleted && problem.isMissing)
             return;
@@ -217,8 +215,9 @@ void Extraction::Take(const MessageOnItsWay& next) {
     }
 }
 
-void Extraction::PutOut(const InternetMessage& mail, bool hasRecord) {
-    const SourceMessage& message = mail.Source();
+void Extraction::PutOut(const MessageOnItsWay& next) {
+    const SourceMessage& message = next.message;
+    const InternetMessage mail(message, next.file, mOptions.charset, mManifest != nullptr);
     if (!mOptions.selection.Takes(mail.Record(), mail.Texts())) {
         ++mCounts.notSelected;
         return;
@@ -229,7 +228,7 @@ void Extraction::PutOut(const InternetMessage& mail, bool hasRecord) {
     } else {
         place = mTarget.Put(mail).Given();
         ++mCounts.taken;
-        if (!hasRecord)
+        if (!next.file.HasRecord())
             Tell(message, "it begins with text and no record, and is taken whole");
         if (mail.Meaningless())
             Tell(message, fmt::format("{} no meaning in {}, and {} kept",

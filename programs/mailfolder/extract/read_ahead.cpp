@@ -5,11 +5,11 @@ namespace extract {
 // So many that waiting for the other thread is a small part of the work, and few open files.
 static constexpr std::size_t kBatchMessages = 64;
 
-ReadAhead::ReadAhead(const SourceFolder& source, const Step& prepare, const Step& take)
-    : mPrepare(prepare), mTake(take) {
+ReadAhead::ReadAhead(const SourceFolder& source, const Step& open, const Step& take)
+    : mOpen(open), mTake(take) {
     for (Batch& batch : mBatches)
         for (std::size_t i = 0; i < kBatchMessages; ++i)
-            batch.messages.push_back({{}, MessageFile(source.Place(), source.Final()), {}, {}});
+            batch.messages.push_back({{}, MessageFile(source.Place(), source.Final()), {}});
     mThread = std::thread([this] { RunThread(); });
 }
 
@@ -34,12 +34,12 @@ void ReadAhead::RunThread() {
     }
 }
 
-void ReadAhead::Prepare(Batch& batch) {
+void ReadAhead::Open(Batch& batch) {
     std::packaged_task<void()> task([this, &batch] {
         for (std::size_t i = 0; i < batch.count; ++i)
-            mPrepare(batch.messages[i]);
+            mOpen(batch.messages[i]);
     });
-    batch.prepared = task.get_future();
+    batch.opened = task.get_future();
     {
         const std::lock_guard lock(mMutex);
         mTask = std::move(task);
@@ -59,12 +59,12 @@ void ReadAhead::Finish() {
     Advance();
 }
 
-// The batch that was prepared is taken, while the one that was filled is prepared.
+// The batch that was opened is taken, while the one that was filled is opened.
 void ReadAhead::Advance() {
     Batch& before = mBatches[1 - mFilled];
-    if (before.prepared.valid())
-        before.prepared.get();
-    Prepare(mBatches[mFilled]);
+    if (before.opened.valid())
+        before.opened.get();
+    Open(mBatches[mFilled]);
     for (std::size_t i = 0; i < before.count; ++i)
         mTake(before.messages[i]);
     before.count = 0;
