@@ -321,6 +321,14 @@ def nothing_is_written_where_it_must_not(folder):
     os.chmod(box, 0o444)
     for kept in box, link:
         run("extract", work, kept, "--append", code=1)
+    others = os.path.join(folder, "eml", "my.mailfolder-new"), new + ".mailfolder-new"
+    os.makedirs(os.path.dirname(others[0]))
+    for name in others:
+        with open(name, "wb") as file:
+            file.write(b"my own file")
+    run("extract", work, os.path.dirname(others[0]), "--format", "eml", code=3)
+    run("extract", work, new, code=1)
+    assert all(open(name, "rb").read() == b"my own file" for name in others)
     os.makedirs(os.path.join(folder, "linked"))
     os.symlink(mail, os.path.join(folder, "linked", "Work"))
     run("extract", mail, os.path.join(folder, "linked"), "--recursive", "--format", "eml", code=1)

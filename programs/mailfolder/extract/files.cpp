@@ -117,6 +117,15 @@ std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buf
     return WhatWasRead(ReadFileAt(file, position, buffer, size));
 }
 
+bool IsLeftover(const Path& path) {
+    const WinHandle file = OpenShared(path.Full());
+    char bytes[32];
+    const std::string_view start(bytes, file ? ReadAt(file, 0, bytes, sizeof bytes) : 0);
+    return file &&
+           (start.empty() || start.starts_with("From ") ||
+            start.starts_with("X-Postrider-Identity: ") || start.starts_with("folder,slot,"));
+}
+
 static std::string CannotWrite(const Path& path) { return "Cannot write " + path.Shown(); }
 
 NewFile::NewFile(const Path& path)
@@ -127,6 +136,9 @@ NewFile::NewFile(const Path& path)
     };
     WinHandle file = make();
     if (!file && GetLastError() == ERROR_FILE_EXISTS) {
+        if (OpenShared(mTemporary.Full()) && !IsLeftover(mTemporary))
+            Fail("{}: {} is there, and is not what an interrupted run left. Move it away.",
+                 CannotWrite(mPath), mTemporary.Shown());
         if (!DeleteFileW(mTemporary.Full().c_str()))
             Fail("{}: another program is writing it.", CannotWrite(mPath));
         file = make();

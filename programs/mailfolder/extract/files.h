@@ -51,6 +51,10 @@ std::size_t ReadOn(const WinHandle& file, char* buffer, std::size_t size);
 std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
                    std::size_t size);
 
+// Whether a file with a temporary name may be what an ended program left: it begins as what is
+// written here does, or has not begun.
+bool IsLeftover(const Path& path);
+
 // A file that is made: under a temporary name beside its own until it is whole. Every failure is a
 // Failure that names the file.
 class NewFile {

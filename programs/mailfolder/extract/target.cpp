@@ -20,7 +20,8 @@ bool KnownMessages::Has(const Identity& identity) const {
 
 void RemoveLeftovers(const Path& folder) {
     for (const Entry& entry : EntriesOf(folder))
-        if (!entry.isFolder && entry.name.ends_with(kNewSuffix))
+        if (!entry.isFolder && entry.name.ends_with(kNewSuffix) &&
+            IsLeftover(folder.Child(entry.name)))
             DeleteFileW(folder.Child(entry.name).Full().c_str());
 }
 
