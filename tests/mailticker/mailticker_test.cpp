@@ -408,9 +408,10 @@ TEST_F(MailTicker, HoldsNothingMoreAfterAThousandReadings) {
     const auto before = read(10);
     EXPECT_GT(before[1], 5u);
     const auto after = read(1000);
-    // What the system's own threads hold comes and goes by one or two.
+    // One kept at each reading would be a thousand; some are made once, when they are first drawn,
+    // and those of the system's own threads come and go.
     for (int i = 0; i < 3; ++i)
-        EXPECT_LE(after[i], before[i] + 2) << i;
+        EXPECT_LE(after[i], before[i] + 20) << i;
 }
 
 TEST_F(MailTicker, CostsNothingWhileHiddenAndNothingHappens) {
