@@ -29,9 +29,19 @@
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
 
+static HANDLE OpenAlone(const char* path) {
+    return CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
 static int Hold(char** arguments) {
-    const HANDLE file =
-        CreateFileA(arguments[0], GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    // Who looks whether it is held already has it open for a moment.
+    HANDLE file = OpenAlone(arguments[0]);
+    for (int tries = 0; file == INVALID_HANDLE_VALUE && tries < 1000; ++tries) {
+        if (GetLastError() != ERROR_SHARING_VIOLATION)
+            return 1;
+        Sleep(5);
+        file = OpenAlone(arguments[0]);
+    }
     if (file == INVALID_HANDLE_VALUE)
         return 1;
     Signal(arguments[2]).Set();
