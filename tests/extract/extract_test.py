@@ -329,6 +329,8 @@ def nothing_is_written_where_it_must_not(folder):
     run("extract", work, os.path.dirname(others[0]), "--format", "eml", code=3)
     run("extract", work, new, code=1)
     assert all(open(name, "rb").read() == b"my own file" for name in others)
+    os.makedirs(os.path.join(folder, "m.csv.mailfolder-new"))
+    run("extract", work, box, "--manifest", os.path.join(folder, "m.csv"), code=1)
     os.makedirs(os.path.join(folder, "linked"))
     os.symlink(mail, os.path.join(folder, "linked", "Work"))
     run("extract", mail, os.path.join(folder, "linked"), "--recursive", "--format", "eml", code=1)

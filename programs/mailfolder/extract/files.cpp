@@ -120,10 +120,13 @@ std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buf
 bool IsLeftover(const Path& path) {
     const WinHandle file = OpenShared(path.Full());
     char bytes[32];
-    const std::string_view start(bytes, file ? ReadAt(file, 0, bytes, sizeof bytes) : 0);
-    return file &&
-           (start.empty() || start.starts_with("From ") ||
-            start.starts_with("X-Postrider-Identity: ") || start.starts_with("folder,slot,"));
+    // A folder cannot be read.
+    const auto read = file ? ReadFileAt(file, 0, bytes, sizeof bytes) : std::nullopt;
+    if (!read)
+        return false;
+    const std::string_view start(bytes, *read);
+    return start.empty() || start.starts_with("From ") ||
+           start.starts_with("X-Postrider-Identity: ") || start.starts_with("folder,slot,");
 }
 
 static std::string CannotWrite(const Path& path) { return "Cannot write " + path.Shown(); }
