@@ -8,12 +8,13 @@
 #include "tests/support/random.h"
 
 // The library and a model of it, which knows no file system and is shorter than the code, go
-// through the same random steps; what both answer is compared after each. To add one: derive from
-// SideBySide, draw and do a step in Step, and call Compare<Derived>(runs, steps) in a test.
+// through the same random steps; what both answer is compared after each, and nothing may be left
+// behind. To add one: derive from SideBySide, draw and do a step in Step, and call
+// Compare<Derived>(runs, steps) in a test.
 //
 // A run that differs is repeated with fewer and fewer steps; what is left of it is printed with the
-// seed. POSTRIDER_SEED gives other steps, POSTRIDER_RUNS more runs, POSTRIDER_TRIES more tries (200)
-// to leave steps out.
+// seed. POSTRIDER_SEED gives other steps, POSTRIDER_RUNS more runs, POSTRIDER_TRIES more tries
+// (200) to leave steps out.
 class SideBySide {
 public:
     virtual ~SideBySide() = default;

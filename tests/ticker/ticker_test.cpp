@@ -6,6 +6,7 @@
 #include "resident/core/windows_api.h"
 #include "resident/users/mail_user.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/left_behind.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
@@ -44,6 +45,17 @@ protected:
     const std::string mInbox = mFolder.Path("inbox.d");
     int mNull = 0; // which output is a null pointer
 };
+
+TEST_F(Ticker, LeavesNothingBehindWhenDone) {
+    Inbox(Mail("Lunch", "Smith|Anna"));
+    EXPECT_EQ(LeftBehind([&] {
+                  char *inbox = nullptr, *account = nullptr;
+                  GetCurUserPath(&inbox, &account);
+                  EXPECT_NE(First(mInbox), "");
+                  Done();
+              }),
+              0);
+}
 
 TEST_F(Ticker, TellsWhyThereIsNoFirstRecord) {
     const auto reason = [&](const std::string& path) {
