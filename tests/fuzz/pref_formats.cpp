@@ -107,8 +107,8 @@ void DrivePrefFile(Input& in) {
         file.Parse(Full("RB.DAT").c_str(), 1);
         in.DoOne([&] { prefs.SetNewPassword(logged); },
                  [&] {
-                     if (prefs.WriteJXPrefs() && prefs.ReadJXPrefs())
-                         UsePrefs(prefs, in);
+                     if (prefs.WriteJXPrefs())
+                         prefs.ReadJXPrefs();
                  },
                  [&] { prefs.ReadOtherPrefs(tag); },
                  [&] {
