@@ -21,18 +21,18 @@ static bool ReadUserData(JxBackgndData& data) {
 
 int __stdcall GetCurUserPath(char** inboxPath, char** userDataPath) {
     if (!inboxPath || !userDataPath)
-        return 0;
+        return false;
     TickerResults::Make(tickerResults.inboxPath);
     TickerResults::Make(tickerResults.userDataPath);
     JxBackgndData data;
     if (!ReadUserData(data))
-        return 0;
+        return false;
     FileSpec inbox;
-    inbox.SetSpecPart(data.mstrSettings[JxBackgndData::keMailDirectory], 1);
-    inbox.SetSpecPart(data.mstrSettings[JxBackgndData::keDFileName], 0);
+    inbox.SetSpecPart(data.mstrSettings[JxBackgndData::keMailDirectory], FileSpec::keAsPath);
+    inbox.SetSpecPart(data.mstrSettings[JxBackgndData::keDFileName], FileSpec::keAsParts);
     tickerResults.inboxPath->puts(inbox.FullFileSpec());
     JxCurrentUserDataFile::GetUserDataFileSpec(*tickerResults.userDataPath);
     *inboxPath = TickerResults::TextOf(tickerResults.inboxPath);
     *userDataPath = TickerResults::TextOf(tickerResults.userDataPath);
-    return 1;
+    return true;
 }

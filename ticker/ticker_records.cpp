@@ -42,7 +42,7 @@ static const DiskDirRec* NextUsedRecord() {
 // The result 0, and why, for GetLastError. An open that fails has left its own reason there.
 static int Failed(DWORD reason) {
     SetLastError(reason);
-    return 0;
+    return false;
 }
 
 int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, char** sender,
@@ -53,7 +53,7 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
     // `path` may be a text that this call empties: it is taken first.
     RbFile* const file = new (std::nothrow) RbFile(path);
     // A refused path opens nothing: its accepted parts would name another file.
-    const bool named = FileSpec().Parse(path, 1) == FileSpec::keSpecOk;
+    const bool named = FileSpec().Parse(path, FileSpec::keClearOthers) == FileSpec::keSpecOk;
     CloseDFile();
     poDFile = file;
     tickerResults.Reset();
@@ -63,7 +63,7 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
         return Failed(ERROR_INVALID_NAME);
     SetLastError(ERROR_OPEN_FAILED);
     if (!poDFile->Open(keOpenRead))
-        return 0;
+        return false;
     records.reset(new RecordReader(*poDFile));
     return GetNextRecord(topic, fileName, sender, kind, flag);
 }
@@ -71,7 +71,7 @@ int __stdcall GetFirstRecord(const char* path, char** topic, char** fileName, ch
 int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsigned short* kind,
                             unsigned short* flag) {
     if (!topic || !fileName || !sender || !kind || !flag)
-        return 0;
+        return false;
     kReports.Check(poDFile, "poDFile");
     const DiskDirRec* const record = NextUsedRecord();
     if (!record) {
@@ -92,7 +92,7 @@ int __stdcall GetNextRecord(char** topic, char** fileName, char** sender, unsign
     *topic = TickerResults::TextOf(tickerResults.topic);
     *fileName = TickerResults::TextOf(tickerResults.fileName);
     *sender = TickerResults::TextOf(tickerResults.sender);
-    return 1;
+    return true;
 }
 
 void __stdcall Done() {

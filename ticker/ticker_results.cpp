@@ -11,16 +11,9 @@ void TickerResults::Reset() {
     EmptyUserDataPath();
 }
 
-template <class Text>
-static void Delete(Text*& result) {
-    delete result;
-    result = nullptr;
+template <class... Text>
+static void Delete(Text*&... results) {
+    ((delete results, results = nullptr), ...);
 }
 
-void TickerResults::Free() {
-    Delete(topic);
-    Delete(fileName);
-    Delete(inboxPath);
-    Delete(sender);
-    Delete(userDataPath);
-}
+void TickerResults::Free() { Delete(topic, fileName, inboxPath, sender, userDataPath); }

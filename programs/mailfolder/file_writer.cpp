@@ -4,7 +4,7 @@
 
 static constexpr std::size_t kBuffer = 0x40000;
 
-FileWriter::FileWriter(WinHandle file, std::string failed)
+FileWriter::FileWriter(FileHandle file, std::string failed)
     : mFile(std::move(file)), mFailed(std::move(failed)) {
     mBuffer.reserve(kBuffer);
 }
@@ -48,5 +48,5 @@ void FileWriter::CutTo(unsigned long long size) {
 void FileWriter::Finish() {
     Flush();
     Need(FlushFileBuffers(mFile.Get()));
-    mFile = WinHandle();
+    mFile = FileHandle();
 }

@@ -3,13 +3,13 @@
 #include <string>
 #include <string_view>
 
-#include "programs/mailfolder/win_handle.h"
+#include "programs/mailfolder/shared_read.h"
 
 // Writes a file from its start, in large pieces. Failures are Failures: `failed` is how their
 // words begin, "Cannot write X".
 class FileWriter {
 public:
-    FileWriter(WinHandle file, std::string failed);
+    FileWriter(FileHandle file, std::string failed);
 
     void Write(std::string_view bytes);
     unsigned long long Size() const { return mWritten + mBuffer.size(); }
@@ -22,7 +22,7 @@ private:
     void Flush();
     void Need(bool done) const;
 
-    WinHandle mFile;
+    FileHandle mFile;
     std::string mFailed;
     std::string mBuffer;
     unsigned long long mWritten = 0;

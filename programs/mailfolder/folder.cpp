@@ -7,6 +7,7 @@
 #include "programs/mailfolder/hash.h"
 #include "programs/mailfolder/input_file.h"
 #include "programs/mailfolder/progress.h"
+#include "resident/files/file_handle.h"
 
 static constexpr unsigned long long kSlot = BaseDirFile::keRecordSize;
 
@@ -115,14 +116,14 @@ void ForEachSlot(const Folder& folder, const std::function<void(Slot&)>& visit) 
 
 void ForEachFile(const Path& directory, const std::function<void(const FileEntry&)>& visit) {
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileExW(directory.Child(L"*").Full().c_str(), FindExInfoBasic,
-                                           &found, FindExSearchNameMatch, nullptr, 0);
-    if (search == INVALID_HANDLE_VALUE) {
+    const SearchHandle search(FindFirstFileExW(directory.Child(L"*").Full().c_str(),
+                                               FindExInfoBasic, &found, FindExSearchNameMatch,
+                                               nullptr, 0));
+    if (!search) {
         if (GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_PATH_NOT_FOUND)
             Fail("Cannot look into {}: {}.", directory.Shown(), LastErrorText());
         return;
     }
-    const std::unique_ptr<void, decltype(&FindClose)> closes(search, FindClose);
     const auto join = [](DWORD high, DWORD low) {
         return static_cast<unsigned long long>(high) << 32 | low;
     };
@@ -131,7 +132,7 @@ void ForEachFile(const Path& directory, const std::function<void(const FileEntry
             visit(
                 {found.cFileName, join(found.nFileSizeHigh, found.nFileSizeLow),
                  join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)});
-    } while (FindNextFileW(search, &found));
+    } while (FindNextFileW(search.Get(), &found));
 }
 
 unsigned long long HashOf(const std::wstring& key) {
@@ -174,7 +175,7 @@ namespace {
 
 // The library's own word on a record's name.
 struct AnyFolder : BaseDirFile {
-    AnyFolder() : BaseDirFile(keDirFolder) { SetSpecPart("C:\\DFile", 0); }
+    AnyFolder() : BaseDirFile(keDirFolder) { SetSpecPart("C:\\DFile", FileSpec::keAsParts); }
     // Not inline: the release build's linker takes the thunks of one in each source for several.
     ~AnyFolder() override;
     using BaseDirFile::MessageFile;

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "programs/mailfolder/path.h"
-#include "programs/mailfolder/win_handle.h"
+#include "programs/mailfolder/shared_read.h"
 
 // A file opened for reading alone, which others may read, write and rename meanwhile. Failures,
 // also to open it, are Failures.
@@ -20,7 +20,7 @@ public:
 
 private:
     Path mPath;
-    WinHandle mFile;
+    FileHandle mFile;
     unsigned long long mSize = 0;
 };
 

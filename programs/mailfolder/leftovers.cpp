@@ -102,9 +102,9 @@ static void Judge(Candidate& candidate, Kind kind, const FileNames& files, const
 
 // Whether a program is writing to it right now.
 static bool IsBeingWritten(const Path& path) {
-    const WinHandle file(CreateFileW(path.Full().c_str(), GENERIC_READ,
-                                     FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
-                                     nullptr));
+    const FileHandle file(CreateFileW(path.Full().c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      0, nullptr));
     return !file && GetLastError() == ERROR_SHARING_VIOLATION;
 }
 

@@ -28,15 +28,15 @@ void NeedBackupPlace(const Path& target, bool replaceBackup) {
              backup.Shown(), Count(only, "message"));
 }
 
-static WinHandle MakeNew(const Path& path) {
-    return WinHandle(CreateFileW(path.Full().c_str(), GENERIC_WRITE,
-                                 FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW, 0,
-                                 nullptr));
+static FileHandle MakeNew(const Path& path) {
+    return FileHandle(CreateFileW(path.Full().c_str(), GENERIC_WRITE,
+                                  FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW, 0,
+                                  nullptr));
 }
 
 NewFile::NewFile(const Path& target, const WriteLock& lock)
     : mTarget(target), mReplaces(lock.IsHeld()) {
-    WinHandle file;
+    FileHandle file;
     for (unsigned int number = GetTickCount() % 100000000, tries = 0; !file; ++number, ++tries) {
         const Path path = target.Beside(fmt::format(L"{:08}.TMP", number % 100000000));
         file = MakeNew(path);

@@ -6,6 +6,7 @@
 #include "programs/console/text.h"
 #include "programs/mailfolder/tool.h"
 #include "resident/core/windows_api.h"
+#include "resident/files/file_handle.h"
 #include "resident/files/file_identity.h"
 
 static constexpr std::wstring_view kLongPrefix = L"\\\\?\\";
@@ -107,10 +108,7 @@ std::wstring FoldCase(std::wstring name) {
 // Whether the folder lists the name, though nothing can be opened by it.
 static bool IsListed(const std::wstring& path) {
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(path.c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE)
-        FindClose(search);
-    return search != INVALID_HANDLE_VALUE;
+    return static_cast<bool>(SearchHandle(FindFirstFileW(path.c_str(), &found)));
 }
 
 Path::Thing Path::What() const {

@@ -4,7 +4,8 @@
 
 #include "programs/mailfolder/folder.h"
 #include "programs/mailfolder/leftovers.h"
-#include "programs/mailfolder/win_handle.h"
+#include "programs/mailfolder/shared_read.h"
+#include "resident/files/file_handle.h"
 
 Command::Run AddLook(CLI::App& app, Look atOne, Look atAll) {
     const auto given = std::make_shared<LookOptions>();
@@ -18,15 +19,14 @@ Command::Run AddLook(CLI::App& app, Look atOne, Look atAll) {
 static std::vector<Path> FoldersIn(const Path& folder) {
     std::vector<Path> folders;
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(folder.Child(L"*").Full().c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
+    const SearchHandle search(FindFirstFileW(folder.Child(L"*").Full().c_str(), &found));
+    if (!search)
         Fail("Cannot look into {}: {}.", folder.Shown(), LastErrorText());
     do {
         const std::wstring name = found.cFileName;
         if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && name != L"." && name != L"..")
             folders.push_back(folder.Child(name));
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    } while (FindNextFileW(search.Get(), &found));
     std::sort(folders.begin(), folders.end(),
               [](const Path& a, const Path& b) { return a.Full() < b.Full(); });
     // One that is gone, or cannot be opened by its name, is told of when it is looked into.

@@ -6,6 +6,7 @@
 #include "programs/mailticker/text.h"
 #include "programs/mime/encoded_words.h"
 #include "programs/mime/header.h"
+#include "resident/files/file_handle.h"
 
 static constexpr DWORD kRecordSize = 316;
 static constexpr DWORD kMostShown = 0x100000;
@@ -92,12 +93,11 @@ MessageCopies::~MessageCopies() { Remove(); }
 
 void MessageCopies::Remove() {
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((mFolder + L"*").c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE) {
+    const SearchHandle search(FindFirstFileW((mFolder + L"*").c_str(), &found));
+    if (search) {
         do
             DeleteFileW((mFolder + found.cFileName).c_str());
-        while (FindNextFileW(search, &found));
-        FindClose(search);
+        while (FindNextFileW(search.Get(), &found));
     }
     RemoveDirectoryW(mFolder.c_str());
 }

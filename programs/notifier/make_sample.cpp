@@ -87,7 +87,7 @@ bool FillInbox(const FileSpec& dFile) {
         RBString name;
         name.Sprintf("MSG%05u.EML", ++slot);
         RbFile file(dFile);
-        file.SetSpecPart(name, 0);
+        file.SetSpecPart(name, FileSpec::keAsParts);
         if (!WriteMessageFile(file, message, static_cast<int>(slot)) || !inbox.AddMessage(&file))
             return false;
         DirectoryRecord record;
@@ -128,7 +128,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: make_sample FOLDER\n");
         return 2;
     }
-    FileSpec folder(argv[1], 1);
+    FileSpec folder(argv[1], FileSpec::keAsPath);
     if (!DiskDriver::FileExists(folder, keAttrDirectory) && !DiskDriver::MakeDir(folder)) {
         std::fprintf(stderr, "Cannot make %s.\n", argv[1]);
         return 1;
@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
     user.SetLoggedText(folder.FullPath());
 
     FileSpec prefsFile(folder);
-    prefsFile.SetSpecPart("RB.DAT", 0);
+    prefsFile.SetSpecPart("RB.DAT", FileSpec::keAsParts);
     JXMailPrefs prefs(JXMailPrefs::keAllowWriting);
     bool made = prefs.CreatePrefsFile(prefsFile.FullFileSpec());
     prefs.SetMailDirectory(folder);

@@ -6,7 +6,7 @@
 
 RbCountry* RbCountry::mpoInstance;
 
-RbCountry::RbCountry() : miCountry(-1) {}
+RbCountry::RbCountry() = default;
 
 RbCountry* RbCountry::Instance() {
     if (!mpoInstance)

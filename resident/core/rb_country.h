@@ -18,5 +18,5 @@ private:
 
     static RbCountry* mpoInstance;
 
-    int miCountry; // -1 until asked
+    int miCountry = -1; // -1 until asked
 };

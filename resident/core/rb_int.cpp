@@ -5,7 +5,7 @@
 
 #include "resident/core/byte_order.h"
 
-RBInt::RBInt() : mwBigEndian(0) {}
+RBInt::RBInt() = default;
 
 RBInt::RBInt(short value) : mwBigEndian(FlipWord(value)) {}
 

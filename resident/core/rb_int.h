@@ -48,5 +48,5 @@ private:
     int MachineValue() const { return __builtin_bswap16(mwBigEndian); }
     RBInt Store(unsigned int result);
 
-    unsigned short mwBigEndian;
+    unsigned short mwBigEndian = 0;
 };

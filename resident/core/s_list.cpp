@@ -30,7 +30,7 @@ std::atomic<unsigned int> deletedListNodes;
 
 ListNode::~ListNode() { deletedListNodes.fetch_add(1, std::memory_order_relaxed); }
 
-S_List::S_List() : mpoHead(nullptr), mpoCurrent(nullptr), mlCount(0) {}
+S_List::S_List() = default;
 
 S_List::~S_List() { ClearList(); }
 
@@ -40,13 +40,13 @@ int S_List::InsertBefore(void* item, void* existing) { return Insert(item, exist
 
 int S_List::InsertAfterCurrent(void* item) {
     if (!item)
-        return 0;
+        return false;
     return mpoCurrent ? Insert(item, mpoCurrent->data, 0) : AppendItem(item);
 }
 
 int S_List::InsertBeforeCurrent(void* item) {
     if (!item)
-        return 0;
+        return false;
     return mpoCurrent ? Insert(item, mpoCurrent->data, 1) : AppendItem(item);
 }
 
@@ -55,7 +55,7 @@ int S_List::AppendItem(void* item) { return ListTail().Append(*this, item); }
 int ListTail::Append(S_List& list, void* item) {
     ListNode* const node = item ? new (std::nothrow) ListNode(item, nullptr) : nullptr;
     if (!node)
-        return 0;
+        return false;
     const unsigned int deleted = deletedListNodes.load(std::memory_order_relaxed);
     ListNode** link = mLast && mDeleted == deleted ? &mLast->next : &list.mpoHead;
     while (*link)
@@ -63,7 +63,7 @@ int ListTail::Append(S_List& list, void* item) {
     *link = mLast = node;
     mDeleted = deleted;
     ++list.mlCount;
-    return 1;
+    return true;
 }
 
 int S_List::Insert(void* item, void* existing, int before) {
@@ -80,20 +80,20 @@ int S_List::Insert(void* item, void* existing, int before) {
         previous->next = new ListNode(item, found);
     else
         mpoHead = new ListNode(item, found);
-    return 1;
+    return true;
 }
 
 int S_List::RemoveItem(void* item) {
     ListNode* previous;
     ListNode* found = item ? Find(item, previous) : nullptr;
     if (!found)
-        return 0;
+        return false;
     (previous ? previous->next : mpoHead) = found->next;
     if (mpoCurrent == found)
         mpoCurrent = found->next;
     delete found;
     --mlCount;
-    return 1;
+    return true;
 }
 
 ListNode* S_List::Next() {

@@ -56,9 +56,9 @@ public:
     // 32,768 on are not reached.
     ListNode* operator[](long index) const;
 
-    ListNode* mpoHead;
-    ListNode* mpoCurrent;
-    long mlCount;
+    ListNode* mpoHead = nullptr;
+    ListNode* mpoCurrent = nullptr;
+    long mlCount = 0;
 
 private:
     // The first node of `item`, or null; `previous` receives the node before it.

@@ -54,7 +54,7 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
     kReports.Check(n > 0, "tWhichWord > 0");
     kReports.Check(delimiter != 0, "bDelimiter != NULL");
     if (n == 0)
-        return 0;
+        return false;
     const auto isDelimiter = [delimiter](char c) {
         return static_cast<unsigned char>(c) == delimiter;
     };
@@ -69,7 +69,7 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
             p = *p ? FindCharacter(p + size, isDelimiter) : nullptr;
         }
         if (!p)
-            return 0;
+            return false;
         field = p + 1;
     }
     const char* pszEndDelimiter = FindCharacter(field, isDelimiter);
@@ -81,7 +81,7 @@ int BaseString::GetNthDelimitedWord(BaseString& word, unsigned int n,
         word.puts(field, length);
     else
         word.reset();
-    return 1;
+    return true;
 }
 
 char* BaseString::GetStartAndEndPos(char** cursor, enumGSEPOptions option) const {
@@ -104,12 +104,12 @@ char* BaseString::GetStartAndEndPos(char** cursor, enumGSEPOptions option) const
 int BaseString::GetWord(RBString& word, unsigned int* start, unsigned int* end,
                         unsigned int position, enumGetWordOptions option) const {
     if (Length() == 0 || position == 0 || position >= Length())
-        return 0;
+        return false;
     const char* const text = Text();
     char* cursor = const_cast<char*>(text) + position - 1;
     const char* wordEnd = GetStartAndEndPos(&cursor, static_cast<enumGSEPOptions>(option));
     if (position != 1 && cursor > text + Length() - 1)
-        return 0;
+        return false;
     if (!wordEnd || wordEnd == cursor)
         wordEnd = text + Length();
     const unsigned int first = cursor - text + 1;
@@ -120,7 +120,7 @@ int BaseString::GetWord(RBString& word, unsigned int* start, unsigned int* end,
         if (end)
             *end = first + length - 1;
     }
-    return 1;
+    return true;
 }
 
 namespace {
@@ -300,18 +300,18 @@ int BaseString::FindTextA(const char* pattern, unsigned int* start, unsigned int
     const unsigned int patternLength = pattern ? std::strlen(pattern) : 0;
     if (patternLength == 0 || Length() == 0 || position == 0 ||
         Length() + 1ull < position + static_cast<unsigned long long>(patternLength))
-        return 0;
+        return false;
     const char* const first = Text() + position - 1;
     const char* const lastPlace = Text() + Length() - patternLength;
     const char* match =
         PatternScan(*this, std::string_view(pattern, patternLength), mode).Find(first, lastPlace);
     if (!match)
-        return 0;
+        return false;
     if (start)
         *start = match - first + 1;
     if (end)
         *end = match - first + patternLength;
-    return 1;
+    return true;
 }
 
 unsigned int BaseString::Replace(unsigned int from, unsigned int to, const char* text) {

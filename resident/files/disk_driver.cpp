@@ -19,11 +19,7 @@ static constexpr int kAllEntries =
 
 char DiskDriver::szTranslatedString[keOemNameSize];
 
-DiskDriver::DiskDriver()
-    : mpoSearch(new FileSearch), mfNewSearch(1), moFound(), miCurrentVolume(0),
-      mwSearchAttributes(0), mfLocationValid(1) {
-    moStartLocation = CurrentDir();
-}
+DiskDriver::DiskDriver() : mpoSearch(new FileSearch) { moStartLocation = CurrentDir(); }
 
 DiskDriver::DiskDriver(const FileSpec& where) : DiskDriver() {
     mfLocationValid = ChangeLocation(where);
@@ -49,9 +45,10 @@ const FileSpec& DiskDriver::CurrentDir() {
     char folder[keOemNameSize] = "";
     if (_getcwd(folder, sizeof folder)) {
         OemToCharA(folder, folder);
-        moCurrentDir.SetSpecPart(folder, 1);
+        moCurrentDir.SetSpecPart(folder, FileSpec::keAsPath);
     }
-    moCurrentDir.Build(static_cast<char>('A' + CurrentVolume()), nullptr, nullptr, nullptr, 0);
+    moCurrentDir.Build(static_cast<char>('A' + CurrentVolume()), nullptr, nullptr, nullptr,
+                       FileSpec::keKeepOthers);
     return moCurrentDir;
 }
 
@@ -175,7 +172,7 @@ int DiskDriver::DoDelDirectory(const char* pattern) {
 
 int DiskDriver::GetFileInfo(const char* name, ffblk* record, int attributes) {
     if (!ConvertToOem(name, szTranslatedString))
-        return 0;
+        return false;
     FileSearch search;
     return search.First(szTranslatedString, *record, attributes);
 }
@@ -183,7 +180,7 @@ int DiskDriver::GetFileInfo(const char* name, ffblk* record, int attributes) {
 int DiskDriver::FindFile() {
     if (!mfNewSearch)
         return mpoSearch->Next(moFound);
-    mfNewSearch = 0;
+    mfNewSearch = false;
     moFound = {};
     return ConvertToOem(moSearchPattern.FullSpec(), szTranslatedString) &&
            mpoSearch->First(szTranslatedString, moFound, mwSearchAttributes);
@@ -204,12 +201,12 @@ bool DiskDriver::FoundFile(FileSpec& out) {
         out.AppendPath(name);
     } else {
         out.ClearName();
-        out.SetSpecPart(name, 0);
+        out.SetSpecPart(name, FileSpec::keAsParts);
     }
     return true;
 }
 
 void DiskDriver::EndSearch() {
     mpoSearch->Close();
-    mfNewSearch = 1;
+    mfNewSearch = true;
 }

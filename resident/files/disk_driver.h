@@ -80,12 +80,12 @@ public:
 
 private:
     FileSearch* mpoSearch;
-    int mfNewSearch;
-    ffblk moFound;
+    int mfNewSearch = 1;
+    ffblk moFound{};
     FileSpec moStartLocation;
     FileSpec moCurrentDir;
     FileSpec moSearchPattern;
-    int miCurrentVolume;
-    unsigned short mwSearchAttributes;
-    int mfLocationValid;
+    int miCurrentVolume = 0;
+    unsigned short mwSearchAttributes = 0;
+    int mfLocationValid = 1;
 };

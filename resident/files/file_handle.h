@@ -7,19 +7,20 @@
 // Opens that keep nobody away: others may read, write, rename and remove meanwhile.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Owns a handle of CreateFile and closes it.
-class FileHandle {
+// Owns a handle that is INVALID_HANDLE_VALUE where there is none, and closes it.
+template <class Closer>
+class OwnedHandle {
 public:
-    explicit FileHandle(HANDLE handle = INVALID_HANDLE_VALUE) : mHandle(handle) {}
-    FileHandle(FileHandle&& other) noexcept
+    explicit OwnedHandle(HANDLE handle = INVALID_HANDLE_VALUE) : mHandle(handle) {}
+    OwnedHandle(OwnedHandle&& other) noexcept
         : mHandle(std::exchange(other.mHandle, INVALID_HANDLE_VALUE)) {}
-    FileHandle& operator=(FileHandle&& other) noexcept {
+    OwnedHandle& operator=(OwnedHandle&& other) noexcept {
         std::swap(mHandle, other.mHandle);
         return *this;
     }
-    ~FileHandle() {
+    ~OwnedHandle() {
         if (*this)
-            CloseHandle(mHandle);
+            Closer()(mHandle);
     }
 
     explicit operator bool() const { return mHandle != INVALID_HANDLE_VALUE; }
@@ -30,3 +31,13 @@ public:
 private:
     HANDLE mHandle;
 };
+
+struct FileCloser {
+    void operator()(HANDLE file) const { CloseHandle(file); }
+};
+struct SearchCloser {
+    void operator()(HANDLE search) const { FindClose(search); }
+};
+
+using FileHandle = OwnedHandle<FileCloser>;     // of CreateFile
+using SearchHandle = OwnedHandle<SearchCloser>; // of FindFirstFile

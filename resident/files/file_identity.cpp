@@ -93,11 +93,8 @@ bool IsLink(const wchar_t* path) {
     if (_wcsicmp(name, final.c_str() + separator + 1) == 0)
         return false;
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(path, &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return false;
-    FindClose(search);
-    return _wcsicmp(found.cFileName, final.c_str() + separator + 1) != 0;
+    return SearchHandle(FindFirstFileW(path, &found)) &&
+           _wcsicmp(found.cFileName, final.c_str() + separator + 1) != 0;
 }
 
 bool IsLink(const FileSpec& file) {

@@ -82,21 +82,21 @@ int ReplaceFileBy(const wchar_t* newFile, const wchar_t* target, const wchar_t* 
     if (!flushed || IsLink(target) || !DiskDriver::Rename(target, backup)) {
         if (dropNew)
             DeleteFileW(newFile);
-        return 0;
+        return false;
     }
     if (!DiskDriver::Rename(newFile, target)) {
         if (options & keReplaceNoWayBack)
-            return 0;
+            return false;
         // Where even the way back fails the backup is the only copy, and stays.
         DiskDriver::Rename(backup, target);
         if (dropNew)
             DeleteFileW(newFile);
-        return 0;
+        return false;
     }
     // A read-only file's backup is read-only as well.
     if (options & keReplaceDropBackup)
         RemoveReadOnlyToo(backup);
-    return 1;
+    return true;
 }
 
 int ReplaceFileBy(const FileSpec& newFile, const FileSpec& target, const FileSpec& backup,

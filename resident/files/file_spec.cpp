@@ -11,18 +11,18 @@ FileSpec::FileSpec() : mwDrive(keNoDrive), mpszInvalidSet(kInvalidSet) {}
 
 FileSpec::FileSpec(const char* spec, int isPath) : FileSpec() {
     if (isPath)
-        ForceToPath(spec, 1);
+        ForceToPath(spec, keClearOthers);
     else
-        Parse(spec, 1);
+        Parse(spec, keClearOthers);
 }
 
 FileSpec::FileSpec(RBString spec, int isPath) : FileSpec() {
     if (spec.Length() == 0)
         return;
     if (isPath)
-        ForceToPath(spec.Text(), 1);
+        ForceToPath(spec.Text(), keClearOthers);
     else
-        Parse(spec.Text(), 1);
+        Parse(spec.Text(), keClearOthers);
 }
 
 FileSpec::FileSpec(const FileSpec& other)
@@ -181,7 +181,7 @@ int FileSpec::ForceToPath(const char* spec, int replaceAll) {
 }
 
 int FileSpec::SetSpecPart(const char* text, int isPath) {
-    return isPath ? ForceToPath(text, 0) : Parse(text, 0);
+    return isPath ? ForceToPath(text, keKeepOthers) : Parse(text, keKeepOthers);
 }
 
 int FileSpec::SetSpecPart(RBString text, int isPath) { return SetSpecPart(text.Text(), isPath); }
@@ -193,7 +193,7 @@ int FileSpec::SetValidSpecPart(RBString& text, int isPath) {
 
 int FileSpec::AppendPath(const char* sub) {
     if (mstrPath.Length() == 0)
-        return SetSpecPart(sub, 1);
+        return SetSpecPart(sub, keAsPath);
     if (!sub || !*sub)
         return keSpecOk;
     std::string joined(mstrPath.Text());
@@ -237,7 +237,7 @@ FileSpec FileSpec::Beside(const char* fileName) const {
     FileSpec other(*this);
     other.mstrName.reset();
     other.mstrExt.reset();
-    other.SetSpecPart(fileName, 0);
+    other.SetSpecPart(fileName, keAsParts);
     return other;
 }
 
@@ -284,12 +284,12 @@ const char* FileSpec::FullFileName() const { return Join(false, true, true); }
 int FileSpec::CleanUp(RBString& text) {
     const unsigned int length = text.Length();
     if (length == 0)
-        return 0;
+        return false;
     const char last = text.Text()[length - 1];
     if (last != '.' && !(last == '\\' && length >= 4))
-        return 0;
+        return false;
     text.Truncate(length - 1);
-    return 1;
+    return true;
 }
 
 int FileSpec::isValidFileNoExt(RBString& text, const char* set) {
@@ -368,9 +368,9 @@ int FileSpec::HashFileName(RBString& result, RBString& source, RBString* ext, co
         result.puts(output.c_str());
         if (isValidPathName(result, kInvalidSet, 1) == keSpecOk) {
             result.Upper();
-            return 1;
+            return true;
         }
     }
     result.puts("NO_NAME");
-    return 0;
+    return false;
 }

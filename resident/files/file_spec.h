@@ -30,11 +30,14 @@ public:
         keSpecEmpty = 347         // nothing to parse, or no set to validate against
     };
     enum { keNoDrive = 0xFFFF, keMaxPart = 260 };
+    // What `isPath` makes of a text: its parts, or all of it a path.
+    enum { keAsParts = 0, keAsPath = 1 };
+    // What `replaceAll` makes of the parts that are not given.
+    enum { keKeepOthers = 0, keClearOthers = 1 };
 
     FileSpec(); // without any part
-    // Parse the text or, with `isPath`, take all of it for a path.
-    FileSpec(const char* spec, int isPath = 0);
-    FileSpec(RBString spec, int isPath = 0);
+    FileSpec(const char* spec, int isPath = keAsParts);
+    FileSpec(RBString spec, int isPath = keAsParts);
     FileSpec(const FileSpec& other);
     FileSpec& operator=(const FileSpec& other);
 
@@ -56,9 +59,8 @@ public:
     // By name and extension alone, without regard to case, drive and path.
     int operator<(const FileSpec& other) const;
 
-    // Take the parts from a text, or as they are given; return a result code. Parts that are not
-    // given are cleared with `replaceAll`, else kept. A path is stored with a backslash at both
-    // ends, so that a relative one becomes one of the root.
+    // Take the parts from a text, or as they are given; return a result code. A path is stored with
+    // a backslash at both ends, so that a relative one becomes one of the root.
     int Parse(const char* spec, int replaceAll);
     int Build(char drive, const char* path, const char* name, const char* ext, int replaceAll);
     // The whole text is a path; an empty one is the root.

@@ -6,13 +6,13 @@
 
 static constexpr Reporter kReports("JXRESIDT\\JXMSGSEM.CPP");
 
-JxMailMessageSemaphore::JxMailMessageSemaphore() : mfCreated(0) {}
+JxMailMessageSemaphore::JxMailMessageSemaphore() = default;
 
 JxMailMessageSemaphore::~JxMailMessageSemaphore() = default;
 
 // False for a name that no file can have.
 static bool LockFile(FileSpec& lock, const char* name) {
-    const int result = lock.SetSpecPart(name, 0);
+    const int result = lock.SetSpecPart(name, FileSpec::keAsParts);
     lock.SetFileExt(".SEM");
     return result == FileSpec::keSpecOk;
 }
@@ -23,10 +23,10 @@ int JxMailMessageSemaphore::CreateSemaphoreA(const char* name) {
     // Of two that see no file, the one that makes it has the lock.
     if (!LockFile(lock, name) || lock.Exists() ||
         !lock.OpenSilent(keOpenIn | keOpenOut | keOpenNoReplace))
-        return 0;
+        return false;
     lock.close();
-    mfCreated = 1;
-    return 1;
+    mfCreated = true;
+    return true;
 }
 
 int JxMailMessageSemaphore::RemoveSemaphore(const char* name) {

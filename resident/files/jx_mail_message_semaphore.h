@@ -24,5 +24,5 @@ public:
 
 private:
     RBString mstrName;
-    int mfCreated;
+    int mfCreated = 0;
 };

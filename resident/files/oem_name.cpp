@@ -5,7 +5,7 @@
 #include "resident/core/windows_api.h"
 
 bool ConvertToOem(const char* name, char (&buffer)[keOemNameSize]) {
-    if (!name || std::strlen(name) >= sizeof buffer) {
+    if (!name || !std::memchr(name, 0, sizeof buffer)) {
         buffer[0] = 0;
         return false;
     }

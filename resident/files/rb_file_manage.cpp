@@ -53,7 +53,7 @@ int RbFile::RenameToBak(FileSpec* backup) {
     target.SetFileExt(".BAK");
     // A backup itself would be removed as its own older backup.
     if (IsSameFile(target))
-        return 0;
+        return false;
     DiskDriver::RemoveFile(target);
     const int renamed = DiskDriver::Rename(*this, target);
     if (renamed && backup)
@@ -103,7 +103,7 @@ bool RbFile::HashUniqueFileName(RbFile* result, FileSpec& where, const char* psz
         // The fastest-changing digit leads, so that neighbours in time differ early.
         std::reverse(digits.begin(), digits.end());
         digits.resize(std::min<std::size_t>(digits.size(), 8));
-        candidate.SetSpecPart(digits.c_str(), 0);
+        candidate.SetSpecPart(digits.c_str(), keAsParts);
         if (!DiskDriver::FileExists(candidate, 0)) {
             *result = candidate;
             return true;

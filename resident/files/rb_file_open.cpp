@@ -52,7 +52,7 @@ bool RbFile::Open(int mode, int prot) { return DoOpen(FullFileSpec(), mode, prot
 bool RbFile::OpenSilent(int mode, int prot) { return DoOpen(FullFileSpec(), mode, prot); }
 
 void RbFile::open(const char* name, int mode, int) {
-    SetSpecPart(name, 0);
+    SetSpecPart(name, keAsParts);
     const CriticalErrorsFail guard;
     ConvertToOem(name, szTranslatedString);
     OpenStream(*this, szTranslatedString, mode);

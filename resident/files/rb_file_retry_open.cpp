@@ -10,12 +10,9 @@
 static constexpr long kRetryInterval = 500;
 static constexpr unsigned short kMaxTries = 60;
 
-RbFileRetryOpen::RbFileRetryOpen()
-    : mpoTimer(nullptr), mfOpened(0), mwTries(0), mpszName(nullptr), miMode(0), miProt(0) {}
+RbFileRetryOpen::RbFileRetryOpen() = default;
 
-RbFileRetryOpen::RbFileRetryOpen(const char* spec)
-    : RbFile(spec), mpoTimer(nullptr), mfOpened(0), mwTries(0), mpszName(nullptr), miMode(0),
-      miProt(0) {}
+RbFileRetryOpen::RbFileRetryOpen(const char* spec) : RbFile(spec) {}
 
 RbFileRetryOpen::~RbFileRetryOpen() = default;
 

@@ -24,11 +24,11 @@ private:
     static bool TrySilentOpen(RbFileRetryOpen* file);
     static void RbFileRetryTimerProc(void* file);
 
-    JxTimer* mpoTimer;
-    int mfOpened;
+    JxTimer* mpoTimer = nullptr;
+    int mfOpened = 0;
     // Retry ticks so far, over all opens of this object.
-    unsigned short mwTries;
-    const char* mpszName;
-    int miMode;
-    int miProt;
+    unsigned short mwTries = 0;
+    const char* mpszName = nullptr;
+    int miMode = 0;
+    int miProt = 0;
 };

@@ -17,19 +17,19 @@ static const char kDefaultExt[] = ".TMP";
 static constexpr int kLastNumber = 32766;
 
 TemporaryFile::TemporaryFile(int deleteOnDestroy)
-    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt), mfValid(0) {
+    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt) {
     RBString directory;
     HashFileName(directory);
 }
 
 TemporaryFile::TemporaryFile(FileSpec& where, int deleteOnDestroy)
-    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt), mfValid(0) {
+    : mfDeleteOnDestroy(deleteOnDestroy), mstrTempExt(kDefaultExt) {
     RBString directory(where.FullFilePath());
     HashFileName(directory);
 }
 
 TemporaryFile::TemporaryFile(const char* text, int deleteOnDestroy, enumTempFileOptions option)
-    : mfDeleteOnDestroy(deleteOnDestroy), mfValid(0) {
+    : mfDeleteOnDestroy(deleteOnDestroy) {
     RBString directory;
     if (option == keTempDirectory) {
         directory.puts(text);
@@ -65,9 +65,9 @@ bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
         std::string name = kNumberedName;
         name.replace(name.size() - digits.size(), digits.size(), digits);
         name += mstrTempExt.Text();
-        FileSpec candidate(windowsDirectory, 1);
+        FileSpec candidate(windowsDirectory, keAsPath);
         // What is refused would leave the folder's own name, which is always taken.
-        if (candidate.SetSpecPart(name.c_str(), 0) != FileSpec::keSpecOk)
+        if (candidate.SetSpecPart(name.c_str(), keAsParts) != FileSpec::keSpecOk)
             return false;
         if (IsTaken(candidate))
             continue;
@@ -83,7 +83,7 @@ bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
 
 void TemporaryFile::HashFileName(RBString& directory) {
     char windowsDirectory[keOemNameSize];
-    mfValid = 1;
+    mfValid = true;
     const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
     if (length && length < sizeof windowsDirectory && MakeNumbered(windowsDirectory))
         return;
@@ -94,13 +94,13 @@ void TemporaryFile::HashFileName(RBString& directory) {
         if ((size && size < sizeof folder) || _getcwd(folder, sizeof folder)) {
             directory.puts(folder);
         } else {
-            mfValid = 0;
+            mfValid = false;
             return;
         }
     }
     char* const name = _tempnam(directory.Text(), kPrefix);
     if (name)
-        Parse(name, 1);
+        Parse(name, keClearOthers);
     mfValid = name && Create();
     std::free(name);
 }
@@ -109,12 +109,12 @@ int TemporaryFile::DelDanglingTemps() {
     char windowsDirectory[keOemNameSize];
     const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
     if (!length || length >= sizeof windowsDirectory)
-        return 0;
-    const FileSpec folder(windowsDirectory, 1);
+        return false;
+    const FileSpec folder(windowsDirectory, keAsPath);
     FileSpec pattern(folder);
-    pattern.SetSpecPart(kLeftBehind, 0);
+    pattern.SetSpecPart(kLeftBehind, keAsParts);
 
-    int removed = 0;
+    bool removed = false;
     DiskDriver driver;
     driver.SetSearchPattern(pattern);
     while (driver.FindFile()) {
@@ -123,7 +123,7 @@ int TemporaryFile::DelDanglingTemps() {
         if (driver.ValidFind() && !driver.FoundDirectory() && driver.FoundFile(found) &&
             lstrcmpiA(found.FileExt(), kDefaultExt) == 0 && !IsLink(found) &&
             DiskDriver::RemoveFile(found))
-            removed = 1;
+            removed = true;
     }
     driver.EndSearch();
     return removed;

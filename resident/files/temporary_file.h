@@ -40,5 +40,5 @@ private:
 
     int mfDeleteOnDestroy;
     RBString mstrTempExt;
-    int mfValid;
+    int mfValid = 0;
 };

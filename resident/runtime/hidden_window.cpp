@@ -13,7 +13,7 @@ int JxCreateHiddenWindow(void** window, void* instance, const char* windowName,
         windowClass.hInstance = module;
         windowClass.lpszClassName = className;
         if (!RegisterClassA(&windowClass))
-            return 0;
+            return false;
     }
     *window = CreateWindowExA(0, className, windowName, 0, CW_USEDEFAULT, CW_USEDEFAULT,
                               CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr, module, nullptr);

@@ -6,8 +6,7 @@
 
 unsigned short JxCommunicator::mwNumSecsToWaitAfterPost = 30;
 
-JxCommunicator::JxCommunicator()
-    : mwAwaitedMessage(0), mhOwnWindow(nullptr), mhPartnerWindow(nullptr), mfWaiting(0) {}
+JxCommunicator::JxCommunicator() = default;
 
 JxCommunicator::~JxCommunicator() = default;
 
@@ -21,9 +20,9 @@ int JxCommunicator::SendMessageA(unsigned int wParam, long lParam) const {
 
 int JxCommunicator::PostMessageAndWait(unsigned int wParam, long lParam) const {
     mwAwaitedMessage = wParam;
-    mfWaiting = 1;
+    mfWaiting = true;
     if (!PostReturnMessage(wParam, lParam))
-        return 0;
+        return false;
     const std::time_t start = std::time(nullptr);
     // Read afresh on every round: the handlers of the messages dispatched here clear it.
     const volatile int& waiting = mfWaiting;

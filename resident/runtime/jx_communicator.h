@@ -26,8 +26,8 @@ public:
     static unsigned short mwNumSecsToWaitAfterPost;
 
 protected:
-    mutable unsigned int mwAwaitedMessage; // the wParam posted last
-    void* mhOwnWindow;
-    void* mhPartnerWindow;
-    mutable int mfWaiting; // 1 from the posting on
+    mutable unsigned int mwAwaitedMessage = 0; // the wParam posted last
+    void* mhOwnWindow = nullptr;
+    void* mhPartnerWindow = nullptr;
+    mutable int mfWaiting = 0; // 1 from the posting on
 };

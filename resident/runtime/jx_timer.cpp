@@ -16,8 +16,7 @@ JxTimer* JxTimer::poPostriderTimer;
 JxTimer* JxTimer::poBackgrounderTimer;
 
 JxTimer::JxTimer(void* instance, enumCreateOptions option)
-    : moItems(RB_Container<JxTimerItem>::keOwnsObjects), mhWindow(nullptr), mfGood(0), mhTimer(0),
-      mhInstance(instance), mpszClassName(nullptr) {
+    : moItems(RB_Container<JxTimerItem>::keOwnsObjects), mhInstance(instance) {
     SetupStatics(GetCurrentProcess(), option, this);
     unsigned int identifier = 0;
     switch (option) {
@@ -41,7 +40,7 @@ JxTimer::JxTimer(void* instance, enumCreateOptions option)
     mhTimer = SetTimer(static_cast<HWND>(mhWindow), identifier, kTick, nullptr);
     kReports.CheckAt(97, mhTimer, "mhTimer");
     if (!mhTimer)
-        mfGood = 0;
+        mfGood = false;
 }
 
 JxTimer::~JxTimer() {

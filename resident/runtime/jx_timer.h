@@ -67,9 +67,9 @@ private:
     void Tick();
 
     RB_Container<JxTimerItem> moItems;
-    void* mhWindow;
-    int mfGood;
-    unsigned int mhTimer;
+    void* mhWindow = nullptr;
+    int mfGood = 0;
+    unsigned int mhTimer = 0;
     void* mhInstance;
-    const char* mpszClassName;
+    const char* mpszClassName = nullptr;
 };

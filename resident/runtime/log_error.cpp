@@ -102,7 +102,7 @@ int __stdcall AIDDialog(void* window, unsigned int message, unsigned int wParam,
     // The whole wParam: a notification code in its high word makes it another command.
     if (message == WM_COMMAND && (wParam == keIgnore || wParam == keAbort || wParam == keDebug)) {
         EndDialog(dialog, static_cast<INT_PTR>(wParam));
-        return 1;
+        return TRUE;
     }
     return FALSE;
 }

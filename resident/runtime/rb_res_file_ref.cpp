@@ -11,20 +11,18 @@ struct RbResFileRef::SharedRecord : RbRefCounter {
     HINSTANCE module;
 };
 
-RbResFileRef::RbResFileRef() : mfValid(0), mpoShared(new SharedRecord(nullptr)) {}
+RbResFileRef::RbResFileRef() : mpoShared(new SharedRecord(nullptr)) {}
 
 RbResFileRef::RbResFileRef(void* module) : mfValid(1), mpoShared(new SharedRecord(module)) {}
 
-RbResFileRef::RbResFileRef(const RbResFileRef& other) : mfValid(0), mpoShared(nullptr) {
-    Take(other);
-}
+RbResFileRef::RbResFileRef(const RbResFileRef& other) { Take(other); }
 
 RbResFileRef& RbResFileRef::operator=(const RbResFileRef& other) {
     if (this != &other) {
         DecrementUsage();
         Take(other);
     }
-    mfValid = 1;
+    mfValid = true;
     return *this;
 }
 
@@ -35,7 +33,7 @@ void RbResFileRef::Take(const RbResFileRef& other) {
     SafeCheck(mpoShared);
     if (mpoShared)
         mpoShared->Increment();
-    mfValid = 1;
+    mfValid = true;
 }
 
 int RbResFileRef::DecrementUsage() {

@@ -35,6 +35,6 @@ private:
 
     void Take(const RbResFileRef& other);
 
-    int mfValid;
-    SharedRecord* mpoShared;
+    int mfValid = 0;
+    SharedRecord* mpoShared = nullptr;
 };

@@ -12,7 +12,7 @@ int RbYield() {
         // A WM_QUIT that took the peeked message's place goes back where it was.
         if (result == 0) {
             PostQuitMessage(static_cast<int>(message.wParam));
-            return 1;
+            return TRUE;
         }
         if (result < 0)
             return result;

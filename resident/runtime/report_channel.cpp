@@ -41,7 +41,7 @@ void ReportChannel::SetCount(int count) {
 
 void ReportChannel::ChooseName(const char* logFileName) {
     // The copy itself asserts: the flag comes first, so that it does not choose a name again.
-    mfNameChosen = 1;
+    mfNameChosen = true;
     if (!LStrNCpyAndNullTerminate(mszLogFileName, logFileName, sizeof mszLogFileName))
         RbLogErrorOutputString(mTexts.nameTooLong, nullptr, 0, mTexts.source);
 }

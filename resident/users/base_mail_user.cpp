@@ -28,9 +28,7 @@ static void PutLittleEndian(unsigned char (&bytes)[2], unsigned short value) {
     bytes[1] = value >> 8;
 }
 
-BaseMailUser::BaseMailUser() : mFlags(0), mSpare(kSpare), mType(keUserOrdinary), mTypeExtension(0) {
-    SetPOPDefaults();
-}
+BaseMailUser::BaseMailUser() : mSpare(kSpare), mType(keUserOrdinary) { SetPOPDefaults(); }
 
 BaseMailUser::BaseMailUser(const BaseMailUser& other)
     : mFlags(other.mFlags & keCopiedFlag), mMessageFormat(other.mMessageFormat),
@@ -155,17 +153,17 @@ int BaseMailUser::SplitUserName(RBString& given, RBString& family) const {
     char name[35];
     lstrcpynA(name, mstrName.Text(), sizeof name);
     if (!*name)
-        return 0;
+        return false;
     char* const bar = std::strchr(name, '|');
     if (!bar) {
         given.puts(name);
-        return 1;
+        return true;
     }
     *bar = 0;
     given.puts(bar + 1);
     if (*name)
         family.puts(name);
-    return 1;
+    return true;
 }
 
 int BaseMailUser::SetInternetAddress(const char* nameAndAddr) {
@@ -179,7 +177,7 @@ int BaseMailUser::SetInternetAddress(const char* nameAndAddr) {
         mstrAddress.reset();
     else
         mstrAddress.puts(open + 1, close - open - 1);
-    return 1;
+    return true;
 }
 
 bool BaseMailUser::Continued() {

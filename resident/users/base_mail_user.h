@@ -96,14 +96,14 @@ public:
 protected:
     enum : unsigned long { keCopiedFlag = 0x10 };
 
-    unsigned long mFlags;
+    unsigned long mFlags = 0;
     enumMessageFormat mMessageFormat;
     enumEnclosureEncode mEnclosureEncode;
     enumUserPlatformType mPlatform;
     unsigned char mPopOption;
     unsigned short mSpare;
     MailUserType mType;
-    unsigned short mTypeExtension;
+    unsigned short mTypeExtension = 0;
     RBString mstrName;
     RBString mstrAddress;
 };

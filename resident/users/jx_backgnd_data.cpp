@@ -16,9 +16,7 @@ static constexpr unsigned char kKey[] = {0x5A, 0x13, 0xC4, 0x7E, 0x99, 0x02, 0xB
                                          0x6D, 0x31, 0xF0, 0x4C, 0x8E, 0x27, 0xD5,
                                          0x0B, 0x96, 0xE3, 0x48, 0x7A, 0x1F, 0x00};
 
-JxBackgndData::JxBackgndData()
-    : mulFlags(0), mulValue2(0), mwValue3(0), mwValue4(0), mwPopPort(keDefaultPopPort),
-      mwSmtpPort(keDefaultSmtpPort), mfPopOption(0) {}
+JxBackgndData::JxBackgndData() : mwPopPort(keDefaultPopPort), mwSmtpPort(keDefaultSmtpPort) {}
 
 JxBackgndData::~JxBackgndData() = default;
 
@@ -63,7 +61,7 @@ int JxBackgndData::ParseIP(const RBString& text, unsigned short defaultPort, RBS
     // A share of the text, so that `host` may be it.
     const RBString kept(text);
     if (kept.Length() == 0)
-        return 0;
+        return false;
     TextFields words(kept.Text(), ':');
     std::string_view word;
     words.Next(word);
@@ -76,7 +74,7 @@ int JxBackgndData::ParseIP(const RBString& text, unsigned short defaultPort, RBS
             *port = LeadingNumber(word);
         }
     }
-    return 1;
+    return true;
 }
 
 void JxBackgndData::Encode(char* buffer, int length) {
@@ -157,8 +155,7 @@ std::istream& operator>>(std::istream& in, JxBackgndData& data) {
     return in;
 }
 
-RsWinPlatformData::RsWinPlatformData(void* handle)
-    : mhHandle(handle), mfDialup(0), mfDialupNameSet(0) {}
+RsWinPlatformData::RsWinPlatformData(void* handle) : mhHandle(handle) {}
 
 RsWinPlatformData::RsWinPlatformData(void* handle, JxBackgndData* data)
     : mhHandle(handle), mfDialup(static_cast<int>(data->mulFlags & keDialupOption)),
@@ -167,6 +164,6 @@ RsWinPlatformData::RsWinPlatformData(void* handle, JxBackgndData* data)
 
 void RsWinPlatformData::SetDialupName(const RBString& name) {
     mfDialup = static_cast<int>(name.Length());
-    mfDialupNameSet = 1;
+    mfDialupNameSet = true;
     mstrDialupName = name;
 }

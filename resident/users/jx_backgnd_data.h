@@ -49,10 +49,10 @@ public:
     friend JX_API std::ostream& operator<<(std::ostream& out, JxBackgndData& data);
     friend JX_API std::istream& operator>>(std::istream& in, JxBackgndData& data);
 
-    unsigned long mulFlags;
-    unsigned long mulValue2;
-    unsigned short mwValue3;
-    unsigned short mwValue4;
+    unsigned long mulFlags = 0;
+    unsigned long mulValue2 = 0;
+    unsigned short mwValue3 = 0;
+    unsigned short mwValue4 = 0;
     RBString mstrSettings[keSettings];
     RBString mstrList[keListStrings];
     RBString mstr7;
@@ -69,7 +69,7 @@ public:
     RBString mstr14; // never written to a file
 
 private:
-    int mfPopOption;
+    int mfPopOption = 0;
 
 public:
     RBString mstr16; // the name of the dial-up connection
@@ -95,7 +95,7 @@ public:
 
 private:
     void* mhHandle;
-    int mfDialup;
-    int mfDialupNameSet;
+    int mfDialup = 0;
+    int mfDialupNameSet = 0;
     RBString mstrDialupName;
 };

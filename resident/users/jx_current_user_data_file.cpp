@@ -12,7 +12,7 @@ static const char kLoggedUserFile[] = "JXLGDUSR.DAT";
 
 static constexpr unsigned short kSpecSize = 260;
 
-JxCurrentUserDataFile::JxCurrentUserDataFile() : mpszFileSpec(nullptr), mpoRbFile(nullptr) {}
+JxCurrentUserDataFile::JxCurrentUserDataFile() = default;
 
 JxCurrentUserDataFile::~JxCurrentUserDataFile() {
     delete[] mpszFileSpec;
@@ -26,10 +26,10 @@ unsigned int JxCurrentUserDataFile::GetFileSpec(const char* name, char* buffer,
     const unsigned int length = GetWindowsDirectoryA(buffer, size);
     if (length == 0 || length >= size)
         return 0;
-    FileSpec spec(buffer, 1);
+    FileSpec spec(buffer, FileSpec::keAsPath);
     // A name that is none would leave the directory itself, which Close would then hide.
     *buffer = 0;
-    if (spec.SetSpecPart(name, 0) != FileSpec::keSpecOk)
+    if (spec.SetSpecPart(name, FileSpec::keAsParts) != FileSpec::keSpecOk)
         return 0;
     const char* const path = spec.FullFileSpec();
     if (std::strlen(path) >= size)
@@ -56,7 +56,7 @@ int JxCurrentUserDataFile::Open(const char* name, int mode) {
     mpszFileSpec = new char[kSpecSize];
     mpszFileSpec[0] = 0;
     if (!GetFileSpec(name, mpszFileSpec, kSpecSize))
-        return 0;
+        return false;
     mpoRbFile = new RbFile(mpszFileSpec);
     // A hidden file cannot be opened for writing anew.
     SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_ARCHIVE);

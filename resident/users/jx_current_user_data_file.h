@@ -50,6 +50,6 @@ public:
     std::fstream* GetStream();
 
 private:
-    char* mpszFileSpec;
-    RbFile* mpoRbFile;
+    char* mpszFileSpec = nullptr;
+    RbFile* mpoRbFile = nullptr;
 };

@@ -3,9 +3,9 @@
 #include <istream>
 #include <ostream>
 
-JxDownloadItem::JxDownloadItem() : mulNumber(0) {}
+JxDownloadItem::JxDownloadItem() = default;
 
-JxDownloadItem::JxDownloadItem(const RBString& text) : mstrText(text), mulNumber(0) {}
+JxDownloadItem::JxDownloadItem(const RBString& text) : mstrText(text) {}
 
 JxDownloadItem::~JxDownloadItem() = default;
 

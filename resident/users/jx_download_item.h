@@ -24,7 +24,7 @@ public:
 
 private:
     RBString mstrText;
-    unsigned long mulNumber;
+    unsigned long mulNumber = 0;
 };
 
 JX_EXPORTED_CONTAINER(JxDownloadItem);

@@ -32,7 +32,7 @@ const JxInstallableDefaults::Setting JxInstallableDefaults::Setting::kEnclosureE
 const JxInstallableDefaults::Setting JxInstallableDefaults::Setting::kPlatform = {
     "Platform", kPlatformWords, 4, 4, 158, 165};
 
-JxInstallableDefaults::JxInstallableDefaults() : mfSetup(0) {}
+JxInstallableDefaults::JxInstallableDefaults() = default;
 
 JxInstallableDefaults* JxInstallableDefaults::GetInstance() {
     if (!mpoInstance)
@@ -46,17 +46,17 @@ void JxInstallableDefaults::KillInstance() {
 }
 
 int JxInstallableDefaults::SetupInstallableDefaults(const char* sourceDir, const char* targetDir) {
-    RbFile source(FileSpec(sourceDir, 1));
-    source.SetSpecPart(kFileName, 0);
-    RbFile target(FileSpec(targetDir, 1));
-    target.SetSpecPart(kFileName, 0);
+    RbFile source(FileSpec(sourceDir, FileSpec::keAsPath));
+    source.SetSpecPart(kFileName, FileSpec::keAsParts);
+    RbFile target(FileSpec(targetDir, FileSpec::keAsPath));
+    target.SetSpecPart(kFileName, FileSpec::keAsParts);
     // A cut copy would pass for the site's file, and never be made whole.
     if (!target.Exists() && source.Exists() &&
         target.Copy(source, 1, nullptr, keDupLargeBuffer) != keCopyDone)
         target.ImpRemove();
     mstrFile.puts(target.FullFileSpec());
-    mfSetup = 1;
-    return 1;
+    mfSetup = true;
+    return true;
 }
 
 int JxInstallableDefaults::Get(const Setting& setting) const {

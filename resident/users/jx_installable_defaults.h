@@ -38,5 +38,5 @@ private:
     static JxInstallableDefaults* mpoInstance;
 
     RBString mstrFile;
-    int mfSetup;
+    int mfSetup = 0;
 };

@@ -34,7 +34,7 @@ JxLoggedMailUser& JxLoggedMailUser::operator=(const JxLoggedMailUser& other) {
     return *this;
 }
 
-void JxLoggedMailUser::SetNotLogged() { mfLogged1 = mfLogged2 = 1; }
+void JxLoggedMailUser::SetNotLogged() { mfLogged1 = mfLogged2 = true; }
 
 int operator==(const JxLoggedMailUser& left, const JxLoggedMailUser& right) {
     return left.mstrName == right.mstrName && left.mstrAddress == right.mstrAddress;

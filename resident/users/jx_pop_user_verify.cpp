@@ -25,7 +25,7 @@ int JxPopUserVerify::WriteDataToUserFile() {
     JxCurrentUserDataFile file;
     if (!file.OpenUserDataFile(keOpenRewrite)) {
         file.CloseFailed();
-        return 0;
+        return false;
     }
     std::fstream& stream = *file.GetStream();
     for (const char* text :
@@ -42,7 +42,7 @@ int JxPopUserVerify::ReadDataFromUserFile(RBString& userName, RBString& password
     JxCurrentUserDataFile file;
     if (!file.OpenUserDataFile(keOpenRead)) {
         file.CloseFailed();
-        return 0;
+        return false;
     }
     std::fstream& stream = *file.GetStream();
     for (RBString* text : {&userName, &password, &ipAddress, &dialupName})

@@ -87,15 +87,15 @@ int MailUser::IsLessThan(const MailUser& other) const {
     switch (ClassOf(mType)) {
     case TypeClass::B:
         if (theirs == TypeClass::A)
-            return 0;
-        return theirs == TypeClass::B ? CompareNames(mstrName, other.mstrName) < 0 : 1;
+            return false;
+        return theirs == TypeClass::B ? CompareNames(mstrName, other.mstrName) < 0 : true;
     case TypeClass::C:
         if (theirs == TypeClass::A || theirs == TypeClass::B)
-            return 0;
+            return false;
         return CompareNames(mstrName, other.mstrName) < 0;
     default:
         // Two users of class A are each less than the other; lists rely on it.
-        return 1;
+        return true;
     }
 }
 
@@ -110,7 +110,7 @@ int MailUser::IsGreaterThan(const MailUser& other) const {
     case TypeClass::C:
         return theirs == TypeClass::A || theirs == TypeClass::B;
     default:
-        return 0;
+        return false;
     }
 }
 
@@ -197,9 +197,9 @@ RBString& MailUser::OrderedUserName(RBString& out, unsigned short flags) {
 
 int MailUser::BoundryCheck(RBString& dest, const char* text, unsigned int limit) {
     if (!text || std::strlen(text) >= limit)
-        return 0;
+        return false;
     dest.puts(text);
-    return 1;
+    return true;
 }
 
 char MailUser::GetUserNameFirstChar() const {

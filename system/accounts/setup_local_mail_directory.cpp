@@ -35,16 +35,16 @@ int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& resu
                                               enumLocalMailDir which) {
     const unsigned int index = static_cast<unsigned int>(which);
     if (!prefs || index >= sizeof kFolders / sizeof kFolders[0])
-        return 0;
+        return false;
     const LocalFolder& folder = kFolders[index];
     RBString directory;
     (prefs->*folder.directory)(&directory);
-    FileSpec spec(directory, 1);
+    FileSpec spec(directory, FileSpec::keAsPath);
     if (!DiskDriver::FileExists(spec, keAttrDirectory) && !DiskDriver::MakeDir(spec))
-        return 0;
-    int made = 1;
+        return false;
+    bool made = true;
     if (folder.directoryFile) {
-        spec.SetSpecPart(folder.directoryFile, 0);
+        spec.SetSpecPart(folder.directoryFile, FileSpec::keAsParts);
         DirectoryFile directoryFile(keDirFolder);
         static_cast<FileSpec&>(directoryFile) = spec;
         // A folder of that name exists, too, and is no directory file.

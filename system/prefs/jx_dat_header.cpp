@@ -5,7 +5,7 @@
 #include <istream>
 #include <ostream>
 
-JXDatHeader::JXDatHeader() : first(0), second(0), word(0), nameLength(0), name() {}
+JXDatHeader::JXDatHeader() = default;
 
 char* JXDatHeader::SetName(const char* newName) {
     if (!newName)

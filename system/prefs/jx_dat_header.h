@@ -16,11 +16,11 @@ struct JX_API JXDatHeader {
     // programs take the name up to its zero. Returns the stored characters.
     char* SetName(const char* name);
 
-    unsigned long first;      // 0
-    unsigned long second;     // 4
-    unsigned short word;      // 8
-    unsigned char nameLength; // 10
-    char name[keNameSize];    // 11: zero-filled
+    unsigned long first = 0;      // 0
+    unsigned long second = 0;     // 4
+    unsigned short word = 0;      // 8
+    unsigned char nameLength = 0; // 10
+    char name[keNameSize]{};      // 11: zero-filled
 };
 static_assert(sizeof(JXDatHeader) == 44);
 

@@ -103,7 +103,7 @@ void JXMailPrefs::Init() {
     std::memset(mRecord, 0, sizeof mRecord);
     std::memset(mExtra, 0, sizeof mExtra);
     mPrefFlags = 0;
-    mfValid = 0;
+    mfValid = false;
     mwPopPort = JxBackgndData::keDefaultPopPort;
     mwSmtpPort = JxBackgndData::keDefaultSmtpPort;
     mpoUserIniFile = nullptr;
@@ -112,8 +112,8 @@ void JXMailPrefs::Init() {
 void JXMailPrefs::ReadFrom(const RBString& directory, unsigned int flags) {
     Init();
     // Without a folder of that name it would be the current folder's file.
-    const bool named = SetSpecPart(directory, 1) == keSpecOk;
-    SetSpecPart(kPrefsFile, 0);
+    const bool named = SetSpecPart(directory, keAsPath) == keSpecOk;
+    SetSpecPart(kPrefsFile, keAsParts);
     if (named && Exists()) {
         mPrefFlags = flags;
         SetDefaults();
@@ -213,7 +213,7 @@ int JXMailPrefs::ReadJXPrefs() {
 
 int JXMailPrefs::WriteJXPrefs() {
     if (!(mPrefFlags & keAllowWriting))
-        return 1;
+        return true;
     FixMailDirectory(1);
     ConvertPrefs(kePrefsToOem);
     int result = 0;
@@ -279,8 +279,8 @@ void JXMailPrefs::FixMailDirectory(int toRecord) {
         return;
     FileSpec spec;
     if (mwDrive != keNoDrive)
-        spec.Build(static_cast<char>('A' + mwDrive), nullptr, nullptr, nullptr, 0);
-    if (spec.SetSpecPart(directory, 1) == keSpecOk)
+        spec.Build(static_cast<char>('A' + mwDrive), nullptr, nullptr, nullptr, keKeepOthers);
+    if (spec.SetSpecPart(directory, keAsPath) == keSpecOk)
         mstrMailDirectory.puts(spec.FullSpec());
 }
 
@@ -331,11 +331,11 @@ void JXMailPrefs::GetUserRep(JxMailUserRepresentation&) {}
 int JXMailPrefs::VerifyFileExists(JxMailUserRepresentation& user) {
     const RBString& directory = user.GetPrefFileSpecString();
     if (directory.Length() == 0)
-        return 0;
-    FileSpec spec(directory, 1);
+        return false;
+    FileSpec spec(directory, keAsPath);
     if (!DiskDriver::FileExists(spec.FullFilePath(), keAttrDirectory))
-        return 0;
-    spec.SetSpecPart(kPrefsFile, 0);
+        return false;
+    spec.SetSpecPart(kPrefsFile, keAsParts);
     return DiskDriver::FileExists(spec, keAttrArchive);
 }
 

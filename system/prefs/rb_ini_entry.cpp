@@ -25,9 +25,8 @@ int RbIniStringEntry::StreamOut(SystemPrefFile& file) {
     return file.SetToken(GetSectionName().Text(), GetKeyName().Text(), mstrValue.Text(), 0);
 }
 
-RbIniIntEntry::RbIniIntEntry(const char* section) : RbIniEntry(section), miValue(0) {}
-RbIniIntEntry::RbIniIntEntry(const char* section, const char* key)
-    : RbIniEntry(section, key), miValue(0) {}
+RbIniIntEntry::RbIniIntEntry(const char* section) : RbIniEntry(section) {}
+RbIniIntEntry::RbIniIntEntry(const char* section, const char* key) : RbIniEntry(section, key) {}
 RbIniIntEntry::RbIniIntEntry(const char* section, const char* key, int value)
     : RbIniEntry(section, key), miValue(value) {}
 RbIniIntEntry::~RbIniIntEntry() = default;

@@ -62,5 +62,5 @@ public:
     int StreamOut(SystemPrefFile& file);
 
 protected:
-    int miValue;
+    int miValue = 0;
 };

@@ -14,18 +14,13 @@ static const char kUnknown[] = "UnKnown";
 // Untranslated: a carriage return is part of its line here.
 static constexpr int kOpenLines = keOpenIn | keOpenNoCreate | keOpenBinary;
 
-SystemPrefFile::SystemPrefFile()
-    : mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
+SystemPrefFile::SystemPrefFile() = default;
 
-SystemPrefFile::SystemPrefFile(RBString spec)
-    : PreferenceFile(spec), mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
+SystemPrefFile::SystemPrefFile(RBString spec) : PreferenceFile(spec) {}
 
-SystemPrefFile::SystemPrefFile(const FileSpec& spec)
-    : PreferenceFile(spec), mszToken(), mszKeyList(), mpszNextKey(mszKeyList), mlKeyListLeft(0) {}
+SystemPrefFile::SystemPrefFile(const FileSpec& spec) : PreferenceFile(spec) {}
 
-SystemPrefFile::SystemPrefFile(const SystemPrefFile& other)
-    : std::ios(), PreferenceFile(other), mszToken(), mszKeyList(), mpszNextKey(mszKeyList),
-      mlKeyListLeft(0) {}
+SystemPrefFile::SystemPrefFile(const SystemPrefFile& other) : std::ios(), PreferenceFile(other) {}
 
 SystemPrefFile& SystemPrefFile::operator=(const SystemPrefFile& other) {
     PreferenceFile::operator=(other);
@@ -104,14 +99,14 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
         mlKeyListLeft = GetPrefToken(section, nullptr, kUnknown);
         if (std::strcmp(mszToken, kUnknown) == 0) {
             mlKeyListLeft = 0;
-            return 0;
+            return false;
         }
         std::memset(mszKeyList, 0, sizeof mszKeyList);
         std::memcpy(mszKeyList, mszToken, std::min<long>(mlKeyListLeft, keTokenSize));
         mpszNextKey = mszKeyList;
     }
     if (mlKeyListLeft < 1)
-        return 0;
+        return false;
 
     char defaultValue[keBufferSize] = "";
     if (valueOut && valueSize > 0)
@@ -129,7 +124,7 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
     mlKeyListLeft -= used;
     if (mlKeyListLeft > 0)
         mpszNextKey += used;
-    return 1;
+    return true;
 }
 
 bool SystemPrefFile::FindSection(const char* section) {

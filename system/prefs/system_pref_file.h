@@ -64,8 +64,8 @@ private:
 
     bool FindSection(const char* section);
 
-    char mszToken[keBufferSize];
-    char mszKeyList[keBufferSize];
-    char* mpszNextKey;
-    long mlKeyListLeft;
+    char mszToken[keBufferSize]{};
+    char mszKeyList[keBufferSize]{};
+    char* mpszNextKey = mszKeyList;
+    long mlKeyListLeft = 0;
 };

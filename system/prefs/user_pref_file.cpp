@@ -46,8 +46,7 @@ UserPrefFile::UserPrefFile() : UserPrefFile(nullptr, 0, 0, 0) {}
 
 UserPrefFile::UserPrefFile(void* buffer, unsigned short id, unsigned short size,
                            unsigned short version)
-    : mStatus(0), miOpenMode(keOpenIn | keOpenBinary), mFlags(0),
-      moRecord(), moTag{id, version, size, buffer} {}
+    : miOpenMode(keOpenIn | keOpenBinary), moRecord(), moTag{id, version, size, buffer} {}
 
 UserPrefFile::~UserPrefFile() = default;
 
@@ -66,7 +65,7 @@ int UserPrefFile::ShowFileMessage(unsigned int textId, const char* path) {
     // A share: `path` may be a text that is rebuilt meanwhile.
     const RBString kept(path);
     PrintError(textId, kCaption, 0, GetJxSystemResHandle(), kept.Text());
-    return 0;
+    return false;
 }
 
 int UserPrefFile::FileError(UserPrefError code) {
@@ -125,7 +124,7 @@ int UserPrefFile::CreatePrefsFile(const char* name) {
     moHeader.SetName(name);
     mFlags |= keSkipNextRead;
     // A refused name makes no file: its accepted parts would name another one.
-    if (name && *name && SetSpecPart(name, 0) != keSpecOk)
+    if (name && *name && SetSpecPart(name, keAsParts) != keSpecOk)
         return ShowFileMessage(keMessageCreate, name);
     FileLock lock;
     if (!Reopen(kOpenReadWrite | keOpenTrunc) || !LockOpened(lock))
@@ -159,7 +158,7 @@ int UserPrefFile::ReadAppHeader(unsigned int id) {
             break;
         }
     }
-    return 1;
+    return true;
 }
 
 int UserPrefFile::ReadPrefBuffer(AppPrefTag& tag, long offset) {
@@ -174,10 +173,10 @@ int UserPrefFile::ReadPrefBuffer(AppPrefTag& tag, long offset) {
 int UserPrefFile::ReadAppPrefs(AppPrefTag& tag, int create) {
     if (mFlags & keSkipNextRead) {
         mFlags &= ~keSkipNextRead;
-        return 1;
+        return true;
     }
     if (!ReadAppHeader(tag.id))
-        return 0;
+        return false;
     int result = 0;
     if (mStatus & keRecordFound) {
         result = ReadPrefBuffer(tag, static_cast<long>(moRecord.Offset()));
@@ -202,7 +201,7 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
     FileLock lock;
     FileLock rebuilt;
     if (!LockOpened(lock) || !ReadAppHeader(tag.id))
-        return 0;
+        return false;
     const auto* const block = static_cast<const char*>(tag.buffer);
     if (!block && tag.size)
         return FileError(kePrefWriteError);
@@ -243,7 +242,7 @@ int UserPrefFile::WritePrefBuffer(AppPrefTag& tag) {
         if (!(*this << moRecord) || !write(block, tag.size))
             return FileError(kePrefWriteError);
     } else if (!Rebuild(moRecord, tag, rebuilt)) {
-        return 0;
+        return false;
     } else if (!Reopen(kOpenReadWrite)) {
         return FileError(kePrefOpenError);
     }
@@ -280,7 +279,7 @@ bool UserPrefFile::Rebuild(AppRecHeader& record, AppPrefTag& tag, FileLock& rebu
     const bool copied = CopyWithRecord(copy, record, tag);
     copy.close();
     if (!copied)
-        return 0;
+        return false;
     if (copy.fail())
         return FileError(kePrefCloseError);
     rebuilt.Take(copy);
@@ -334,5 +333,5 @@ int UserPrefFile::UpdateHeader() {
         return FileError(kePrefSeekError);
     if (!(*this << moHeader) || !flush())
         return FileError(kePrefWriteError);
-    return 1;
+    return true;
 }

@@ -100,9 +100,9 @@ protected:
     // The opened file's size; leaves it at its end. -1 when it cannot be told.
     long FileSize();
 
-    unsigned int mStatus;
+    unsigned int mStatus = 0;
     int miOpenMode;
-    unsigned int mFlags;
+    unsigned int mFlags = 0;
     JXExtendDatHeader moHeader;
     AppRecHeader moRecord;
     AppPrefTag moTag;

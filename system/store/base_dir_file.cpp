@@ -19,9 +19,7 @@ DirectoryRecord BaseDirFile::oFindBufDDR;
 unsigned short BaseDirFile::mwStampTime;
 unsigned short BaseDirFile::mwStampDate;
 
-BaseDirFile::BaseDirFile(TypeDirFile type)
-    : miUsed(0), miUnprocessed(0), mulNewestDate(0), mfKind1(0), fGood(1), mfCopied(0),
-      mType(type) {}
+BaseDirFile::BaseDirFile(TypeDirFile type) : mType(type) {}
 
 BaseDirFile::~BaseDirFile() = default;
 
@@ -56,7 +54,7 @@ bool BaseDirFile::OpenToChange(FileLock& lock, int mode) {
 int BaseDirFile::AddMessage(RbFile* message) {
     FileLock lock;
     if (!OpenToChange(lock, keOpenAppend))
-        return 0;
+        return false;
     DirectoryRecord record;
     const long size = tellg();
     int written = size >= 0 && ReadMessageRecord(message, record);
@@ -107,7 +105,7 @@ int BaseDirFile::WriteRecord(RbFile* message) {
 int BaseDirFile::ReadDDR(RbFile& file, DirectoryRecord& record) {
     if (!file.isOpen()) {
         if (!file.Open(keOpenIn | keOpenBinary))
-            return 0;
+            return false;
         const int read = (file >> record).good();
         file.close();
         return read;
@@ -128,21 +126,21 @@ bool BaseDirFile::WriteHeader(std::ostream& stream) {
 
 int BaseDirFile::CreateDFile() {
     if (mType == keDirForeign)
-        return 0;
+        return false;
     miUsed = miUnprocessed = 0;
     FileLock lock;
     // What is not there is made first, so that it can be locked, and so that no link that leads
     // nowhere yet is followed.
     MakeNewFile(OpenedName(*this).c_str());
     if (!OpenToChange(lock, keOpenRewrite | keOpenNoCreate))
-        return 1;
+        return true;
 
-    int result = 1;
+    bool result = true;
     bool allWritten = true;
     long written = 0;
     if (mType == keDirMessages) {
         FileSpec pattern(FullFileSpec());
-        pattern.SetSpecPart("*.EML", 0);
+        pattern.SetSpecPart("*.EML", keAsParts);
         DiskDriver driver;
         driver.ChangeLocation(*this);
         driver.SetSearchPattern(pattern);
@@ -271,10 +269,10 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot
 int BaseDirFile::GetInfo(enumGetInfoOptions) {
     miUsed = miUnprocessed = 0;
     mulNewestDate = 0;
-    mfKind1 = 0;
+    mfKind1 = false;
     const bool openedHere = !isOpen();
     if (openedHere && !Open(keOpenRead))
-        return 0;
+        return false;
     clear();
     const long saved = tellg();
 
@@ -288,7 +286,7 @@ int BaseDirFile::GetInfo(enumGetInfoOptions) {
         if (!(record->status & keStatusProcessed)) {
             ++miUnprocessed;
             if (record->kind == 1)
-                mfKind1 = 1;
+                mfKind1 = true;
         }
     }
     const int result = AtEnd();
@@ -303,8 +301,8 @@ int BaseDirFile::CheckDateStamp() {
     ffblk found;
     if (!DiskDriver::GetFileInfo(FullFileSpec(), &found,
                                  keAttrReadOnly | keAttrHidden | keAttrSystem | keAttrArchive))
-        return 0;
+        return false;
     mwStampTime = found.ff_ftime;
     mwStampDate = found.ff_fdate;
-    return 1;
+    return true;
 }

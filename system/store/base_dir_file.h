@@ -151,12 +151,12 @@ protected:
     // Whether the stream stopped because the file ended, and for no other reason.
     bool AtEnd() const { return eof() && !bad(); }
 
-    int miUsed;
-    int miUnprocessed;
-    unsigned long mulNewestDate;
-    int mfKind1;
-    int fGood;
-    int mfCopied; // set by GetDFile
+    int miUsed = 0;
+    int miUnprocessed = 0;
+    unsigned long mulNewestDate = 0;
+    int mfKind1 = 0;
+    int fGood = 1;
+    int mfCopied = 0; // set by GetDFile
     TypeDirFile mType;
 
 private:

@@ -92,9 +92,9 @@ int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
     FileLock lock;
     if (!OpenToChange(lock, keOpenUpdate)) {
         kReports.Fail("Error BaseDirFile: MarkRecord(), can't open file");
-        return 0;
+        return false;
     }
-    int marked = 0;
+    bool marked = false;
     DirectoryRecord stored;
     // A probe that is not in the file gives -2, which passes here and fails as a position below:
     // the two reports are what callers know.
@@ -110,7 +110,7 @@ int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
 int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
     FileLock lock;
     OpenToChange(lock, keOpenUpdate);
-    int deleted = 0;
+    bool deleted = false;
     DirectoryRecord stored;
     // As in MarkRecord, -2 goes on and fails as a position.
     const long position = AlterDirectoryBlock(probe, stored, 0);
@@ -178,7 +178,7 @@ int BaseDirFile::CompressDFile() {
     FileLock lock;
     // A file that has the backup's name would be removed as an older backup.
     if (IsSameFile(backup) || !MakeUniqueFile(&compressed, *this, ".TMP"))
-        return 0;
+        return false;
     bool copied = false;
     {
         const std::unique_ptr<char[]> buffer(new char[kCopyBuffer]);
@@ -192,7 +192,7 @@ int BaseDirFile::CompressDFile() {
     }
     if (!copied) {
         DiskDriver::RemoveFile(compressed);
-        return 0;
+        return false;
     }
 
     return ReplaceFileBy(compressed, *this, backup, keReplaceDropBackup);
@@ -201,7 +201,7 @@ int BaseDirFile::CompressDFile() {
 int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
     if (!Open(keOpenUpdate)) {
         kReports.Fail("Can't open Inbox D File");
-        return 0;
+        return false;
     }
     MoveTo(FirstRecord());
     ContainerTail<JxDownloadItem> items(list);
@@ -222,7 +222,7 @@ int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
 
 int BaseDirFile::RemoveAllMessageIDs(enumRemoveOptions option) {
     if (mType == keDirForeign)
-        return 0;
+        return false;
     miUsed = miUnprocessed = 0;
     BaseDirFile stripped(mType);
     static_cast<FileSpec&>(stripped) = WithExtension(*this, ".TMP");

@@ -317,7 +317,7 @@ bool DirectoryFile::CutFreeSlots() {
 
 int DirectoryFile::GetDFile(RbFile& copy) {
     if (mType == keDirMessages)
-        return 0;
+        return false;
     mfCopied = fGood = 1;
     miUsed = miUnprocessed = 0;
     if (!Open(keOpenUpdate))

@@ -17,9 +17,9 @@ static constexpr int kMaxKind = 5;
 
 static unsigned short Value(const RBInt& stored) { return static_cast<unsigned short>(stored); }
 
-DirectoryRecord::DirectoryRecord() : mfValid(1), moRecord() {}
+DirectoryRecord::DirectoryRecord() = default;
 
-DirectoryRecord::DirectoryRecord(const DiskDirRec* record) : mfValid(1), moRecord(*record) {}
+DirectoryRecord::DirectoryRecord(const DiskDirRec* record) : moRecord(*record) {}
 
 DirectoryRecord::~DirectoryRecord() = default;
 
@@ -33,27 +33,27 @@ void DirectoryRecord::FixTopicAndIndex() {
 }
 
 int ClampRecord(DiskDirRec& record) {
-    int valid = 1;
+    bool valid = true;
     const auto clampLength = [&valid](unsigned char* field, unsigned int size) {
         if (field[0] >= size) {
             field[0] = static_cast<unsigned char>(size - 1);
-            valid = 0;
+            valid = false;
         }
     };
     clampLength(record.topic, sizeof record.topic);
     clampLength(record.fileName, sizeof record.fileName);
     if (!BaseMailUser::CheckValidity(record.sender))
-        valid = 0;
+        valid = false;
     if (!BaseMailUser::CheckValidity(record.secondUser))
-        valid = 0;
+        valid = false;
     if (Value(record.count) > kMaxCount) {
         record.count = kMaxCount;
-        valid = 0;
+        valid = false;
     }
     // Clamped to 6, which the next check rejects again: a damaged kind stays known as damaged.
     if (Value(record.kind) > kMaxKind) {
         record.kind = kMaxKind + 1;
-        valid = 0;
+        valid = false;
     }
     return valid;
 }

@@ -96,8 +96,8 @@ private:
         return reinterpret_cast<const unsigned char*>(&moRecord) + keMessageIDOffset;
     }
 
-    int mfValid;
-    DiskDirRec moRecord;
+    int mfValid = 1;
+    DiskDirRec moRecord{};
 };
 
 // The 316 bytes as they are.

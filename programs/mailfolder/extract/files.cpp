@@ -5,6 +5,7 @@
 #include <winternl.h>
 
 #include "programs/mailfolder/failure.h"
+#include "resident/files/file_handle.h"
 
 namespace extract {
 
@@ -15,18 +16,17 @@ bool SameName(std::wstring_view left, std::wstring_view right) {
 
 void ForEachEntry(const Path& folder, const std::function<void(const Entry&)>& visit) {
     WIN32_FIND_DATAW found;
-    const HANDLE search =
-        FindFirstFileExW(folder.Child(L"*").Full().c_str(), FindExInfoBasic, &found,
-                         FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
-    if (search == INVALID_HANDLE_VALUE)
+    const SearchHandle search(FindFirstFileExW(folder.Child(L"*").Full().c_str(), FindExInfoBasic,
+                                               &found, FindExSearchNameMatch, nullptr,
+                                               FIND_FIRST_EX_LARGE_FETCH));
+    if (!search)
         return;
     do {
         const std::wstring name = found.cFileName;
         if (name != L"." && name != L"..")
             visit({name, (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
                    (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0});
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    } while (FindNextFileW(search.Get(), &found));
 }
 
 std::vector<Entry> EntriesOf(const Path& folder) {
@@ -47,7 +47,7 @@ bool IsFolder(const Path& path) {
 }
 
 // Under Wine final paths of over 260 characters are not told; this is what it makes them of.
-static std::wstring ObjectName(const WinHandle& file) {
+static std::wstring ObjectName(const FileHandle& file) {
     constexpr OBJECT_INFORMATION_CLASS kObjectNameInformation = OBJECT_INFORMATION_CLASS(1);
     std::vector<UNICODE_STRING> information(0x10000 / sizeof(UNICODE_STRING));
     ULONG size = 0;
@@ -59,7 +59,7 @@ static std::wstring ObjectName(const WinHandle& file) {
     return name;
 }
 
-std::wstring FinalPath(const WinHandle& file) {
+std::wstring FinalPath(const FileHandle& file) {
     std::wstring path(512, L'\0');
     DWORD size = GetFinalPathNameByHandleW(file.Get(), path.data(), path.size(), 0);
     if (size > path.size()) {
@@ -80,7 +80,7 @@ std::wstring FinalPathOf(const Path& path) {
         missing = L"\\" + there.Name() + missing;
         there = there.Folder();
     }
-    const WinHandle file = OpenShared(there.Full());
+    const FileHandle file = OpenShared(there.Full());
     const std::wstring found = file ? FinalPath(file) : std::wstring();
     return (found.empty() ? there.Full() : found) + missing;
 }
@@ -108,17 +108,17 @@ static std::size_t WhatWasRead(const std::optional<std::size_t>& read) {
     return *read;
 }
 
-std::size_t ReadOn(const WinHandle& file, char* buffer, std::size_t size) {
+std::size_t ReadOn(const FileHandle& file, char* buffer, std::size_t size) {
     return WhatWasRead(ReadFileOn(file, buffer, size));
 }
 
-std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
+std::size_t ReadAt(const FileHandle& file, unsigned long long position, char* buffer,
                    std::size_t size) {
     return WhatWasRead(ReadFileAt(file, position, buffer, size));
 }
 
 bool IsLeftover(const Path& path) {
-    const WinHandle file = OpenShared(path.Full());
+    const FileHandle file = OpenShared(path.Full());
     char bytes[32];
     // A folder cannot be read.
     const auto read = file ? ReadFileAt(file, 0, bytes, sizeof bytes) : std::nullopt;
@@ -134,10 +134,10 @@ static std::string CannotWrite(const Path& path) { return "Cannot write " + path
 NewFile::NewFile(const Path& path)
     : mPath(path), mTemporary(path.Beside(path.Name() + L".mailfolder-new")) {
     const auto make = [this] {
-        return WinHandle(CreateFileW(mTemporary.Full().c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        return FileHandle(CreateFileW(mTemporary.Full().c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                                      nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     };
-    WinHandle file = make();
+    FileHandle file = make();
     if (!file && GetLastError() == ERROR_FILE_EXISTS) {
         if (OpenShared(mTemporary.Full()) && !IsLeftover(mTemporary))
             Fail("{}: {} is there, and is not what an interrupted run left. Move it away.",

@@ -8,7 +8,7 @@
 
 #include "programs/mailfolder/file_writer.h"
 #include "programs/mailfolder/path.h"
-#include "programs/mailfolder/win_handle.h"
+#include "programs/mailfolder/shared_read.h"
 
 namespace extract {
 
@@ -32,7 +32,7 @@ bool Exists(const Path& path);
 bool IsFolder(const Path& path);
 
 // Where a file or folder really lies, links resolved; empty when nobody knows.
-std::wstring FinalPath(const WinHandle& file);
+std::wstring FinalPath(const FileHandle& file);
 // Of the path's nearest folder that is there, with what is not there behind it.
 std::wstring FinalPathOf(const Path& path);
 // The folder of a final path.
@@ -47,8 +47,8 @@ struct Unreadable {
 };
 
 // Reads as much as there is, up to the buffer's size, and returns that. Throws what is Unreadable.
-std::size_t ReadOn(const WinHandle& file, char* buffer, std::size_t size);
-std::size_t ReadAt(const WinHandle& file, unsigned long long position, char* buffer,
+std::size_t ReadOn(const FileHandle& file, char* buffer, std::size_t size);
+std::size_t ReadAt(const FileHandle& file, unsigned long long position, char* buffer,
                    std::size_t size);
 
 // Whether a file with a temporary name may be what an ended program left: it begins as what is

@@ -36,7 +36,7 @@ private:
 
     Path mFolder;
     std::wstring mFinal;
-    WinHandle mFile;
+    FileHandle mFile;
     DiskDirRec mRecord = {};
     std::string mBuffer;
     std::size_t mBuffered = 0;

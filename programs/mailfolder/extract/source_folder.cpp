@@ -64,7 +64,7 @@ SourceFolder::SourceFolder(const Path& argument) {
         Fail("Cannot read {}: there is no such file.", path.Shown());
     const bool isFolder = IsFolder(path);
     mFolder = isFolder ? path : path.Folder();
-    const WinHandle opened = OpenShared(mFolder.Full());
+    const FileHandle opened = OpenShared(mFolder.Full());
     mFinal = opened ? FinalPath(opened) : std::wstring();
     if (mFinal.empty())
         Fail("Cannot read {}: {}.", mFolder.Shown(), LastErrorText());

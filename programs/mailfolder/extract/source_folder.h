@@ -76,7 +76,7 @@ private:
     Path mFolder;
     std::wstring mFinal;
     std::wstring mDFileName;
-    WinHandle mDFile;
+    FileHandle mDFile;
     std::string mProblem;
     bool mIsHeld = false;
     unsigned long mSlots = 0;

@@ -126,7 +126,7 @@ private:
     Path mOldPath; // while the new one takes its place
     bool mAppend;
     NewFile mNew;
-    WinHandle mOld;
+    FileHandle mOld;
     bool mBegun = false;
 };
 
@@ -139,7 +139,7 @@ MboxTarget::MboxTarget(const Path& path, bool append)
     if (mAppend)
         CheckReplaceable();
     // Others read on, and it can be renamed under this handle.
-    mOld = WinHandle(
+    mOld = FileHandle(
         CreateFileW(mPath.Full().c_str(), GENERIC_READ,
                     FILE_SHARE_READ | FILE_SHARE_DELETE | (mAppend ? 0 : FILE_SHARE_WRITE), nullptr,
                     OPEN_EXISTING, 0, nullptr));
@@ -166,7 +166,7 @@ void MboxTarget::CheckReplaceable() const {
 }
 
 static bool IsBeginningOf(const Path& beginning, const Path& whole) {
-    const WinHandle files[] = {OpenShared(beginning.Full()), OpenShared(whole.Full())};
+    const FileHandle files[] = {OpenShared(beginning.Full()), OpenShared(whole.Full())};
     std::string pieces[] = {std::string(0x10000, '\0'), std::string(0x10000, '\0')};
     for (unsigned long long position = 0; files[0] && files[1]; position += pieces[0].size()) {
         std::size_t sizes[2];
@@ -256,7 +256,7 @@ void MboxTarget::Complete() {
     }
     if (!isInPlace)
         Fail("Cannot write {}: there is a file of that name now.", mPath.Shown());
-    mOld = WinHandle();
+    mOld = FileHandle();
     DeleteFileW(mOldPath.Full().c_str());
 }
 
@@ -328,7 +328,7 @@ private:
     }
 
     void Know(const std::wstring& name) {
-        const WinHandle file = OpenShared(mPath.Child(name).Full());
+        const FileHandle file = OpenShared(mPath.Child(name).Full());
         char line[100];
         const std::size_t size = file ? ReadAt(file, 0, line, sizeof line) : 0;
         const std::string_view text(line, size);

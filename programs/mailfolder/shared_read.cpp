@@ -1,14 +1,13 @@
-#include "programs/mailfolder/win_handle.h"
+#include "programs/mailfolder/shared_read.h"
 
 #include <fmt/format.h>
 
-WinHandle OpenShared(const std::wstring& path, DWORD flags) {
-    return WinHandle(CreateFileW(path.c_str(), GENERIC_READ,
-                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                 OPEN_EXISTING, flags, nullptr));
+FileHandle OpenShared(const std::wstring& path, DWORD flags) {
+    return FileHandle(
+        CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
-std::optional<std::size_t> ReadFileAt(const WinHandle& file, unsigned long long position, void* to,
+std::optional<std::size_t> ReadFileAt(const FileHandle& file, unsigned long long position, void* to,
                                       std::size_t size) {
     OVERLAPPED at = {};
     at.Offset = static_cast<DWORD>(position);
@@ -21,7 +20,7 @@ std::optional<std::size_t> ReadFileAt(const WinHandle& file, unsigned long long 
     return count;
 }
 
-std::optional<std::size_t> ReadFileOn(const WinHandle& file, void* to, std::size_t size) {
+std::optional<std::size_t> ReadFileOn(const FileHandle& file, void* to, std::size_t size) {
     DWORD count = 0;
     if (!ReadFile(file.Get(), to, static_cast<DWORD>(size), &count, nullptr))
         return {};
