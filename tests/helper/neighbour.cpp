@@ -17,6 +17,8 @@
 //   U  drops all free slots of MSGS<number>.DAT
 //   p  adds a block to RB.DAT                         block ID
 //   l  seizes the message semaphore LOCK              seized LOCK
+//   v  writes the verification data, four texts of    wrote NUMBER
+//      its number; V reads them                       read TEXT/TEXT/TEXT/TEXT
 //   w  walks as a notifier does                       torn NAME, for texts that do not belong
 //   together
 
@@ -78,6 +80,12 @@ public:
             if (JxMailMessageSemaphore().CreateSemaphoreA((mFolder + "\\LOCK").c_str()))
                 Tell("seized LOCK");
             return;
+        case 'v':
+            if (JxPopUserVerify(Own(), Own(), Own(), Own()).WriteDataToUserFile())
+                Tell("wrote " + mNumber);
+            return;
+        case 'V':
+            return ReadVerification();
         case 'd':
             return Delete("D" + std::to_string(round) + ".EML");
         case 'o':
@@ -150,6 +158,14 @@ private:
         if (file.OpenPrefFile() && file.WriteAppPrefs(tag))
             Tell("block " + std::to_string(id));
         file.ClosePrefFile();
+    }
+    // Texts that differ in length, too.
+    const char* Own() const { return mNumber == "0" ? "0000" : "111111111111"; }
+    void ReadVerification() {
+        RBString texts[4];
+        if (JxPopUserVerify().ReadDataFromUserFile(texts[0], texts[1], texts[2], texts[3]))
+            Tell(std::string("read ") + texts[0].Text() + "/" + texts[1].Text() + "/" +
+                 texts[2].Text() + "/" + texts[3].Text());
     }
     void Walk() {
         char *topic, *fileName, *sender;

@@ -11,6 +11,7 @@
 #include "resident/core/windows_api.h"
 #include "tests/hostile/neighbours.h"
 #include "tests/store/mail_folder.h"
+#include "tests/support/folder_model.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/pref_bytes.h"
 #include "tests/support/random.h"
@@ -41,6 +42,9 @@ protected:
     void Begin(const Steps& steps) {
         for (const auto& entry : std::filesystem::directory_iterator(mFolder.Path()))
             DeleteFileA(entry.path().string().c_str());
+        std::filesystem::remove_all("OLD");
+        CreateDirectoryA("OLD", nullptr);
+        WriteFileBytes("OLD\\DFile", kHeader);
         std::string records = kHeader;
         for (const char* name : {"C0.EML", "D0.EML", "M0.EML"}) {
             records += Neighbours::Mail(name);
@@ -64,7 +68,8 @@ protected:
         std::string outcome = mTurns[0]->Of().told + std::string("|") + mTurns[1]->Of().told;
         std::map<std::string, std::string> files;
         for (const auto& entry : std::filesystem::directory_iterator(mFolder.Path()))
-            files[entry.path().filename().string()] = ReadFileBytes(entry.path().string());
+            if (!entry.is_directory())
+                files[entry.path().filename().string()] = ReadFileBytes(entry.path().string());
         for (const auto& [name, bytes] : files)
             outcome += "|" + name + "=" + bytes;
         return outcome;
@@ -110,17 +115,25 @@ protected:
         return schedule;
     }
 
+    // The lines that both told.
+    std::multiset<std::string> Told() {
+        std::istringstream told(mTurns[0]->Of().told + std::string(mTurns[1]->Of().told));
+        std::multiset<std::string> lines;
+        for (std::string line; std::getline(told, line);)
+            lines.insert(line);
+        return lines;
+    }
+
     std::unique_ptr<Turns> mTurns[2];
     std::unique_ptr<HelperProcess> mPrograms[2];
 };
 
 TEST_F(Interleaved, ComesToWhatASerialOrderComesTo) {
-    const char* const given = std::getenv("POSTRIDER_ROUNDS");
-    const unsigned int rounds = given ? std::atoi(given) : 400;
+    const int rounds = Neighbours::Rounds(400);
     std::map<Steps, std::set<std::string>> serial;
     Random random(1);
     std::size_t turns = 0;
-    for (unsigned int round = 0; round < rounds && !HasFailure(); ++round) {
+    for (int round = 0; round < rounds && !HasFailure(); ++round) {
         // A few pairs of programs, many orders of each.
         const std::string kinds = "amdczsupwU";
         Random part(1 + round % (rounds / 20 + 1));
@@ -143,7 +156,7 @@ TEST_F(Interleaved, ComesToWhatASerialOrderComesTo) {
                 std::printf("not to\n%s\n", testing::PrintToString(each).c_str());
         }
     }
-    std::printf("    %u interleavings of %u turns, of %u pairs\n", rounds,
+    std::printf("    %d interleavings of %u turns, of %u pairs\n", rounds,
                 static_cast<unsigned int>(turns), static_cast<unsigned int>(serial.size()));
 }
 
@@ -152,12 +165,53 @@ TEST_F(Interleaved, GivesEachMessageAndASemaphoreToOneAlone) {
     Random random(2);
     for (int round = 0; round < 60 && !HasFailure(); ++round) {
         SCOPED_TRACE(Alternate({"aCl", "laC"}, random));
-        std::istringstream told(mTurns[0]->Of().told + std::string(mTurns[1]->Of().told));
-        std::multiset<std::string> lines;
-        for (std::string line; std::getline(told, line);)
-            lines.insert(line);
-        EXPECT_EQ(lines,
+        EXPECT_EQ(Told(),
                   (std::multiset<std::string>{"added A0-0.EML", "added A1-0.EML", "seized LOCK",
                                               "taken A0-0.EML", "taken A1-0.EML", "taken C0.EML"}));
     }
+}
+
+// Moving old mail is a step for each message, and its new name is the moment's: all are listed
+// once, with their files, in one of the two folders.
+TEST_F(Interleaved, OldMailIsInOneOfTheFolders) {
+    Random random(3);
+    for (int round = 0; round < Neighbours::Rounds(80) && !HasFailure(); ++round) {
+        const std::string others = "amdczsuoUw";
+        const std::string other{others[round % others.size()]};
+        SCOPED_TRACE(other + ": " + Alternate({"mo", other}, random));
+        std::multiset<std::string> listed, expected = {"C0", "M0"};
+        for (const std::string folder : {"", "OLD\\"})
+            for (Text record : Slots(ReadFileBytes(folder + "DFile"), 316))
+                if (IsUsed(record)) {
+                    listed.insert(FieldText(record, 4, 28));
+                    EXPECT_TRUE(FileThere(folder + FieldText(record, 38, 34)));
+                }
+        if (!Told().count("deleted D0.EML"))
+            expected.insert("D0");
+        if (Told().count("added A1-0.EML"))
+            expected.insert("A1-0");
+        EXPECT_EQ(listed, expected);
+        EXPECT_GE(Told().count("marked M0.EML"), 1u);
+    }
+}
+
+// Who comes while the other writes may be refused, and is told so.
+TEST_F(Interleaved, VerificationDataIsOneProgramsOwn) {
+    const KeptFile kept(WindowsDirectory() + "\\JXUSER.DAT");
+    const std::string zeros = "0000", ones = "111111111111";
+    const auto all = [](Text text) {
+        return "read " + text + "/" + text + "/" + text + "/" + text;
+    };
+    Random random(4);
+    unsigned int read = 0;
+    for (int round = 0; round < Neighbours::Rounds(60) && !HasFailure(); ++round) {
+        kept.Remove();
+        SCOPED_TRACE(Alternate({"vV", round % 2 ? "Vv" : "vV"}, random));
+        for (Text line : Told()) {
+            EXPECT_TRUE(line == all(zeros) || line == all(ones) || line.rfind("wrote ", 0) == 0)
+                << line;
+            read += line[0] == 'r';
+        }
+    }
+    EXPECT_GT(read, 30u);
 }

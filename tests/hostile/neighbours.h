@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdlib>
+
 #include "tests/support/mail_bytes.h"
 
 // What the programs of the neighbour tests write, and what the test looks for.
@@ -13,5 +15,11 @@ inline std::string Mail(const std::string& name) {
 
 // More than a stream holds back.
 inline std::string Block(int id) { return RandomBytes(id, 1000 + 300 * (id / 1000 % 8)); }
+
+// How many rounds; POSTRIDER_ROUNDS makes it more.
+inline int Rounds(int usual) {
+    const char* const rounds = std::getenv("POSTRIDER_ROUNDS");
+    return rounds ? std::atoi(rounds) : usual;
+}
 
 } // namespace Neighbours

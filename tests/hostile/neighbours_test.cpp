@@ -11,11 +11,7 @@
 #include "tests/store/mail_folder.h"
 #include "tests/support/helper_process.h"
 
-// How many rounds; POSTRIDER_ROUNDS makes it more.
-static int Rounds(int usual) {
-    const char* const rounds = std::getenv("POSTRIDER_ROUNDS");
-    return rounds ? std::atoi(rounds) : usual;
-}
+using Neighbours::Rounds;
 
 class NeighbourFolder : public MailFolder {
 protected:
