@@ -40,7 +40,7 @@ bool OwnsCache() {
     void* thread;
     asm("movl %%fs:0x18, %0" : "=r"(thread));
     return ownerThread == thread ||
-           (!ownerThread && !InterlockedCompareExchangePointer(&ownerThread, thread, nullptr));
+           !InterlockedCompareExchangePointer(&ownerThread, thread, nullptr);
 }
 
 } // namespace

@@ -26,7 +26,8 @@ const char* BaseString::MacToPC(const char* source) {
 
 const char* BaseString::PCToMac(const char* source) {
     const std::string text(source ? source : Text());
-    std::string converted(text.size() + 1, '\0');
+    std::string converted;
+    converted.resize(text.size() + 1);
     StrCpySkipLFs(converted.data(), text.c_str());
     puts(converted.c_str());
     return Text();
@@ -76,7 +77,8 @@ const char* BaseString::FormatText(const char* format, char* args) {
     va_end(measured);
     if (length < 0)
         return reset().Text();
-    std::string text(length + 1, '\0');
+    std::string text;
+    text.resize(length + 1);
     std::vsnprintf(text.data(), text.size(), format, args);
     puts(text.c_str());
     return Text();

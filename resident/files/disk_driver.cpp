@@ -145,9 +145,15 @@ int DiskDriver::DoDelDirectory(const char* pattern) {
     const OemName name(pattern);
     if (!name)
         return 0;
-    // Entries of a pattern with a folder are named with that folder: it may be the current one.
-    const char* const separator = std::strrchr(name.Text(), '\\');
-    const std::string folder(name.Text(), separator ? separator + 1 - name.Text() : 0);
+    // Entries of a pattern with a folder are named with that folder, whole: leaving one of them
+    // makes it the current one.
+    std::string folder;
+    char full[keOemNameSize];
+    if (const char* const separator = std::strrchr(name.Text(), '\\')) {
+        if (!_fullpath(full, std::string(name.Text(), separator + 1).c_str(), sizeof full))
+            return 0;
+        folder = full;
+    }
 
     int removed = 0;
     FileSearch search;

@@ -5,6 +5,7 @@
 #include "resident/core/windows_api.h"
 #include "resident/files/file_handle.h"
 #include "resident/files/oem_name.h"
+#include "resident/files/rb_file.h"
 
 static std::wstring Widened(const OemName& name) {
     wchar_t wide[keOemNameSize];
@@ -18,6 +19,11 @@ std::wstring WideName(const FileSpec& file) { return Widened(OemName(file.FullFi
 std::wstring OpenedName(const FileSpec& file) {
     const OemName once(file.FullFileSpec());
     return Widened(OemName(once.Text()));
+}
+
+std::wstring OpenedName(const RbFile& file) {
+    const FileSpec& name = file;
+    return file.isOpen() ? WideName(name) : OpenedName(name);
 }
 
 bool GetFileIdentity(void* handle, FileIdentity& identity) {

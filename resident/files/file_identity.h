@@ -4,6 +4,8 @@
 
 #include "resident/files/file_spec.h"
 
+class RbFile;
+
 // Which file a name leads to, whatever the name: volume serial number and file index, as
 // GetFileInformationByHandle tells them.
 struct FileIdentity {
@@ -20,6 +22,9 @@ JX_API std::wstring WideName(const FileSpec& file);
 
 // The name by which RbFile::Open reaches the file, converted twice, in the same form.
 JX_API std::wstring OpenedName(const FileSpec& file);
+// The same for a file that may be open already: opening has put the name converted once into its
+// specification.
+JX_API std::wstring OpenedName(const RbFile& file);
 
 // Which file, or folder, the path leads to; false when there is none or it cannot be asked. Opens
 // without access and shares everything, so that it disturbs nobody.

@@ -135,6 +135,10 @@ enumFileLockResult FileLock::Take(const FileSpec& file, unsigned long millisecon
     return Take(OpenedName(file).c_str(), milliseconds);
 }
 
+enumFileLockResult FileLock::Take(const RbFile& file, unsigned long milliseconds) {
+    return Take(OpenedName(file).c_str(), milliseconds);
+}
+
 void FileLock::Release() {
     if (!mpoHeld || --mpoHeld->holders > 0) {
         mpoHeld = nullptr;

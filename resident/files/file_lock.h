@@ -2,6 +2,8 @@
 
 #include "resident/files/file_spec.h"
 
+class RbFile;
+
 // What became of taking a lock.
 enum enumFileLockResult : int {
     keLockTaken = 1,
@@ -29,9 +31,10 @@ public:
     FileLock& operator=(const FileLock&) = delete;
     ~FileLock() { Release(); }
 
-    // Takes the lock on the file that RbFile::Open opens for this specification, or on the one that
-    // the system's wide functions find. `milliseconds` bounds the wait.
+    // Takes the lock on the file that RbFile::Open opens for this specification, on the one that is
+    // open, or on the one that the system's wide functions find. `milliseconds` bounds the wait.
     enumFileLockResult Take(const FileSpec& file, unsigned long milliseconds = keWaitMilliseconds);
+    enumFileLockResult Take(const RbFile& file, unsigned long milliseconds = keWaitMilliseconds);
     enumFileLockResult Take(const wchar_t* path, unsigned long milliseconds = keWaitMilliseconds);
 
     // Gives the lock back, if it is held.

@@ -116,8 +116,6 @@ int RbFile::UpdateFile() {
         return 0;
     const int descriptor = Descriptor::Of(*rdbuf());
     _chsize(descriptor, static_cast<long>(position));
-    const int duplicate = _dup(descriptor);
-    if (duplicate != -1)
-        _close(duplicate);
+    _close(_dup(descriptor));
     return 0;
 }

@@ -125,6 +125,5 @@ int TemporaryFile::DelDanglingTemps() {
             DiskDriver::RemoveFile(found))
             removed = true;
     }
-    driver.EndSearch();
     return removed;
 }

@@ -1,5 +1,5 @@
-#include <cstdio>
 #include <fstream>
+#include <string>
 
 #include "resident/core/rb_string.h"
 #include "resident/core/windows_api.h"
@@ -32,9 +32,7 @@ RBString ReportText(const char* expression, const char* message, int line, const
     RBString report("Assert Failed!\n");
     AppendLine(report, expression);
     AppendLine(report, message);
-    char number[16];
-    std::snprintf(number, sizeof number, "%d", line);
-    AppendLine(report, line ? number : nullptr);
+    AppendLine(report, line ? std::to_string(line).c_str() : nullptr);
     AppendLine(report, file);
     return report;
 }

@@ -1,6 +1,5 @@
 #include "resident/users/format_words.h"
 
-#include <iterator>
 #include <map>
 
 #include "resources/jxsysres.h"
@@ -11,10 +10,10 @@ static constexpr FormatWord kEnclosureEncodes[] = {{718, 1}, {719, 2}, {725, 7}}
 static constexpr FormatWord kPlatforms[] = {{726, 6}, {720, 1}, {721, 2},
                                             {722, 3}, {723, 4}, {724, 5}};
 
-const FormatWords kMessageFormatWords = {kMessageFormats, std::size(kMessageFormats)};
-const FormatWords kImportFormatWords = {kImportFormats, std::size(kImportFormats)};
-const FormatWords kEnclosureEncodeWords = {kEnclosureEncodes, std::size(kEnclosureEncodes)};
-const FormatWords kPlatformWords = {kPlatforms, std::size(kPlatforms)};
+const FormatWords kMessageFormatWords = {kMessageFormats};
+const FormatWords kImportFormatWords = {kImportFormats};
+const FormatWords kEnclosureEncodeWords = {kEnclosureEncodes};
+const FormatWords kPlatformWords = {kPlatforms};
 
 // The resource's text, loaded once: a user list asks for each of them on every line.
 static const RBString& TextOf(const FormatWord& word) {
@@ -27,9 +26,9 @@ static const RBString& TextOf(const FormatWord& word) {
 }
 
 int FormatWords::ValueOfExactly(std::string_view text, int fallback) const {
-    for (unsigned int i = 0; i < count; ++i)
-        if (text == TextOf(words[i]).Text())
-            return words[i].value;
+    for (const FormatWord& each : words)
+        if (text == TextOf(each).Text())
+            return each.value;
     return fallback;
 }
 
@@ -41,16 +40,16 @@ int FormatWords::ValueOf(std::string_view text, int fallback) const {
         return exact;
     RBString string;
     string.puts(text);
-    for (unsigned int i = 0; i < count; ++i)
-        if (string == TextOf(words[i]))
-            return words[i].value;
+    for (const FormatWord& each : words)
+        if (string == TextOf(each))
+            return each.value;
     return fallback;
 }
 
 bool FormatWords::WordOf(int value, RBString& word) const {
-    for (unsigned int i = 0; i < count; ++i) {
-        if (words[i].value == value) {
-            word = TextOf(words[i]);
+    for (const FormatWord& each : words) {
+        if (each.value == value) {
+            word = TextOf(each);
             return true;
         }
     }

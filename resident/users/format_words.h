@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "resident/core/rb_string.h"
@@ -15,8 +16,7 @@ struct FormatWord {
 
 // The words of one setting, in the order in which texts are compared with them.
 struct FormatWords {
-    const FormatWord* words;
-    unsigned int count;
+    std::span<const FormatWord> words;
 
     // The value whose word equals `text` as strings compare, by the locale's collation, or
     // `fallback`.

@@ -82,7 +82,8 @@ void JxCurrentUserDataFile::Close() {
 }
 
 void JxCurrentUserDataFile::CloseFailed() {
-    if (mpoRbFile && mpoRbFile->Exists())
+    // Nothing is reported: what could not be opened may not be changed either.
+    if (mpoRbFile && SetFileAttributesA(mpszFileSpec, FILE_ATTRIBUTE_HIDDEN))
         Close();
 }
 

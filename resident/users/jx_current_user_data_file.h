@@ -43,7 +43,7 @@ public:
     // Closes and hides the file. Reported: an object that is not open, and a file that cannot be
     // hidden, as one that is not there.
     void Close();
-    // Closes after a failed open, when the file may be missing: hides one that is there.
+    // Closes after a failed open: hides a file that is there and can be hidden; reports nothing.
     void CloseFailed();
 
     // The open file's stream, owned by this object; null when there is no file.

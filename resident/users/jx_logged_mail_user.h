@@ -57,8 +57,8 @@ public:
     bool ReadInfo(std::fstream& file);
 
     // Makes one of the user's folders, and its empty directory file, where they are missing; the
-    // mail directory of `prefs` must be there. `result` receives the directory file, or the folder
-    // that has none. Returns 1 when both are there, else 0 with `result` as it was.
+    // mail directory of `prefs` must be there. Once the folder is there `result` receives the
+    // directory file, or the folder that has none; else it stays. Returns 1 when both are there.
     int SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result, enumLocalMailDir which);
 
     // The system user record and, if the stream is still good, the logged text. An address of 32

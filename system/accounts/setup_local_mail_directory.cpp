@@ -1,6 +1,8 @@
 // Here, and not beside its class, because it makes directory files of the mail store and asks the
 // mail preferences where.
 
+#include <iterator>
+
 #include "resident/files/disk_driver.h"
 #include "resident/files/file_identity.h"
 #include "resident/files/file_replacement.h"
@@ -34,7 +36,7 @@ static int MakeDirectoryFile(DirectoryFile& file) {
 int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& result,
                                               enumLocalMailDir which) {
     const unsigned int index = static_cast<unsigned int>(which);
-    if (!prefs || index >= sizeof kFolders / sizeof kFolders[0])
+    if (!prefs || index >= std::size(kFolders))
         return false;
     const LocalFolder& folder = kFolders[index];
     RBString directory;
@@ -51,7 +53,6 @@ int JxLoggedMailUser::SetupLocalMailDirectory(JXMailPrefs* prefs, FileSpec& resu
         made = !directoryFile.DirectoryExists() &&
                (directoryFile.Exists() || MakeDirectoryFile(directoryFile));
     }
-    if (made)
-        result = spec;
+    result = spec;
     return made;
 }

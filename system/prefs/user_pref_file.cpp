@@ -91,7 +91,9 @@ bool UserPrefFile::Reopen(int mode) {
 }
 
 bool UserPrefFile::LockOpened(FileLock& lock) {
-    if (!isOpen() || lock.Take(*this, 0) == keLockTaken)
+    // A stream that was opened by another name than the specification's has no lock, and goes on:
+    // nobody renames its file while it is open.
+    if (!isOpen() || lock.Take(*this, 0) != keLockTimedOut)
         return true;
     ClosePrefFile();
     clear();
@@ -282,7 +284,7 @@ bool UserPrefFile::Rebuild(AppRecHeader& record, AppPrefTag& tag, FileLock& rebu
         return false;
     if (copy.fail())
         return FileError(kePrefCloseError);
-    rebuilt.Take(copy);
+    rebuilt.Take(WideName(copy).c_str());
     return PutInPlace(copy);
 }
 

@@ -159,7 +159,6 @@ int BaseDirFile::CreateDFile() {
                 kReports.Fail("Error BaseDirFile: CreateDFile(), writing record");
             }
         }
-        driver.EndSearch();
     } else {
         WriteHeader(*this);
         flush();
@@ -212,7 +211,7 @@ long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
 long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, long position, int write) {
     kReports.Check(isOpen(), "isOpen()", "Error BaseDirFile: AlterDirectoryBlock(), File not open");
     FileLock lock;
-    if (MoveTo(position) && (!write || lock.Take(*this) == keLockTaken)) {
+    if (MoveTo(position) && (!write || lock.Take(*this) != keLockTimedOut)) {
         if (write)
             *this << record;
         else
@@ -237,7 +236,7 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& probe, DirectoryRecord& r
     if (position < 0)
         return position;
     FileLock lock;
-    if (write && lock.Take(*this) != keLockTaken)
+    if (write && lock.Take(*this) == keLockTimedOut)
         return keDirError;
     if (write)
         (*this << record).flush();

@@ -161,7 +161,7 @@ bool DirectoryFile::TakeRecord(DirectoryRecord& record, enumGetDDROptions option
     CallIdle(idle);
     FileLock lock;
     // Read without the lock, it may have been taken by another program since.
-    if (idle && (lock.Take(*this) != keLockTaken || !ReadAgain(record, position) ||
+    if (idle && (lock.Take(*this) == keLockTimedOut || !ReadAgain(record, position) ||
                  !IsSelected(record, option)))
         return false;
     if (option == keGetInstallRequests)
@@ -219,8 +219,7 @@ void DirectoryFile::DeleteOldMail(unsigned long age, int onlyProcessed, Director
 
 // Takes the locks of two files in an order that is the same for every program, so that two that
 // move messages in opposite directions do not wait for one another.
-static bool TakeBoth(const FileSpec& one, FileLock& first, const FileSpec& other,
-                     FileLock& second) {
+static bool TakeBoth(const RbFile& one, FileLock& first, const RbFile& other, FileLock& second) {
     const bool inOrder = OpenedName(one) < OpenedName(other);
     return first.Take(inOrder ? one : other) != keLockTimedOut &&
            second.Take(inOrder ? other : one) != keLockTimedOut;

@@ -2,27 +2,13 @@
 
 #include <utility>
 
-// The first block: a short file is not worth the memory of a large one.
-static constexpr unsigned int kFewRecords = 100;
-// As many as a block of 128 KiB holds.
-static constexpr unsigned int kMostRecords = 0x20000 / sizeof(DiskDirRec);
-
 RecordReader::RecordReader(std::istream& in)
-    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1), mfMoved(false) {
-    MakeBlock(kFewRecords);
-}
-
-void RecordReader::MakeBlock(unsigned int records) {
-    mBlock.reset(new DiskDirRec[records]);
-    mBlockRecords = records;
-    mNext = mEnd = mBlock.get();
-}
+    : mIn(in), mPosition(in.good() ? std::streamoff(in.tellg()) : -1),
+      mBlock(new DiskDirRec[keMostRecords]), mNext(mBlock.get()), mEnd(mNext) {}
 
 bool RecordReader::ReadBlock() {
     if (std::exchange(mfMoved, false))
         mIn.seekg(mPosition);
-    if (mIn.good() && mEnd != mBlock.get() && mBlockRecords == kFewRecords)
-        MakeBlock(kMostRecords);
     while (mIn.good()) {
         mIn.std::istream::read(reinterpret_cast<char*>(mBlock.get()),
                                mBlockRecords * sizeof(DiskDirRec));

@@ -26,13 +26,14 @@ public:
     void StreamMoved() { mfMoved = true; }
 
 private:
-    void MakeBlock(unsigned int records);
+    enum { keMostRecords = 0x20000 / sizeof(DiskDirRec) }; // what a block of 128 KiB holds
+
     bool ReadBlock();
 
     std::istream& mIn;
     std::streamoff mPosition; // of the next block
-    bool mfMoved;
-    unsigned int mBlockRecords; // read at once
+    bool mfMoved = false;
+    unsigned int mBlockRecords = keMostRecords; // read at once
     std::unique_ptr<DiskDirRec[]> mBlock;
     DiskDirRec* mNext;
     DiskDirRec* mEnd;
