@@ -126,6 +126,7 @@ TEST(DoubleByte, TruncateKeepsCharactersWhole) {
     WritePrivateProfileStringA("boot_description", "codepage", nullptr, "SYSTEM.INI");
     EXPECT_EQ(RbCountry::Instance()->GetCountry(), 0); // asked once
     RbCountry::KillInstance();
+    EXPECT_EQ(RbCountry::Instance()->GetCountry(), 1);
     EXPECT_EQ(Stored(RBString("\x81\x40").Truncate(1)), Image(1, "\x81"));
 }
 

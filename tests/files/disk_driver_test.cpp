@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "postrider.h"
 #include "tests/support/message_boxes.h"
 #include "tests/support/scratch.h"
@@ -91,4 +93,13 @@ TEST_F(DiskDriverTest, RemovesATreeWithReadOnlyFiles) {
     EXPECT_EQ(driver.RemoveDir(tree), 1);
     EXPECT_FALSE(FileThere("TREE"));
     EXPECT_EQ(Here(), mFolder.Path());
+}
+
+TEST_F(DiskDriverTest, ARelativeFoldersEntriesAreItsOwn) {
+    DiskDriver::MakeDir("TREE\\TREE");
+    DiskDriver::MakeDir("TREE\\SUB\\TREE");
+    WriteFileBytes("TREE\\SUB\\TREE\\D", "12345");
+    DiskDriver driver;
+    EXPECT_EQ(driver.DoDelDirectory("TREE\\*.*"), 3);
+    EXPECT_TRUE(std::filesystem::is_empty(mFolder.Path("TREE")));
 }

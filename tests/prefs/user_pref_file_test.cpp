@@ -109,6 +109,17 @@ TEST_F(PrefFile, BlocksThatADamagedCountLeavesOutStay) {
     EXPECT_TRUE(mBoxes.Shown().empty());
 }
 
+// A relative path is one of the root, where there is no such file.
+TEST_F(PrefFile, StreamThatAnotherNameOpenedIsWritten) {
+    PrefApp app{1, "new"};
+    CreateDirectoryA("SUB", nullptr);
+    WriteFileBytes("SUB\\RB.DAT", Header(0));
+    mFile.open("SUB\\RB.DAT", keOpenUpdate | keOpenBinary);
+    EXPECT_EQ(mFile.WriteAppPrefs(app.tag), 1);
+    mFile.ClosePrefFile();
+    EXPECT_GT(ReadFileBytes("SUB\\RB.DAT").size(), Header(0).size() + 12);
+}
+
 TEST_F(PrefFile, ItsOwnCopiesAreNotRebuilt) {
     for (const char* name : {"RB.BAK", "rb.tmp"}) {
         mFile.SetSpecPart(name, 0);

@@ -39,6 +39,8 @@ protected:
     static long __stdcall Procedure(void* handle, unsigned int message, unsigned int wParam,
                                     long lParam) {
         const auto window = static_cast<HWND>(handle);
+        if (message == WM_CHAR)
+            journal.push_back(std::string("types ") + static_cast<char>(wParam));
         if (message != 1074)
             return DefWindowProcA(window, message, wParam, lParam);
         auto& self = *reinterpret_cast<Communicator*>(GetWindowLongA(window, GWL_USERDATA));
@@ -98,6 +100,19 @@ TEST_F(Communicator, WaitsForTheReply) {
     EXPECT_THAT(journal, ElementsAre("partner 1 0", "own 8 0"));
     RbYield();
     EXPECT_THAT(journal, ElementsAre("partner 1 0", "own 8 0", "other 3 0"));
+}
+
+TEST_F(Communicator, KeysAreTypedWhereverMessagesRun) {
+    const auto key = [&] {
+        journal.clear();
+        PostMessageA(static_cast<HWND>(mhPartnerWindow), WM_KEYDOWN, 'A', 0x1E0001);
+    };
+    key();
+    PostMessageAndWait(kWantsReply, 6);
+    EXPECT_THAT(journal, testing::Contains("types a"));
+    key();
+    RbYield();
+    EXPECT_THAT(journal, ElementsAre("types a"));
 }
 
 TEST_F(Communicator, WaitsNoLongerThanItsTime) {

@@ -62,4 +62,5 @@ TEST(ResFileRef, TellsBrokenPreconditionsAndGoesOn) {
     EXPECT_THAT(debug.TakeTexts(), testing::Contains(kBroken));
     loaded = RbResFileRef(GetTaskInstance());
     EXPECT_EQ(Product(loaded), "Postrider/9");
+    EXPECT_EQ(loaded.UsageCount(), 0);
 }

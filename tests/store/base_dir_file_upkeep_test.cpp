@@ -54,6 +54,29 @@ TEST_F(BaseDirFileUpkeep, ARewrittenFileThatCannotTakeItsPlaceIsTold) {
     kept.reset();
 }
 
+// Each opening converts the name once more: for a letter whose conversions are all different, each
+// operation needs an object of its own, and finds the same file by it.
+TEST_F(BaseDirFileUpkeep, NamesThatEachOpeningConvertsAreFoundByTheWrite) {
+    const auto file = [&] {
+        auto inbox = std::make_unique<DirectoryFile>(keDirFolder);
+        inbox->Parse(mFolder.Path("C\xE1j").c_str(), 1);
+        return inbox;
+    };
+    WriteFileBytes("A.EML", Message("A", "A.EML") + "text");
+    RbFile message(mFolder.Path("A.EML").c_str());
+    DirectoryRecord probe = Record(Message("A", "A.EML"));
+    EXPECT_TRUE(file()->CreateDFile() == 1 && file()->AddMessage(&message) == 1);
+    EXPECT_EQ(file()->MarkRecord(probe, keMarkProcessed), 1);
+    int turns = 0;
+    static int* counted;
+    counted = &turns;
+    EXPECT_NE(file()->GetUnprocessedDDRs(
+                  &mTaken, [] { ++*counted; }, keGetProcessable),
+              0);
+    EXPECT_EQ(file()->DeleteMail(probe), 1);
+    EXPECT_EQ(Names(), "C\xC3\xBFj ");
+}
+
 TEST_F(BaseDirFileUpkeep, AFileWithABackupsNameIsNotItsOwnBackup) {
     const std::string bytes = kHeader + MessageID(Message("A"), "id");
     for (const char* name : {"D.BAK", "D.bak", "D.TMP"}) {
