@@ -396,8 +396,11 @@ def what_has_no_record_before_its_text_is_taken_whole(folder):
 def several_at_once_take_each_message_once(folder):
     source, target = os.path.join(folder, "In"), os.path.join(folder, "out")
     mf.make(source, [Message(b"%d" % n) for n in range(300)])
+    os.mkdir(target)
+    os.mkfifo(os.path.join(target, "pipe.eml"))  # no message, and nothing that can be read
     with ThreadPoolExecutor(3) as pool:
         said = list(pool.map(lambda _: run("extract", source, target, "--format", "eml", code=None), range(3)))
+    os.remove(os.path.join(target, "pipe.eml"))
     assert len(read(target, "eml")) == 300, said
     assert all("taken" in out or "another program is writing it" in err for out, err in said), said
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "programs/mailfolder/file_writer.h"
@@ -41,9 +43,14 @@ std::wstring ParentOf(const std::wstring& finalPath);
 bool IsWithin(const std::wstring& path, const std::wstring& folder);
 
 // What keeps something of a source from being read, in words that go on after its name.
-struct Unreadable {
+class Unreadable : public std::exception {
+public:
+    Unreadable(std::string why, bool missing = false)
+        : reason(std::move(why)), isMissing(missing) {}
+    const char* what() const noexcept override { return reason.c_str(); }
+
     std::string reason;
-    bool isMissing = false;
+    bool isMissing;
 };
 
 // Reads as much as there is, up to the buffer's size, and returns that. Throws what is Unreadable.

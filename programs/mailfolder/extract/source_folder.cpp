@@ -238,14 +238,18 @@ void SourceFolder::ForEach(const std::function<void(const SourceMessage&)>& visi
     if (mIsHeld)
         Fail("Cannot read {}: {}. Try again when it is closed.", Shown(), mProblem);
     std::vector<NamedFile> named;
+    unsigned long reached = 0;
     try {
         named = FilesNamed();
         ForEachRecord([&](const SourceMessage& message) {
+            reached = *message.slot;
             if (IsChosen(named, message))
                 visit(message);
         });
     } catch (const Unreadable& problem) {
         mProblem = problem.reason;
+        // Those that could be read a moment ago alone have their files left.
+        std::erase_if(named, [&](const NamedFile& each) { return each.slot > reached; });
     }
     ForEachOrphan(named, visit);
 }

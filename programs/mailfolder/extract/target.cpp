@@ -165,13 +165,22 @@ void MboxTarget::CheckReplaceable() const {
         Fail("{} is read-only.", mPath.Shown());
 }
 
+// Reads as ReadAt does; for what stands in the target no message is to blame.
+static std::size_t ReadOld(const Path& path, const FileHandle& file, unsigned long long position,
+                           std::string& piece) {
+    const auto size = ReadFileAt(file, position, piece.data(), piece.size());
+    if (!size)
+        Fail("Cannot read {}: {}.", path.Shown(), LastErrorText());
+    return *size;
+}
+
 static bool IsBeginningOf(const Path& beginning, const Path& whole) {
     const FileHandle files[] = {OpenShared(beginning.Full()), OpenShared(whole.Full())};
     std::string pieces[] = {std::string(0x10000, '\0'), std::string(0x10000, '\0')};
     for (unsigned long long position = 0; files[0] && files[1]; position += pieces[0].size()) {
         std::size_t sizes[2];
         for (int i = 0; i < 2; ++i)
-            sizes[i] = ReadAt(files[i], position, pieces[i].data(), pieces[i].size());
+            sizes[i] = ReadOld(i ? whole : beginning, files[i], position, pieces[i]);
         if (sizes[1] < sizes[0] || pieces[0].compare(0, sizes[0], pieces[1], 0, sizes[0]) != 0)
             return false;
         if (sizes[0] < pieces[0].size())
@@ -198,7 +207,7 @@ void MboxTarget::PutBackOld() {
 void MboxTarget::ForEachOldPiece(const std::function<void(std::string_view)>& take) const {
     std::string piece(0x40000, '\0');
     for (unsigned long long position = 0;;) {
-        const std::size_t size = ReadAt(mOld, position, piece.data(), piece.size());
+        const std::size_t size = ReadOld(mPath, mOld, position, piece);
         if (size == 0)
             return;
         take(std::string_view(piece).substr(0, size));
@@ -330,8 +339,8 @@ private:
     void Know(const std::wstring& name) {
         const FileHandle file = OpenShared(mPath.Child(name).Full());
         char line[100];
-        const std::size_t size = file ? ReadAt(file, 0, line, sizeof line) : 0;
-        const std::string_view text(line, size);
+        const auto size = file ? ReadFileAt(file, 0, line, sizeof line) : std::nullopt;
+        const std::string_view text(line, size.value_or(0));
         if (const auto identity = Identity::OfLine(text.substr(0, text.find('\r'))))
             mKnown.Add(*identity);
     }
