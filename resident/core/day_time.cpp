@@ -77,10 +77,8 @@ unsigned long DayTime::PCToMac(unsigned long pc) const {
 
 long DayTime::GetGmtDiff(long t) {
     const __time64_t time = static_cast<unsigned long>(t);
-    std::tm* const utc = _gmtime64(&time);
-    if (!utc)
-        return 0;
-    const __time64_t asLocal = _mktime64(utc);
+    // Any 32-bit time has a date.
+    const __time64_t asLocal = _mktime64(_gmtime64(&time));
     return asLocal == -1 ? 0 : static_cast<long>(time - asLocal);
 }
 

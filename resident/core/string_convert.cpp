@@ -25,11 +25,9 @@ const char* BaseString::MacToPC(const char* source) {
 }
 
 const char* BaseString::PCToMac(const char* source) {
-    const std::string text(source ? source : Text());
-    std::string converted;
-    converted.resize(text.size() + 1);
-    StrCpySkipLFs(converted.data(), text.c_str());
-    puts(converted.c_str());
+    std::string text(source ? source : Text());
+    StrCpySkipLFs(text.data(), text.c_str());
+    puts(text.c_str());
     return Text();
 }
 

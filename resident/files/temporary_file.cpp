@@ -58,6 +58,12 @@ static bool IsTaken(FileSpec& name) {
     return DiskDriver::FileExists(name, 0) || DiskDriver::FileExists(name, keAttrDirectory);
 }
 
+// Null when it does not fit.
+static const char* WindowsDirectory(char (&buffer)[keOemNameSize]) {
+    const unsigned int length = GetWindowsDirectoryA(buffer, sizeof buffer);
+    return length && length < sizeof buffer ? buffer : nullptr;
+}
+
 // Tries the numbered names; false when one that is free cannot be made, or all are taken.
 bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
     for (int n = 0; n <= kLastNumber; ++n) {
@@ -84,8 +90,7 @@ bool TemporaryFile::MakeNumbered(const char* windowsDirectory) {
 void TemporaryFile::HashFileName(RBString& directory) {
     char windowsDirectory[keOemNameSize];
     mfValid = true;
-    const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
-    if (length && length < sizeof windowsDirectory && MakeNumbered(windowsDirectory))
+    if (WindowsDirectory(windowsDirectory) && MakeNumbered(windowsDirectory))
         return;
 
     if (directory.Length() == 0) {
@@ -107,8 +112,7 @@ void TemporaryFile::HashFileName(RBString& directory) {
 
 int TemporaryFile::DelDanglingTemps() {
     char windowsDirectory[keOemNameSize];
-    const unsigned int length = GetWindowsDirectoryA(windowsDirectory, sizeof windowsDirectory);
-    if (!length || length >= sizeof windowsDirectory)
+    if (!WindowsDirectory(windowsDirectory))
         return false;
     const FileSpec folder(windowsDirectory, keAsPath);
     FileSpec pattern(folder);

@@ -26,29 +26,29 @@ namespace {
 struct TextField {
     unsigned short offset;
     unsigned short size;
-    bool converted;          // between ANSI and OEM; the others are ASCII, or kept as they are
-    const char* initial;     // the default, or null for
-    unsigned short resource; // a string of the product's resource library, or 0 for none
+    bool converted; // between ANSI and OEM; the others are ASCII, or kept as they are
+    const char* initial = nullptr; // the default, or null for
+    unsigned short resource = 0;   // a string of the product's resource library, or 0 for none
 
     unsigned int Room() const { return size - 2u; }
 };
 
 } // namespace
 
-static constexpr TextField kTexts[] = {{kePrefText168, 6, true, "????", 0},
-                                       {kePrefText174, 6, true, "????", 0},
-                                       {kePrefText180, 32, true, nullptr, 0},
+static constexpr TextField kTexts[] = {{kePrefText168, 6, true, "????"},
+                                       {kePrefText174, 6, true, "????"},
+                                       {kePrefText180, 32, true},
                                        {kePrefText212, 34, true, nullptr, 110},
-                                       {kePrefText246, 34, true, nullptr, 0},
-                                       {kePrefMailDirectory, 66, true, nullptr, 0},
-                                       {kePrefText346, 34, true, nullptr, 0},
-                                       {kePrefPopAddress, 134, true, nullptr, 0},
-                                       {kePrefReturnAddress, 134, true, nullptr, 0},
-                                       {kePrefDefaultDomain, 134, true, nullptr, 0},
-                                       {kePrefSmtpHost, 134, false, nullptr, 0},
-                                       {kePrefQuoteMark, 33, false, ">", 0},
-                                       {kePrefDirectoryService, 33, false, nullptr, 0},
-                                       {kePrefPassword, 256, true, nullptr, 0},
+                                       {kePrefText246, 34, true},
+                                       {kePrefMailDirectory, 66, true},
+                                       {kePrefText346, 34, true},
+                                       {kePrefPopAddress, 134, true},
+                                       {kePrefReturnAddress, 134, true},
+                                       {kePrefDefaultDomain, 134, true},
+                                       {kePrefSmtpHost, 134, false},
+                                       {kePrefQuoteMark, 33, false, ">"},
+                                       {kePrefDirectoryService, 33, false},
+                                       {kePrefPassword, 256, true},
                                        {kePrefText1244, 256, false, nullptr, 3424}};
 
 static const TextField* FindText(enumPrefText text) {

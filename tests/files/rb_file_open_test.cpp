@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <iterator>
 #include <memory>
 
 #include "postrider.h"
@@ -64,9 +66,12 @@ TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {
     for (const std::string& longName : names) {
         const char* const name = longName.c_str();
         RbFile file;
+        EXPECT_TRUE(file.DoOpen("B", 0x82, 0)); // nothing of it stays in the common buffer
+        file.close();
         EXPECT_FALSE(file.DoOpen(name, 0x82, 0));
         EXPECT_TRUE(file.bad());
     }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 1);
     std::make_unique<RbFile>("A.DAT")->Open(0x82);
     EXPECT_THAT(boxes.Texts(),
                 ElementsAre("Assert Failed!\n!isOpen()\nDestructor of RbFile is called when file "
