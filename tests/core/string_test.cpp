@@ -89,6 +89,8 @@ TEST(StringErrors, AreShownAndLeaveTheValue) {
     *dummy = 'x';
     EXPECT_EQ(text.charAt(4), dummy);
     { const StringRep none(0u), huge(0xFFFFFFFE); }
+    const StringRep alone("abc", 9, 2, nullptr);
+    EXPECT_STREQ(reinterpret_cast<const char*>(alone.mpBuffer) + 1, "abc");
     EXPECT_THAT(boxes.Texts(),
                 AllOf(SizeIs(5), Each(RBString(3409, GetJxSystemResHandle()).Text())));
     EXPECT_EQ(boxes.Shown()[0].caption, RBString(149, GetJxSystemResHandle()).Text());
