@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <thread>
+
 #include "postrider.h"
 #include "resident/core/windows_api.h"
 #include "resident/files/file_identity.h"
@@ -120,6 +123,23 @@ TEST(FileReplacement, LeavesOneOfTheTwoFilesWholeUnderAKnownName) {
         }
         EXPECT_EQ(Left(), left) << held << options;
         EXPECT_EQ(reports.Take().empty(), result == 1);
+    }
+}
+
+TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
+    const ScratchFolder folder;
+    for (const char* held : {"D.DAT", "D.BAK"}) {
+        WriteFileBytes("D.DAT", "old");
+        WriteFileBytes("D.BAK", "older");
+        WriteFileBytes("NEW", "new");
+        std::optional<UnrenamedFile> kept(held);
+        std::thread other([&] {
+            Sleep(100);
+            kept.reset();
+        });
+        EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplacePlain), 1) << held;
+        other.join();
+        EXPECT_EQ(Left(), "new old - ") << held;
     }
 }
 
