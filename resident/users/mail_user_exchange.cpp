@@ -84,20 +84,13 @@ enumUserListResult MailUser::ImportFields(std::string_view line) {
             if (!BoundryCheck(mstrAddress, std::string(word).c_str(), kAddressLimit))
                 result = keUserListTooLong;
             break;
-        case 4:
-            // A fixed text besides the product's words.
-            if (word == "Default")
-                mPlatform = kePlatform4;
-            else
-                TakeWord(mPlatform, kPlatformWords, word);
-            break;
         case 5:
             TakeWord(mMessageFormat, kImportFormatWords, word);
             break;
         case 6:
             TakeWord(mEnclosureEncode, kEnclosureEncodeWords, word);
             break;
-        default:
+        default: // the platform, which Import takes from the other two settings
             break;
         }
     }
