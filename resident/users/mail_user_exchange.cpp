@@ -1,5 +1,6 @@
 // MailUser: one line of a user list, six fields separated by tabs.
 
+#include <algorithm>
 #include <string>
 
 #include "resident/core/text_fields.h"
@@ -35,6 +36,15 @@ enumUserListResult MailUser::Export(RbFile& file) {
 static std::string_view WithoutTrailingSpaces(std::string_view text) {
     const std::size_t last = text.find_last_not_of(' ');
     return text.substr(0, last == text.npos ? 0 : last + 1);
+}
+
+// The two fields of a line as a name; together they are no longer than the line.
+static void JoinName(RBString& name, std::string_view family, std::string_view given) {
+    char joined[kMaxLine + 1];
+    char* end = std::copy(family.begin(), family.end(), joined);
+    *end++ = '|';
+    end = std::copy(given.begin(), given.end(), end);
+    name.puts(std::string_view(joined, end - joined));
 }
 
 // A setting's word as an enumerator; one that is not known leaves the setting.
@@ -76,7 +86,7 @@ enumUserListResult MailUser::ImportFields(std::string_view line) {
         case 2:
             if (word.empty())
                 result = keUserListNoGivenName;
-            mstrName.puts(std::string(family).append(1, '|').append(word));
+            JoinName(mstrName, family, word);
             if (mstrName.Length() > kMaxName)
                 result = keUserListTooLong;
             break;
