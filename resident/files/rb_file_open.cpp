@@ -116,6 +116,8 @@ int RbFile::UpdateFile() {
         return 0;
     const int descriptor = Descriptor::Of(*rdbuf());
     _chsize(descriptor, static_cast<long>(position));
-    _close(_dup(descriptor));
+    const int duplicate = _dup(descriptor);
+    if (duplicate != -1)
+        _close(duplicate);
     return 0;
 }
