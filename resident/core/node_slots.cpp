@@ -1,5 +1,8 @@
 #include "resident/core/node_slots.h"
 
+#include <array>
+#include <new>
+
 #include "resident/core/s_list.h"
 #include "resident/core/windows_api.h"
 
@@ -18,12 +21,15 @@ SLIST_HEADER freeSlots;
 } // namespace
 
 void* TakeNodeSlot() {
-    if (void* const slot = InterlockedPopEntrySList(&freeSlots))
-        return slot;
-    Slot* const chunk = new (std::nothrow) Slot[kChunk];
-    for (unsigned int i = chunk ? kChunk : 1; --i > 0;)
-        GiveNodeSlot(&chunk[i]);
-    return chunk;
+    for (;;) {
+        if (void* const slot = InterlockedPopEntrySList(&freeSlots))
+            return slot;
+        auto* const chunk = new (std::nothrow) std::array<Slot, kChunk>;
+        if (!chunk)
+            return nullptr;
+        for (Slot& slot : *chunk)
+            GiveNodeSlot(&slot);
+    }
 }
 
 void GiveNodeSlot(void* slot) {

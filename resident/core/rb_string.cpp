@@ -343,16 +343,12 @@ RBString& RBString::getResource(unsigned int id, void* hInstance) {
 }
 
 RBString& RBString::StripChars(char c, unsigned int where) {
-    const std::string scratch(Text());
-    std::size_t begin = 0;
-    std::size_t end = scratch.size();
+    std::string text(Text());
     if (where & keStripTrailing)
-        while (end > begin && scratch[end - 1] == c)
-            --end;
+        text.resize(text.find_last_not_of(c) + 1);
     if (where & keStripLeading)
-        while (begin < end && scratch[begin] == c)
-            ++begin;
-    puts(scratch.substr(begin, end - begin).c_str());
+        text.erase(0, text.find_first_not_of(c));
+    puts(text.c_str());
     return *this;
 }
 

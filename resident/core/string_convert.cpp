@@ -11,13 +11,13 @@
 const char* BaseString::MacToPC(const char* source) {
     const std::string text(source ? source : Text());
     std::string converted;
-    converted.reserve(text.size() + std::count(text.begin(), text.end(), '\r'));
-    for (std::size_t at = 0; at <= text.size();) {
+    for (std::size_t at = 0;;) {
         const std::size_t stretchEnd = std::min(text.find('\r', at), text.size());
         // A stretch keeps the low 16 bits of its length: programs know texts cut so.
         converted.append(text, at, (stretchEnd - at) & 0xFFFF);
-        if (stretchEnd < text.size())
-            converted.append("\r\n");
+        if (stretchEnd == text.size())
+            break;
+        converted.append("\r\n");
         at = stretchEnd + 1;
     }
     puts(converted.c_str());
@@ -75,9 +75,8 @@ const char* BaseString::FormatText(const char* format, char* args) {
     va_end(measured);
     if (length < 0)
         return reset().Text();
-    std::string text;
-    text.resize(length + 1);
-    std::vsnprintf(text.data(), text.size(), format, args);
+    std::string text(length, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, args);
     puts(text.c_str());
     return Text();
 }

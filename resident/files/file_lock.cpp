@@ -66,10 +66,9 @@ static bool Exists(const std::wstring& path) {
 // Whether a rewrite, here or interrupted, has given the file its backup's name.
 static bool HasBackup(const wchar_t* path) {
     std::wstring backup(path);
-    const std::size_t name = backup.find_last_of(L"\\/:") + 1;
-    const std::size_t dot = backup.rfind(L'.');
-    if (dot != std::wstring::npos && dot >= name)
-        backup.resize(dot);
+    const std::size_t last = backup.find_last_of(L"\\/:.");
+    if (last != std::wstring::npos && backup[last] == L'.')
+        backup.resize(last);
     return Exists(backup + L".BAK") || Exists(backup + L".TMP");
 }
 

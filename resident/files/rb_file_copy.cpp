@@ -54,7 +54,7 @@ int RbFile::DupStream(RbFile& source, long size, CopyProgress progress, enumDupS
     unsigned int position = 0;
     if (progress) {
         const unsigned int chunks = remaining <= bufferSize ? 1 : remaining / bufferSize;
-        step = chunks < bufferSize ? bufferSize / chunks : 1;
+        step = std::max(bufferSize / chunks, 1u);
         position = step;
         if (chunks == 1 && !progress(2 * step))
             return keCopyStopped;

@@ -170,7 +170,7 @@ unsigned int PutByBytes(char* to, const char* name, unsigned int size) {
 // The same with a look at all characters at once: a notifier's walk comes here for every message.
 [[gnu::target("sse2")]] unsigned int PutBySse2(char* to, const char* name, unsigned int size) {
     // Two halves of the field, which have a byte in common.
-    constexpr unsigned int kHalf = (UserLRec::keNameSize - 1) / 2;
+    constexpr unsigned int kHalf = UserLRec::keNameSize / 2 - 1;
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name + kHalf));
     const auto places = [&](char wanted) __attribute__((target("sse2"))) {

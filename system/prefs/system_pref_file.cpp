@@ -93,6 +93,14 @@ static void CopyCut(char* to, const char* from, int size) {
         lstrcpynA(to, from, size);
 }
 
+// The last byte is 0 as well, whatever the text's length: callers hand on whole buffers.
+static void CopyToWhole(char* to, const char* from, int size) {
+    if (!to || size <= 0)
+        return;
+    CopyCut(to, from, size);
+    to[size - 1] = 0;
+}
+
 int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short keySize,
                                        char* valueOut, short valueSize, int first) {
     if (first) {
@@ -112,13 +120,8 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
     if (valueOut && valueSize > 0)
         lstrcpynA(defaultValue, valueOut, std::min<int>(valueSize + 1, sizeof defaultValue));
     GetPrefToken(section, mpszNextKey, defaultValue);
-    CopyCut(keyOut, mpszNextKey, keySize);
-    CopyCut(valueOut, mszToken, valueSize);
-    // The last byte too, whatever the text's length: callers hand on whole buffers.
-    if (keyOut && keySize > 0)
-        keyOut[keySize - 1] = 0;
-    if (valueOut && valueSize > 0)
-        valueOut[valueSize - 1] = 0;
+    CopyToWhole(keyOut, mpszNextKey, keySize);
+    CopyToWhole(valueOut, mszToken, valueSize);
 
     const long used = std::strlen(mpszNextKey) + 1;
     mlKeyListLeft -= used;

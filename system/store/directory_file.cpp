@@ -61,7 +61,6 @@ int DirectoryFile::CheckUnprocessedDDRs(enumCheckOptions options, void (*idle)()
             break;
         CallIdle(idle);
         DirectoryRecord record(stored);
-        record.Check_Fixed_Validity();
         if (OkToProcess(&record, options))
             result = keCheckSome;
     }

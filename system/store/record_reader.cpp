@@ -19,8 +19,9 @@ bool RecordReader::ReadBlock() {
             mPosition += (mEnd - mNext) * sizeof(DiskDirRec);
             return mNext != mEnd;
         }
-        // Somewhere in the block is a place that cannot be read: smaller blocks end before it.
-        mBlockRecords /= 2;
+        // Somewhere in the block is a place that cannot be read: one by one the records end before
+        // it.
+        mBlockRecords = 1;
         mNext = mEnd = mBlock.get();
         mIn.clear();
         if (!mIn.seekg(mPosition))

@@ -5,6 +5,7 @@
 #include "postrider.h"
 #include "resources/jxsysres.h"
 #include "tests/core/settings.h"
+#include "tests/support/hooked_import.h"
 
 // What the bytes 0x7F to 0xFF of the Macintosh set become.
 static const std::string kIncoming =
@@ -40,6 +41,21 @@ TEST(TranslateTable, MapsEveryByteAndBackAgainExceptOnAJapaneseSystem) {
     EXPECT_STREQ(text, "\xC4\x80");
     const CodePage japanese("932");
     EXPECT_EQ(Incoming(AllBytes()) + Outgoing(AllBytes()), AllBytes() + AllBytes());
+}
+
+static HRSRC WINAPI FindNone(HMODULE, const char*, const char*) { return nullptr; }
+
+// Of a program without the resource, as this one is at first.
+static const auto ownTables = [] {
+    const HookedImport none("JXTICDLL.DLL", "kernel32.dll", "FindResourceA",
+                            reinterpret_cast<void*>(FindNone));
+    const std::pair tables(Incoming(AllBytes()), Outgoing(AllBytes()));
+    TranslateTable::KillInstance();
+    return tables;
+}();
+
+TEST(TranslateTable, HasTheSameContentsWithoutTheResource) {
+    EXPECT_EQ(ownTables, std::pair(Incoming(AllBytes()), Outgoing(AllBytes())));
 }
 
 TEST(TranslateTable, TakesBothTablesFromTheResource) {

@@ -8,6 +8,7 @@
 #include "postrider.h"
 #include "resident/core/windows_api.h"
 #include "resident/files/file_identity.h"
+#include "tests/support/hooked_import.h"
 #include "tests/support/reports.h"
 #include "tests/support/scratch.h"
 #include "tests/support/unrenamed_file.h"
@@ -126,8 +127,19 @@ TEST(FileReplacement, LeavesOneOfTheTwoFilesWholeUnderAKnownName) {
     }
 }
 
+static int sleeps;
+static void(WINAPI* realSleep)(DWORD);
+
+static void WINAPI CountSleep(DWORD milliseconds) {
+    ++sleeps;
+    realSleep(milliseconds);
+}
+
 TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
     const ScratchFolder folder;
+    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "Sleep",
+                            reinterpret_cast<void*>(CountSleep));
+    realSleep = reinterpret_cast<void(WINAPI*)(DWORD)>(hook.Real());
     for (const char* held : {"D.DAT", "D.BAK"}) {
         WriteFileBytes("D.DAT", "old");
         WriteFileBytes("D.BAK", "older");
@@ -137,7 +149,9 @@ TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
             Sleep(100);
             kept.reset();
         });
+        sleeps = 0;
         EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplacePlain), 1) << held;
+        EXPECT_GT(sleeps, 1) << held; // who waits gives the processor away
         other.join();
         EXPECT_EQ(Left(), "new old - ") << held;
     }
@@ -145,6 +159,7 @@ TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
 
 TEST(FileReplacement, NewFilesTakeNobodysPlace) {
     const ScratchFolder folder;
+    Reports reports;
     WriteFileBytes("A.TMP", "kept");
     EXPECT_FALSE(MakeNewFile(L"A.TMP"));
     EXPECT_TRUE(MakeNewFile(L"B.TMP"));
@@ -156,8 +171,17 @@ TEST(FileReplacement, NewFilesTakeNobodysPlace) {
     EXPECT_TRUE(OpenAnew(anew));
     anew.close();
     EXPECT_EQ(ReadFileBytes("A.TMP"), "");
+    EXPECT_TRUE(MakeUniqueFile(&unique, where, "TMP"));
+    EXPECT_EQ(reports.Take(), "strchr(pszExtension, '.')|361|JXRESIDT\\RBFILE2.CPP\n");
     FileSpec nowhere(folder.Path("NONE\\D.DAT").c_str());
     EXPECT_FALSE(MakeUniqueFile(&unique, nowhere, ".TMP"));
+}
+
+// What a file system of links tells of one.
+static BOOL WINAPI TellLink(HANDLE, FILE_INFO_BY_HANDLE_CLASS, void* information, DWORD) {
+    *static_cast<FILE_ATTRIBUTE_TAG_INFO*>(information) = {
+        FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_REPARSE_POINT, IO_REPARSE_TAG_SYMLINK};
+    return TRUE;
 }
 
 TEST(FileIdentity, IsTheFilesAndNotItsNames) {
@@ -170,6 +194,9 @@ TEST(FileIdentity, IsTheFilesAndNotItsNames) {
     EXPECT_TRUE(a == lower && !(a == b));
     EXPECT_FALSE(GetFileIdentity(L"NONE", a));
     EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE"));
+    const HookedImport asked("JXTICDLL.DLL", "kernel32.dll", "GetFileInformationByHandleEx",
+                             reinterpret_cast<void*>(TellLink));
+    EXPECT_TRUE(IsLink(L"A.DAT"));
     EXPECT_TRUE(WideName(FileSpec("C:\\A\\B.C")) == L"C:\\A\\B.C");
     EXPECT_TRUE(OpenedName(FileSpec("C:\\A\\B.C")) == L"C:\\A\\B.C");
     EXPECT_TRUE(WideName(FileSpec((std::string("C:\\") + std::string(258, 'x')).c_str())).empty());

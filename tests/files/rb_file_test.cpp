@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "postrider.h"
 #include "tests/support/helper_process.h"
 #include "tests/support/message_boxes.h"
@@ -82,6 +85,23 @@ TEST_F(RbFileTest, IsCutWhereItStands) {
     EXPECT_EQ(file.UpdateFile(), 0);
     file.close();
     EXPECT_EQ(ReadFileBytes("A.DAT"), "123");
+}
+
+// Positions are 32-bit, with a sign: 2 GB less a byte is the last.
+TEST_F(RbFileTest, IsCutWhereverAPositionIsOne) {
+    for (const long long size : {0x7FFFFFFFll, 0x80000000ll}) {
+        {
+            std::fstream sparse("A.DAT", std::ios::out | std::ios::trunc | std::ios::binary);
+            sparse.seekp(size);
+            sparse.put('x');
+        }
+        RbFile file("A.DAT");
+        ASSERT_TRUE(file.Open(keOpenUpdate));
+        file.std::fstream::seekg(size);
+        EXPECT_EQ(file.UpdateFile(), 0);
+        file.close();
+        EXPECT_EQ(std::filesystem::file_size("A.DAT"), size == 0x7FFFFFFF ? size : size + 1);
+    }
 }
 
 TEST_F(RbFileTest, KeepsAsMuchAsItsBufferHolds) {

@@ -18,6 +18,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@
 #include "tests/support/crash.h"
 #include "tests/support/debug_output.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/hooked_import.h"
 #include "tests/support/message_boxes.h"
 
 static HANDLE OpenAlone(const char* path) {
@@ -64,16 +66,38 @@ static int AllocationHandler() {
 static std::vector<void*> reserved;
 static unsigned int pressed;
 
+// What the handler makes of memory, and of the program.
+static std::string handled;
+
+static SIZE_T WINAPI Compact(DWORD wanted) {
+    handled += "global " + std::to_string(wanted) + " ";
+    return wanted;
+}
+static SIZE_T WINAPI CompactLocal(UINT wanted) {
+    handled += "local " + std::to_string(wanted) + " ";
+    return wanted;
+}
+static void WINAPI Quit(int code) { handled += "quit " + std::to_string(code) + " "; }
+
+[[noreturn]] static void WINAPI Exit(UINT code) {
+    ExitProcess(handled == "quit 1 " && !std::get_new_handler() ? code : 16);
+}
+
 static void CALLBACK PressButton(HWND, UINT, UINT_PTR timer, DWORD) {
     // Active or not: other programs' windows take turns in that.
     const HWND box = FindWindowA("#32770", nullptr);
     if (!box)
         return;
-    char caption[64] = "", text[64] = "";
+    char caption[300] = "", text[300] = "", whole[300] = "";
     GetWindowTextA(box, caption, sizeof caption);
     GetDlgItemTextA(box, 0xFFFF, text, sizeof text);
-    if (std::strcmp(caption, "Attention") || std::strcmp(text, "Can't allocate enough memory!") ||
-        !GetDlgItem(box, static_cast<int>(pressed)))
+    // Texts without an end: as much of them is shown as there is room for without memory.
+    for (const auto& [shown, id] : {std::pair(caption, 10001u), std::pair(text, 1u)}) {
+        LoadStringA(nullptr, id, whole, 255);
+        if (std::strlen(whole) != 254 || std::strcmp(shown, whole))
+            ExitProcess(14);
+    }
+    if (!GetDlgItem(box, static_cast<int>(pressed)))
         ExitProcess(14);
     KillTimer(nullptr, timer);
     for (void* block : reserved)
@@ -87,10 +111,19 @@ static int AllocationFailure(const char* button) {
     pressed = std::strtoul(button, nullptr, 10);
     if (!LoadLibraryA("JXTICDLL.DLL"))
         return 12;
+    const auto replace = [](const char* library, const char* name, auto* ours) {
+        return std::make_unique<HookedImport>("JXTICDLL.DLL", library, name,
+                                              reinterpret_cast<void*>(ours));
+    };
+    const std::unique_ptr<HookedImport> hooks[] = {
+        replace("kernel32.dll", "GlobalCompact", Compact),
+        replace("kernel32.dll", "LocalCompact", CompactLocal),
+        replace("user32.dll", "PostQuitMessage", Quit),
+        replace("kernel32.dll", "ExitProcess", Exit)};
     SetTimer(nullptr, 0, 50, PressButton);
     while (void* block = VirtualAlloc(nullptr, kBlock, MEM_RESERVE, PAGE_NOACCESS))
         reserved.push_back(block);
-    return ::operator new(kBlock) ? 20 : 15;
+    return ::operator new(kBlock) && handled == "global 32000 local 32000 " ? 20 : 15;
 }
 
 template <class Function>

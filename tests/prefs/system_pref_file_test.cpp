@@ -76,7 +76,7 @@ TEST_F(SystemPrefs, WalksASectionByItsKeyNames) {
     EXPECT_EQ(mFile.GetUnKeyedPrefLine("S", nullptr, 300, value + 1, 0, 1), 1);
     EXPECT_EQ(mFile.GetUnKeyedPrefLine("S", value + 1, 0, nullptr, 300, 1), 1);
     EXPECT_STREQ(value, "....");
-    EXPECT_EQ(Walk("missing", true) + Walk("u", true), "");
+    EXPECT_EQ(Walk("missing", true) + Walk("missing", false) + Walk("u", true), "");
     int names = 0; // of 4 characters and a zero, in 1,600 bytes
     while (Walk("many", names == 0) == std::to_string(1000 + names) + ":x")
         ++names;

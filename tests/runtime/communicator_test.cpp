@@ -125,6 +125,17 @@ TEST_F(Communicator, WaitsNoLongerThanItsTime) {
     EXPECT_TRUE(mwAwaitedMessage == kPlain && mfWaiting);
 }
 
+TEST_F(Communicator, WithoutTimeItLooksOnce) {
+    mwNumSecsToWaitAfterPost = 0;
+    // A second has just begun.
+    for (const std::time_t last = std::time(nullptr); std::time(nullptr) == last;)
+        Sleep(1);
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(PostMessageAndWait(kPlain, 2), 0);
+    EXPECT_LT(GetTickCount() - start, 700u);
+    EXPECT_THAT(journal, ElementsAre("partner 1 2"));
+}
+
 TEST_F(Communicator, DoesNotWaitForAPartnerThatIsNotThere) {
     DestroyWindow(static_cast<HWND>(mhPartnerWindow));
     Post(mhOwnWindow, 8, 0);

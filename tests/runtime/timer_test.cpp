@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "postrider.h"
+#include "tests/support/hooked_import.h"
 #include "tests/support/message_boxes.h"
 
 using testing::ElementsAre;
@@ -105,10 +106,25 @@ static void Leave(void*) {
 }
 
 TEST_F(Timer, ACallbackMayTakeItselfOffAndTheNextOneHasItsTurn) {
-    const auto timer = Make(0);
-    timerInTest = timer.get();
-    timer->RegisterCallback(Write, 0, &mA);
-    timer->RegisterCallback(Leave, 0, nullptr);
-    timer->RegisterCallback(Write, 0, &mC);
-    EXPECT_EQ(Ticks(*timer, 2), "ac.ac.");
+    for (const int first : {0, 1}) {
+        const auto timer = Make(0);
+        timerInTest = timer.get();
+        if (first)
+            timer->RegisterCallback(Write, 0, &mA);
+        timer->RegisterCallback(Leave, 0, nullptr);
+        timer->RegisterCallback(Write, 0, &mC);
+        EXPECT_EQ(Ticks(*timer, 2), first ? "ac.ac." : "c.c.");
+    }
+}
+
+static BOOL WINAPI Kill(HWND window, UINT_PTR identifier) {
+    journal += IsWindow(window) ? std::to_string(identifier) : "late";
+    return TRUE;
+}
+
+TEST_F(Timer, IsKilledBeforeItsWindow) {
+    const HookedImport kill("JXTICDLL.DLL", "user32.dll", "KillTimer",
+                            reinterpret_cast<void*>(Kill));
+    Make(0).reset();
+    EXPECT_EQ(journal, "100");
 }
