@@ -72,13 +72,9 @@ bool OpenToUpdate(std::fstream& stream, const char* name, int mode, std::ios::op
 
 // Makes sure, before the stream library opens it, that the file is there, or that it is not.
 bool Prepare(const char* name, DWORD disposition) {
-    const HANDLE file = CreateFileA(
-        name, GENERIC_READ | (disposition == OPEN_EXISTING ? 0 : GENERIC_WRITE),
-        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return false;
-    CloseHandle(file);
-    return true;
+    return static_cast<bool>(
+        FileHandle(CreateFileA(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                               disposition, FILE_ATTRIBUTE_NORMAL, nullptr)));
 }
 
 bool OpenFile(std::fstream& stream, const char* name, int mode) {

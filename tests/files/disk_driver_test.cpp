@@ -44,7 +44,10 @@ TEST_F(DiskDriverTest, MovesTheProcessAndPutsItBack) {
         EXPECT_TRUE(driver.ChangeDir(FileSpec("C:\\", 1)));
     }
     EXPECT_EQ(Here(), mFolder.Path());
-    EXPECT_EQ(DiskDriver(Folder("MISSING")).IsLocationValid(), 0);
+    {
+        DiskDriver nowhere(FileSpec("Z:\\MISSING\\", 1));
+        EXPECT_TRUE(!nowhere.IsLocationValid() && Here() == mFolder.Path());
+    }
     EXPECT_EQ(Here(), mFolder.Path());
     EXPECT_NE(DiskDriver(Folder("TREE")).IsLocationValid(), 0);
     EXPECT_EQ(Here(), mFolder.Path("TREE"));
@@ -102,4 +105,5 @@ TEST_F(DiskDriverTest, ARelativeFoldersEntriesAreItsOwn) {
     DiskDriver driver;
     EXPECT_EQ(driver.DoDelDirectory("TREE\\*.*"), 3);
     EXPECT_TRUE(std::filesystem::is_empty(mFolder.Path("TREE")));
+    EXPECT_EQ(driver.DoDelDirectory((std::string(250, 'x') + "\\*.*").c_str()), 0);
 }

@@ -37,8 +37,23 @@ private:
     const HANDLE mFile;
 };
 
+static int sleeps;
+
+static void WINAPI CountSleep(DWORD milliseconds) {
+    ++sleeps;
+    SleepEx(milliseconds, FALSE);
+}
+
+// How often the library gives the processor away while it waits.
+struct CountedSleeps : HookedImport {
+    CountedSleeps()
+        : HookedImport("JXTICDLL.DLL", "kernel32.dll", "Sleep",
+                       reinterpret_cast<void*>(CountSleep)) {}
+};
+
 TEST(FileLock, KeepsOtherProgramsAwayUntilItsLastHolderReleasesIt) {
     const ScratchFolder folder;
+    const CountedSleeps counted;
     WriteFileBytes("A.DAT", "a");
     WriteFileBytes("B.DAT", "b");
     const FileSpec a(folder.Path("A.DAT").c_str()), b(folder.Path("B.DAT").c_str());
@@ -58,10 +73,12 @@ TEST(FileLock, KeepsOtherProgramsAwayUntilItsLastHolderReleasesIt) {
         EXPECT_EQ(second.Take(b, 0), keLockTaken);
     }
     EXPECT_TRUE(otherB.Take()); // a holder that is destroyed releases
+    EXPECT_EQ(sleeps, 0);       // what has no time does not wait
     FileLock late;
     const DWORD start = GetTickCount();
     EXPECT_EQ(late.Take(a, 120), keLockTimedOut);
     EXPECT_GE(GetTickCount() - start, 100u);
+    EXPECT_GT(sleeps, 1);
     EXPECT_EQ(late.Take(FileSpec(folder.Path("NONE.DAT").c_str()), 1000), keLockNoFile);
     EXPECT_EQ(late.Take(static_cast<const wchar_t*>(nullptr)), keLockNoFile);
 }
@@ -127,19 +144,9 @@ TEST(FileReplacement, LeavesOneOfTheTwoFilesWholeUnderAKnownName) {
     }
 }
 
-static int sleeps;
-static void(WINAPI* realSleep)(DWORD);
-
-static void WINAPI CountSleep(DWORD milliseconds) {
-    ++sleeps;
-    realSleep(milliseconds);
-}
-
 TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
     const ScratchFolder folder;
-    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "Sleep",
-                            reinterpret_cast<void*>(CountSleep));
-    realSleep = reinterpret_cast<void(WINAPI*)(DWORD)>(hook.Real());
+    const CountedSleeps counted;
     for (const char* held : {"D.DAT", "D.BAK"}) {
         WriteFileBytes("D.DAT", "old");
         WriteFileBytes("D.BAK", "older");
@@ -155,6 +162,50 @@ TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
         other.join();
         EXPECT_EQ(Left(), "new old - ") << held;
     }
+}
+
+TEST(FileReplacement, MakesAnOrdinaryFileOfAReadOnlyOne) {
+    const ScratchFolder folder;
+    WriteFileBytes("D.DAT", "old");
+    SetFileAttributesA("D.DAT", FILE_ATTRIBUTE_READONLY);
+    WriteFileBytes("NEW", "new");
+    EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplacePlain), 1);
+    EXPECT_EQ(Left(), "new old - ");
+    EXPECT_FALSE(GetFileAttributesA("D.DAT") & FILE_ATTRIBUTE_READONLY);
+    EXPECT_TRUE(GetFileAttributesA("D.BAK") & FILE_ATTRIBUTE_READONLY);
+    SetFileAttributesA("D.BAK", FILE_ATTRIBUTE_NORMAL);
+}
+
+static int makes;      // new files that the library asked for
+static int makesTaken; // so many of them are another program's
+static DWORD madeError;
+
+static HANDLE WINAPI Make(const wchar_t* path, DWORD access, DWORD share,
+                          SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
+                          HANDLE pattern) {
+    if (disposition != CREATE_NEW || ++makes > makesTaken)
+        return CreateFileW(path, access, share, security, disposition, flags, pattern);
+    SetLastError(madeError);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST(FileReplacement, UniqueNamesAreTriedAgainWhenOthersTakeThem) {
+    const ScratchFolder folder;
+    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "CreateFileW",
+                            reinterpret_cast<void*>(Make));
+    FileSpec where(folder.Path("D.DAT").c_str());
+    RbFile unique;
+    const auto made = [&](int taken, DWORD error) {
+        makes = 0;
+        makesTaken = taken;
+        madeError = error;
+        return std::pair(MakeUniqueFile(&unique, where, ".TMP"), makes);
+    };
+    for (const DWORD error : {ERROR_FILE_EXISTS, ERROR_ALREADY_EXISTS}) {
+        EXPECT_EQ(made(2, error), std::pair(true, 3));
+        EXPECT_EQ(made(1000, error), std::pair(false, 100)); // there is an end to it
+    }
+    EXPECT_EQ(made(1, ERROR_ACCESS_DENIED), std::pair(false, 1));
 }
 
 TEST(FileReplacement, NewFilesTakeNobodysPlace) {
@@ -184,6 +235,11 @@ static BOOL WINAPI TellLink(HANDLE, FILE_INFO_BY_HANDLE_CLASS, void* information
     return TRUE;
 }
 
+static HANDLE WINAPI FindNoFile(const wchar_t*, WIN32_FIND_DATAW*) {
+    ADD_FAILURE() << "a search costs more, the larger the folder is";
+    return INVALID_HANDLE_VALUE;
+}
+
 TEST(FileIdentity, IsTheFilesAndNotItsNames) {
     const ScratchFolder folder;
     WriteFileBytes("A.DAT", "a");
@@ -193,7 +249,11 @@ TEST(FileIdentity, IsTheFilesAndNotItsNames) {
                 GetFileIdentity(L".\\a.dat", lower));
     EXPECT_TRUE(a == lower && !(a == b));
     EXPECT_FALSE(GetFileIdentity(L"NONE", a));
-    EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE"));
+    {
+        const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "FindFirstFileW",
+                                reinterpret_cast<void*>(FindNoFile));
+        EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE"));
+    }
     const HookedImport asked("JXTICDLL.DLL", "kernel32.dll", "GetFileInformationByHandleEx",
                              reinterpret_cast<void*>(TellLink));
     EXPECT_TRUE(IsLink(L"A.DAT"));

@@ -5,8 +5,10 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
+#include "tests/support/hooked_import.h"
 #include "tests/support/scratch.h"
 
+using testing::EndsWith;
 using testing::StartsWith;
 
 // A name taken in the Windows directory: by a folder when it ends in a backslash, else by a file.
@@ -62,6 +64,50 @@ TEST_F(TemporaryFiles, TakeTheFirstFreeNumberInTheWindowsDirectory) {
     EXPECT_EQ(Name(mFolder.Path().c_str(), keTempDirectory), "JPW00003.TMP");
     TemporaryFile(0).close();
     EXPECT_TRUE(DiskDriver::RemoveFile((WindowsDirectory() + "\\JPW00003.TMP").c_str()));
+}
+
+static std::vector<std::string> asked;
+
+// A folder with every file that is asked for.
+static HANDLE WINAPI FindAll(const char* path, WIN32_FIND_DATAA* found) {
+    asked.push_back(path);
+    *found = {};
+    lstrcpyA(found->cFileName, "FILE");
+    return reinterpret_cast<HANDLE>(4);
+}
+
+TEST_F(TemporaryFiles, EndWithTheLastNumber) {
+    RbFile unique;
+    FileSpec where(mFolder.Path("D.DAT").c_str());
+    FileSpec spec(mFolder.Path().c_str(), 1);
+    const HookedImport find("JXTICDLL.DLL", "kernel32.dll", "FindFirstFileA",
+                            reinterpret_cast<void*>(FindAll));
+    asked.clear();
+    EXPECT_FALSE(RbFile::HashUniqueFileName(&unique, where, ".TMP"));
+    EXPECT_EQ(asked.size(), 32767u);
+    asked.clear();
+    TemporaryFile file(spec, 1);
+    EXPECT_EQ(asked.size(), 32767u);
+    EXPECT_THAT(asked.back(), EndsWith("\\JPW32766.TMP"));
+    EXPECT_THAT(file.FullFileSpec(), StartsWith(mFolder.Path("JPW")));
+}
+
+static HANDLE WINAPI MakeBefore(const char* path, DWORD access, DWORD share,
+                                SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
+                                HANDLE pattern) {
+    if (disposition == CREATE_NEW && asked.empty())
+        WriteFileBytes(path, "another program's"), asked.push_back(path);
+    return CreateFileA(path, access, share, security, disposition, flags, pattern);
+}
+
+TEST_F(TemporaryFiles, LeaveANameToWhoTakesItMeanwhile) {
+    const HookedImport make("JXTICDLL.DLL", "kernel32.dll", "CreateFileA",
+                            reinterpret_cast<void*>(MakeBefore));
+    asked.clear();
+    EXPECT_EQ(Name(".JXT"), "JPW00001.JXT");
+    ASSERT_EQ(asked.size(), 1u);
+    EXPECT_EQ(ReadFileBytes(asked[0]), "another program's");
+    DeleteFileA(asked[0].c_str());
 }
 
 TEST_F(TemporaryFiles, FallBackToTmpOrAFolderOrTheCurrentOne) {

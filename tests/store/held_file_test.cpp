@@ -6,6 +6,7 @@
 #include "resident/core/windows_api.h"
 #include "tests/store/mail_folder.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/hooked_import.h"
 
 // Of the year 2000.
 static const std::string kMessage = Date(Message("A", "A.EML"), 3029529600u);
@@ -56,7 +57,18 @@ protected:
 };
 HeldFiles* HeldFiles::current;
 
+static int waits;
+
+static DWORD WINAPI Wait(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds,
+                         DWORD wake) {
+    ++waits;
+    EXPECT_TRUE(count == 0 && milliseconds == 500);
+    return MsgWaitForMultipleObjects(count, handles, all, milliseconds, wake);
+}
+
 TEST_F(HeldFiles, OpenAtTheTickThatFindsThemReleased) {
+    const HookedImport hook("JXTICDLL.DLL", "user32.dll", "MsgWaitForMultipleObjects",
+                            reinterpret_cast<void*>(Wait));
     for (int ticks : {3, 7}) { // one second, and three
         RbFileRetryOpen file(mPath.c_str());
         const DWORD start = GetTickCount();
@@ -64,6 +76,7 @@ TEST_F(HeldFiles, OpenAtTheTickThatFindsThemReleased) {
         EXPECT_TRUE(file.Open(keOpenUpdate) && file.isOpen());
         EXPECT_EQ(mTicks, ticks);
         EXPECT_GE(GetTickCount() - start, 500u * (ticks - 2) - 20);
+        EXPECT_GT(std::exchange(waits, 0), 0);
         file.close();
     }
 }

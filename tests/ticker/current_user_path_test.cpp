@@ -99,6 +99,7 @@ TEST_F(CurrentUser, WithoutAFileThatCanBeReadNothingIsWritten) {
     {
         const HeldFile held(mPath);
         EXPECT_EQ(Inbox(), "");
+        EXPECT_TRUE(GetFileAttributesA(mPath.c_str()) & FILE_ATTRIBUTE_HIDDEN);
     }
     EXPECT_EQ(Inbox(""), "");
     mKept.Remove();
