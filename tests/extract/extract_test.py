@@ -20,9 +20,9 @@ import time
 import xml.sax.saxutils
 from concurrent.futures import ThreadPoolExecutor
 
-sys.path.insert(0, os.path.dirname(__file__))
-import mail_folder as mf
-from mail_folder import Message
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import mail_files as mf
+from mail_files import Message
 
 BIN, REPORT = sys.argv[1:3]
 DRIVE = os.path.join(os.environ["WINEPREFIX"], "drive_c")
@@ -228,10 +228,11 @@ def every_message_is_read_back_by_other_programs(folder):
         assert summary(run("extract", source, target, "--format", form)[0])[:2] == [0, len(ODDITIES)]
         moved = os.path.join(folder, "Moved " + form)
         shutil.copytree(source, moved)
-        mf.write_d_file(moved, [m.record() for m in reversed(ODDITIES)])
+        mf.write_d_file(moved, reversed(ODDITIES))
         new = Message(b"new", topic=b"new")
         new.file = "NEW.EML"
-        new.write(moved)
+        with open(os.path.join(moved, new.file), "wb") as file:
+            file.write(new.record() + new.text)
         assert summary(run("extract", moved, target, "--format", form, *more)[0])[:2] == [1, len(ODDITIES)]
         assert len(read(target, form)) == len(ODDITIES) + 1
         assert not [n for w, _, ns in os.walk(folder) for n in ns if "mailfolder-" in n]
@@ -275,13 +276,13 @@ def nothing_is_written_where_it_must_not(folder):
     mf.make(os.path.join(mail, "Work", "1998"), [Message(b"deep")])
     secret = os.path.join(folder, "secret.EML")
     with open(secret, "wb") as file:
-        file.write(bytes(mf.RECORD) + b"not in the folder")
+        file.write(bytes(mf.SLOT) + b"not in the folder")
     os.symlink(secret, os.path.join(mail, "Work", "LINK.EML"))
     os.symlink(folder, os.path.join(mail, "loop"))
     outside = [Message(b"x"), Message(b"y")]
     mf.make(os.path.join(mail, "Names"), outside)
     outside[0].file, outside[1].file = "..\\secret.EML", "C:secret.EML"
-    mf.write_d_file(os.path.join(mail, "Names"), [m.record() for m in outside])
+    mf.write_d_file(os.path.join(mail, "Names"), outside)
     before = tree(folder)
     for form in FORMATS:
         target = os.path.join(folder, "out " + form)
@@ -369,7 +370,7 @@ def messages_that_only_the_d_file_tells_apart_all_come_out(folder):
         source = os.path.join(folder, f"F{number}")
         mf.make(source, [Message(b"text", topic=topic)])
         with open(os.path.join(source, "MSG00001.EML"), "wb") as file:
-            file.write(bytes(mf.RECORD) + b"text")
+            file.write(bytes(mf.SLOT) + b"text")
         for form in FORMATS:
             options = ["--format", form] + ["--append"] * (form == "mbox")
             assert summary(run("extract", source, target + form, *options)[0])[:2] == [1, 0]
@@ -410,8 +411,8 @@ def a_held_d_file_is_waited_for_by_the_user(folder):
     source, box, deleted = os.path.join(folder, "In"), os.path.join(folder, "in.mbox"), Message(b"deleted")
     mf.make(source, [Message(b"kept", processed=True), deleted])
     with open(os.path.join(source, "DFile"), "r+b") as file:
-        file.seek(2 * mf.RECORD)
-        file.write(deleted.record(used=0))
+        file.seek(2 * mf.SLOT)
+        file.write(mf.put(deleted.record(), 2, b"\0"))
     holder = subprocess.Popen(["wine", os.path.join(BIN, "helper_process.exe"), "hold",
                                windows(os.path.join(source, "DFile")), "60000", "H", "R"])
     while "holding" not in run("list", source, code=None)[1]:
@@ -476,8 +477,8 @@ def damage(seed, folder, messages):
     with open(path, "rb") as file:
         data = bytearray(file.read())
     place = random_.randrange(len(data))
-    slot = random_.randrange(1, len(messages) + 1) * mf.RECORD
-    noise = random_.randbytes(mf.RECORD)
+    slot = random_.randrange(1, len(messages) + 1) * mf.SLOT
+    noise = random_.randbytes(mf.SLOT)
     victim = random_.choice(messages)
     own = bytearray(victim.record())
     kind = seed % 20
@@ -493,35 +494,35 @@ def damage(seed, folder, messages):
     elif kind == 4:
         del data[place:]
     elif kind == 5:
-        data[slot:slot + mf.RECORD] = noise
+        data[slot:slot + mf.SLOT] = noise
     elif kind == 6:
-        data[slot:slot + mf.RECORD] = bytes(mf.RECORD)
+        data[slot:slot + mf.SLOT] = bytes(mf.SLOT)
     elif kind == 7:
-        data[slot + mf.USED] = 0
+        data[slot + 2] = 0
     elif kind == 8:
         data = bytearray(noise * 9)[:random_.randrange(3000)]
     elif kind == 9:
-        data[:mf.RECORD] = noise
+        data[:mf.SLOT] = noise
     elif kind == 10:
-        data = data[mf.RECORD:] + noise[:place % mf.RECORD]
+        data = data[mf.SLOT:] + noise[:place % mf.SLOT]
     elif kind == 11:
-        data[slot:slot + mf.RECORD] = data[mf.RECORD:2 * mf.RECORD]
+        data[slot:slot + mf.SLOT] = data[mf.SLOT:2 * mf.SLOT]
     elif kind == 12:
         name = random_.choice((b"..\\DFILE", b"NUL", b"*.EML", b"DFile", b"", b"\0\0", b"MSG00001.EML."))
-        mf.put(data, slot + mf.FILE, mf.pascal(name, 34))
+        data[slot + mf.FILE:slot + mf.FILE + 34] = mf.pascal(name, 34)
     elif kind == 13:
         for _ in range(random_.randrange(1, 60)):
             data[random_.randrange(len(data))] = random_.randrange(256)
     elif kind == 14:
-        del data[place:place + random_.randrange(1, mf.RECORD)]
+        del data[place:place + random_.randrange(1, mf.SLOT)]
     elif kind in (15, 16, 17):
         # The message file's own record: with nothing, noise, or one that is no record of it.
-        own = bytearray(bytes(mf.RECORD) if kind == 15 else noise if kind == 16 else
+        own = bytearray(bytes(mf.SLOT) if kind == 15 else noise if kind == 16 else
                         random_.choice(messages).record())
-        data[slot + random_.randrange(mf.RECORD)] ^= 1 << random_.randrange(8)
+        data[slot + random_.randrange(mf.SLOT)] ^= 1 << random_.randrange(8)
     elif kind == 18:
         with open(os.path.join(folder, "SHORT.EML"), "wb") as file:
-            file.write(noise[:random_.randrange(mf.RECORD)])
+            file.write(noise[:random_.randrange(mf.SLOT)])
     else:
         os.rename(os.path.join(folder, victim.file), os.path.join(folder, "LOST.EML"))
         victim.file = "LOST.EML"
