@@ -38,9 +38,9 @@ static std::string_view WithoutTrailingSpaces(std::string_view text) {
     return text.substr(0, last == text.npos ? 0 : last + 1);
 }
 
-// The two fields of a line as a name; together they are no longer than the line.
+// The two fields of a line as a name; with what stands between them they are no longer than it.
 static void JoinName(RBString& name, std::string_view family, std::string_view given) {
-    char joined[kMaxLine + 1];
+    char joined[kMaxLine];
     char* end = std::copy(family.begin(), family.end(), joined);
     *end++ = '|';
     end = std::copy(given.begin(), given.end(), end);

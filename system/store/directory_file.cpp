@@ -257,32 +257,46 @@ void DirectoryFile::UpdateDFile() {
         kReports.Fail("Error copy file: DirectoryFile");
 }
 
-// Rewrites the file in place from a copy. The copy is whole before the file is cut.
-bool DirectoryFile::DropFreeSlots() {
-    TemporaryFile copy(".TMP", 1, keTempExtension);
-    copy.Open(keOpenIn | keOpenOut | keOpenBinary);
-    switch (copy.Copy(*this, 0, nullptr, keDupLargeBuffer)) {
+// Copies the file for a rewrite of it; reports why it could not.
+static bool CopyWhole(DirectoryFile& file, RbFile& copy) {
+    const bool opened = copy.Open(keOpenIn | keOpenOut | keOpenBinary);
+    switch (opened ? copy.Copy(file, 0, nullptr, keDupLargeBuffer) : int{keCopyTargetNotOpen}) {
     case keCopyReadFailed:
         kReports.Fail("Error DirectoryFile copy: source file");
-        return true;
+        return false;
     case keCopyWriteFailed:
         kReports.Fail("Error DirectoryFile copy: destination file");
-        return true;
+        return false;
     case keCopyTargetNotOpen:
         kReports.Fail("Error DirectoryFile copy: OPEN destination file");
-        return true;
-    case keCopyDone:
-        break;
+        return false;
     default:
         return true;
     }
-    copy.clear();
-    copy.seekg(0);
-    MoveTo(0);
-    UpdateFile();
-    // A file that could not be cut is whole: nothing is written over it.
-    if (FileSize() != 0)
-        return false;
+}
+
+// Rewrites the file in place from a copy. The copy is whole before the file is cut, and stays where
+// it alone has all records.
+bool DirectoryFile::DropFreeSlots() {
+    TemporaryFile copy(".TMP", 0, keTempExtension);
+    bool isWhole = true;
+    bool sound = true;
+    if (CopyWhole(*this, copy)) {
+        copy.clear();
+        copy.seekg(0);
+        MoveTo(0);
+        UpdateFile();
+        // A file that could not be cut is whole: nothing is written over it.
+        isWhole = FileSize() != 0;
+        sound = !isWhole && WriteUsedRecords(copy);
+    }
+    copy.close();
+    if (copy.IsValid() && (isWhole || sound))
+        copy.ImpRemove();
+    return sound;
+}
+
+bool DirectoryFile::WriteUsedRecords(RbFile& copy) {
     MoveTo(0);
     RecordReader records(copy);
     while (DiskDirRec* record = good() ? records.Next() : nullptr)

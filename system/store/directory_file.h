@@ -59,7 +59,9 @@ public:
     // `onlyProcessed`, into the folder of `target`. Type 0 alone; stops at the first failure.
     void DeleteOldMail(unsigned long age, int onlyProcessed, DirectoryFile* target);
 
-    // Removes free slots: all of them from a type 2 file, from others those at the end.
+    // Removes free slots: all of them from a type 2 file, from others those at the end. A type 2
+    // file is rewritten in place; where that fails a copy stays, whole, as "JPWnnnnn.TMP" of the
+    // Windows directory.
     void UpdateDFile();
 
     // Writes the used records, numbered by their slots, into `copy`, without a header. Returns
@@ -76,5 +78,6 @@ private:
     bool ReadAgain(DirectoryRecord& record, long position);
     bool MoveMessage(DirectoryRecord& record, DirectoryFile& target, long position);
     bool DropFreeSlots();
+    bool WriteUsedRecords(RbFile& copy);
     bool CutFreeSlots();
 };

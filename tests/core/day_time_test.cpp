@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -63,6 +64,8 @@ TEST_F(DayTimeTest, MacintoshSecondsAreLocalTimeFrom1904) {
         for (unsigned long second : {0, 1, 43200, 86399})
             EXPECT_EQ(DayTime::Date(kMacOf2000 + second), kMacOf2000) << zone << second;
         EXPECT_EQ(DayTime::Date(kMacOf2000 - 1), kMacOf2000 - 86400) << zone;
+        // No local time is before 1970.
+        EXPECT_EQ(DayTime::GetGmtDiff(0), std::min(offset, 0)) << zone;
     }
     EXPECT_EQ(DayTime(0, keDayTimeMac).Seconds(), 0u - kMacOf1970);
     EXPECT_EQ(now.MacToPC(kMacOf1970 - 1), 0xFFFFFFFFu);

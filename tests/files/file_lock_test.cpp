@@ -13,6 +13,8 @@
 #include "tests/support/scratch.h"
 #include "tests/support/unrenamed_file.h"
 
+#include <sddl.h>
+
 // Another program's handle on the byte at 1 TB.
 class OtherLock {
 public:
@@ -162,6 +164,29 @@ TEST(FileReplacement, WaitsForWhoHasAFileForAMoment) {
         other.join();
         EXPECT_EQ(Left(), "new old - ") << held;
     }
+}
+
+static std::string AccessRights(const char* path) {
+    char rights[1000] = "";
+    DWORD size = 0;
+    GetFileSecurityA(path, DACL_SECURITY_INFORMATION, rights, sizeof rights, &size);
+    return std::string(rights, size);
+}
+
+TEST(FileReplacement, KeepsTheAccessRights) {
+    const ScratchFolder folder;
+    WriteFileBytes("D.DAT", "old");
+    WriteFileBytes("NEW", "new");
+    PSECURITY_DESCRIPTOR own = nullptr;
+    ASSERT_TRUE(
+        ConvertStringSecurityDescriptorToSecurityDescriptorA("D:P(A;;FA;;;BA)", 1, &own, nullptr));
+    EXPECT_TRUE(SetFileSecurityA("D.DAT", DACL_SECURITY_INFORMATION, own));
+    LocalFree(own);
+    const std::string rights = AccessRights("D.DAT");
+    ASSERT_NE(rights, AccessRights("NEW"));
+    EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplacePlain), 1);
+    EXPECT_EQ(Left(), "new old - ");
+    EXPECT_EQ(AccessRights("D.DAT"), rights);
 }
 
 TEST(FileReplacement, MakesAnOrdinaryFileOfAReadOnlyOne) {

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <random>
 #include <vector>
 
-#include "tests/store/mail_folder.h"
+#include "tests/store/watched_file.h"
+#include "tests/support/hooked_import.h"
 
 class DirectoryFileTest : public MailFolder {};
 
@@ -88,6 +90,42 @@ TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
         CloseHandle(mapping);
         CloseHandle(held);
         EXPECT_EQ(Read(), bytes);
+    }
+}
+
+static HANDLE WINAPI MakeNoCopy(const char* path, DWORD access, DWORD share,
+                                SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
+                                HANDLE pattern) {
+    if (!std::strstr(path, "JPW"))
+        return CreateFileA(path, access, share, security, disposition, flags, pattern);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST_F(DirectoryFileTest, IsNotRewrittenWithoutACopy) {
+    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "CreateFileA",
+                            reinterpret_cast<void*>(MakeNoCopy));
+    const std::string bytes = Message("A") + Free(Message("B"));
+    Write(bytes);
+    mMessages.UpdateDFile();
+    EXPECT_EQ(Reports(), Inbox("0|Error DirectoryFile copy: OPEN destination file"));
+    EXPECT_EQ(Read(), bytes);
+}
+
+// What is on the disk in one piece when the rewriting breaks off is the copy.
+TEST_F(DirectoryFileTest, ACopyThatAloneIsWholeStays) {
+    const std::string bytes = Free(Message("A")) + Message("B") + Message("C");
+    const std::string copy = WindowsDirectory() + "\\JPW00000.TMP";
+    Watched<DFile> messages(keDirMessages);
+    for (const bool fails : {true, false}) {
+        Write(bytes);
+        messages.FailWritesAt(fails ? 400 : 10000);
+        messages.UpdateDFile();
+        EXPECT_EQ(Reports(), fails ? Inbox("0|Error copy file: DirectoryFile") : "");
+        EXPECT_EQ(Read(), bytes.substr(316, fails ? 316 : 632));
+        EXPECT_EQ(FileThere(copy), fails);
+        EXPECT_EQ(fails ? ReadFileBytes(copy) : bytes, bytes);
+        DeleteFileA(copy.c_str());
     }
 }
 
