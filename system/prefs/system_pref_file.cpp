@@ -125,8 +125,7 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
 
     const long used = std::strlen(mpszNextKey) + 1;
     mlKeyListLeft -= used;
-    if (mlKeyListLeft > 0)
-        mpszNextKey += used;
+    mpszNextKey += used;
     return true;
 }
 

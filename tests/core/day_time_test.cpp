@@ -38,6 +38,7 @@ protected:
         Set("iTime", clock);
         Set("iTLZero", leadingZero);
         DayTime time(seconds, keDayTimePC);
+        const DayTime other(seconds + 3661, keDayTimePC); // leaves the first one as it is
         return time.TimeToWinFormat() + std::string("|") + time.GetTimeStringWithAMPM();
     }
 

@@ -41,7 +41,10 @@ TEST(StringValue, HasOneEmptyFormFromWhichItGrows) {
 
 TEST(StringSharing, ChangingCaseDoesNotDetach) {
     const RBString kept("\xC4PFEL");
-    { const std::vector<RBString> holders(70000, kept); } // more than the count counts
+    {
+        const std::vector<RBString> holders(70000, kept); // more than the count counts
+        EXPECT_EQ(Stored(holders.back()), Image(5, "\xC4PFEL"));
+    }
     RBString second(kept);
     EXPECT_TRUE(second.Lower().SetCharUpper(2));
     EXPECT_TRUE(second.IsCharUpperA(2) && !second.IsCharUpperA(3));

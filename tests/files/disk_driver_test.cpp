@@ -105,5 +105,6 @@ TEST_F(DiskDriverTest, ARelativeFoldersEntriesAreItsOwn) {
     DiskDriver driver;
     EXPECT_EQ(driver.DoDelDirectory("TREE\\*.*"), 3);
     EXPECT_TRUE(std::filesystem::is_empty(mFolder.Path("TREE")));
+    EXPECT_FALSE(DiskDriver::FileExists(std::string(300, 'x').c_str(), 0));
     EXPECT_EQ(driver.DoDelDirectory((std::string(250, 'x') + "\\*.*").c_str()), 0);
 }

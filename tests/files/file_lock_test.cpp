@@ -199,6 +199,10 @@ TEST(FileReplacement, MakesAnOrdinaryFileOfAReadOnlyOne) {
     EXPECT_FALSE(GetFileAttributesA("D.DAT") & FILE_ATTRIBUTE_READONLY);
     EXPECT_TRUE(GetFileAttributesA("D.BAK") & FILE_ATTRIBUTE_READONLY);
     SetFileAttributesA("D.BAK", FILE_ATTRIBUTE_NORMAL);
+    SetFileAttributesA("D.DAT", FILE_ATTRIBUTE_READONLY);
+    WriteFileBytes("NEW", "newer");
+    EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplaceDropBackup), 1);
+    EXPECT_EQ(Left(), "newer - - ");
 }
 
 static int makes;      // new files that the library asked for
@@ -277,7 +281,9 @@ TEST(FileIdentity, IsTheFilesAndNotItsNames) {
     {
         const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "FindFirstFileW",
                                 reinterpret_cast<void*>(FindNoFile));
-        EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE"));
+        const KeptFile root("C:\\X.EML");
+        WriteFileBytes(root.Path(), "");
+        EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE") || IsLink(L"C:\\X.EML"));
     }
     const HookedImport asked("JXTICDLL.DLL", "kernel32.dll", "GetFileInformationByHandleEx",
                              reinterpret_cast<void*>(TellLink));

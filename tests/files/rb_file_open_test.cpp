@@ -63,6 +63,9 @@ TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {
     for (unsigned int size = 260; size < 270; ++size)
         names.push_back(std::string(size, 'x'));
     EXPECT_FALSE(RbFile().DoOpen(nullptr, 0x82, 0));
+    RbFile unnamed;
+    unnamed.open(static_cast<const char*>(nullptr), 0x82);
+    EXPECT_FALSE(unnamed.isOpen());
     for (const std::string& longName : names) {
         const char* const name = longName.c_str();
         RbFile file;

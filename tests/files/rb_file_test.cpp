@@ -98,6 +98,7 @@ TEST_F(RbFileTest, IsCutWhereverAPositionIsOne) {
         RbFile file("A.DAT");
         ASSERT_TRUE(file.Open(keOpenUpdate));
         file.std::fstream::seekg(size);
+        EXPECT_EQ(file.tellg(), size == 0x7FFFFFFF ? 0x7FFFFFFF : -1);
         EXPECT_EQ(file.UpdateFile(), 0);
         file.close();
         EXPECT_EQ(std::filesystem::file_size("A.DAT"), size == 0x7FFFFFFF ? size : size + 1);
