@@ -70,18 +70,19 @@ bool DiskDriver::ChangeDir(const FileSpec& where) {
     std::string path(where.Path().Text());
     if (path.size() > 1 && path.back() == '\\')
         path.pop_back();
-    return ConvertToOem(path.c_str(), szTranslatedString) && _chdir(szTranslatedString) == 0;
+    ConvertToOem(path.c_str(), szTranslatedString);
+    return _chdir(szTranslatedString) == 0;
 }
 
 bool DiskDriver::MakeDir(const char* path) {
-    return ConvertToOem(path, szTranslatedString) && _mkdir(szTranslatedString) == 0;
+    ConvertToOem(path, szTranslatedString);
+    return _mkdir(szTranslatedString) == 0;
 }
 
 bool DiskDriver::MakeDir(FileSpec& path) { return MakeDir(path.FullFileSpec()); }
 
 bool DiskDriver::FileExists(const char* name, int attributes) {
-    if (!ConvertToOem(name, szTranslatedString))
-        return false;
+    ConvertToOem(name, szTranslatedString);
     FileSearch search;
     ffblk found;
     if (!search.First(szTranslatedString, found, attributes))
@@ -96,7 +97,8 @@ bool DiskDriver::FileExists(FileSpec& name, int attributes) {
 }
 
 bool DiskDriver::RemoveFile(const char* name) {
-    return ConvertToOem(name, szTranslatedString) && _unlink(szTranslatedString) == 0;
+    ConvertToOem(name, szTranslatedString);
+    return _unlink(szTranslatedString) == 0;
 }
 
 bool DiskDriver::RemoveFile(FileSpec& name) { return RemoveFile(name.FullFileSpec()); }
@@ -177,8 +179,7 @@ int DiskDriver::DoDelDirectory(const char* pattern) {
 }
 
 int DiskDriver::GetFileInfo(const char* name, ffblk* record, int attributes) {
-    if (!ConvertToOem(name, szTranslatedString))
-        return false;
+    ConvertToOem(name, szTranslatedString);
     FileSearch search;
     return search.First(szTranslatedString, *record, attributes);
 }
@@ -188,8 +189,8 @@ int DiskDriver::FindFile() {
         return mpoSearch->Next(moFound);
     mfNewSearch = false;
     moFound = {};
-    return ConvertToOem(moSearchPattern.FullSpec(), szTranslatedString) &&
-           mpoSearch->First(szTranslatedString, moFound, mwSearchAttributes);
+    ConvertToOem(moSearchPattern.FullSpec(), szTranslatedString);
+    return mpoSearch->First(szTranslatedString, moFound, mwSearchAttributes);
 }
 
 int DiskDriver::ValidFind() {

@@ -25,19 +25,23 @@ static const RBString& TextOf(const FormatWord& word) {
                RBString(static_cast<unsigned int>(word.resource), GetJxSystemResHandle());
 }
 
-int FormatWords::ValueOfExactly(std::string_view text, int fallback) const {
+// The word with the same bytes, or null.
+static const FormatWord* FindExactly(std::span<const FormatWord> words, std::string_view text) {
     for (const FormatWord& each : words)
         if (text == TextOf(each).Text())
-            return each.value;
-    return fallback;
+            return &each;
+    return nullptr;
+}
+
+int FormatWords::ValueOfExactly(std::string_view text, int fallback) const {
+    const FormatWord* const exact = FindExactly(words, text);
+    return exact ? exact->value : fallback;
 }
 
 int FormatWords::ValueOf(std::string_view text, int fallback) const {
     // Equal bytes are equal texts, and told much sooner than by the collation.
-    constexpr int kNone = -1;
-    const int exact = ValueOfExactly(text, kNone);
-    if (exact != kNone)
-        return exact;
+    if (const FormatWord* const exact = FindExactly(words, text))
+        return exact->value;
     RBString string;
     string.puts(text);
     for (const FormatWord& each : words)

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <set>
 #include <sstream>
 #include <vector>
 
@@ -174,17 +173,37 @@ TEST(StringBuffer, NeverHoldsMoreThanItHasRoomFor) {
     EXPECT_STREQ(string.Text(), "yyc");
 }
 
-TEST(StringBuffer, IsUsedAgain) {
-    std::set<std::uintptr_t> pages;
-    for (int round = 0; round < 30; ++round) {
-        std::vector<RBString> texts;
-        for (unsigned int size = 0; size < 300; ++size) {
-            texts.emplace_back(Many(size).c_str());
-            RBString copy(texts.back());
-            pages.insert(reinterpret_cast<std::uintptr_t>(copy.concat("x").Text()) / 4096);
-        }
+// Short texts' memory comes in a few sizes, of which so many blocks are kept: the last one given
+// back is the next one taken.
+TEST(StringBuffer, OfAShortTextIsUsedAgain) {
+    if (GetModuleHandleA("guarded_memory.dll"))
+        return; // each block has a page of its own there
+    const auto block = [](unsigned int size) {
+        StringRep rep;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(rep.AllocMem(size)) % 8, 0u);
+        return rep.mpBuffer;
+    };
+    unsigned int least = 1;
+    for (const unsigned int most : {24u, 56u, 120u, 264u}) {
+        unsigned char* const memory = block(most);
+        EXPECT_EQ(block(least), memory) << most;
+        EXPECT_EQ(block(most), memory) << most;
+        EXPECT_NE(block(most + 1), memory) << most;
+        least = most + 1;
     }
-    EXPECT_TRUE(pages.size() < 100 || GetModuleHandleA("guarded_memory.dll")) << pages.size();
+    StringRep taken[70];
+    for (StringRep& rep : taken)
+        rep.AllocMem(24);
+    unsigned char* kept;
+    {
+        StringRep given[65]; // the last one first, and the first one to the heap
+        for (StringRep& rep : given)
+            rep.AllocMem(24);
+        kept = given[1].mpBuffer;
+    }
+    EXPECT_EQ(block(24), kept);
+    block(300);
+    EXPECT_EQ(block(1), kept);
 }
 
 TEST(StringBuffer, ADetachedOneHasNoLength) {

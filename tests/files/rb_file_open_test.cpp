@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <io.h>
 #include <iterator>
 #include <memory>
 
@@ -54,6 +56,36 @@ TEST(RbFileOpen, ModesCreateKeepCutOrFail) {
         }
         EXPECT_EQ(ReadFileBytes("HELD.DAT"), "old!");
     }
+}
+
+// A program may have so many files open, as its run-time counts them, and so many streams.
+TEST(RbFileOpen, FailsInAProgramWithTooManyFiles) {
+    ScratchFolder folder;
+    WriteFileBytes("A.DAT", "a");
+    std::vector<std::FILE*> streams;
+    std::vector<int> descriptors;
+    const auto fails = [] {
+        for (const int mode : {keOpenRead, keOpenUpdate}) {
+            RbFile file("A.DAT");
+            EXPECT_FALSE(file.Open(mode) || file.isOpen() || file.good());
+        }
+        const HANDLE alone =
+            CreateFileA("A.DAT", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        EXPECT_TRUE(alone != INVALID_HANDLE_VALUE && CloseHandle(alone));
+    };
+    while (std::FILE* const stream = std::fopen("NUL", "r"))
+        streams.push_back(stream);
+    fails();
+    for (int descriptor; (descriptor = _dup(_fileno(streams[0]))) != -1;)
+        descriptors.push_back(descriptor);
+    fails();
+    for (const int descriptor : descriptors)
+        _close(descriptor);
+    for (std::FILE* const stream : streams)
+        std::fclose(stream);
+    RbFile file("A.DAT");
+    EXPECT_TRUE(file.Open(keOpenRead));
+    file.close();
 }
 
 TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {

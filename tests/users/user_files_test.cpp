@@ -58,7 +58,10 @@ TEST_F(UserFile, IsHiddenWhileClosed) {
     EXPECT_TRUE(mFile.OpenLoggedUserFile(0xA1) && mFile.GetStream()->get() == 'l');
     mFile.Close();
     char path[300];
-    EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, 4), 0u);
+    const unsigned short length = WindowsDirectory().size(), whole = length + sizeof "\\A.B";
+    for (const unsigned short size : {4, length + 1, whole - 1})
+        EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, size), 0u) << size;
+    EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec("A.B", path, whole), length);
     EXPECT_EQ(JxCurrentUserDataFile::GetFileSpec(std::string(300, 'n').c_str(), path, 300), 0u);
 }
 
