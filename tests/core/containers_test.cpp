@@ -68,19 +68,3 @@ TEST(RbContainer, DeletesItsObjectsOnlyWhenItOwnsThem) {
         deleted.clear();
     }
 }
-
-TEST(RbContainer, WalksWithOneCursor) {
-    int numbers[5];
-    RB_Container<int> container(0);
-    container.AddObject(numbers[3]);
-    container.InsertObjectBefore(numbers[1], numbers[3]);
-    container.InsertObjectAfter(numbers[4], numbers[3]);
-    EXPECT_EQ(container.GetObject(), nullptr);
-    container.GetFirstObject();
-    container.InsertObjectAfterCurrent(numbers[2]);
-    container.InsertObjectBeforeCurrent(numbers[0]);
-    for (short index = -1; index < 6; ++index)
-        EXPECT_EQ(container[index], index < 0 || index > 4 ? nullptr : &numbers[index]);
-    EXPECT_EQ(container.RemoveObject(numbers[1]), 1);
-    EXPECT_EQ(container.GetObject(), &numbers[2]);
-}

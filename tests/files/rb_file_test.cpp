@@ -76,20 +76,10 @@ TEST_F(RbFileTest, TellsTheStampAndSize) {
     EXPECT_EQ(size, 5);
 }
 
-TEST_F(RbFileTest, IsCutWhereItStands) {
-    WriteFileBytes("A.DAT", "123456");
-    RbFile file("A.DAT");
-    EXPECT_EQ(file.UpdateFile(), 0);
-    ASSERT_TRUE(file.Open(keOpenUpdate));
-    file.seekp(3);
-    EXPECT_EQ(file.UpdateFile(), 0);
-    file.close();
-    EXPECT_EQ(ReadFileBytes("A.DAT"), "123");
-}
-
 // Positions are 32-bit, with a sign: 2 GB less a byte is the last.
 TEST_F(RbFileTest, IsCutWhereverAPositionIsOne) {
-    for (const long long size : {0x7FFFFFFFll, 0x80000000ll}) {
+    EXPECT_EQ(RbFile("A.DAT").UpdateFile(), 0);
+    for (const long long size : {3ll, 0x7FFFFFFFll, 0x80000000ll}) {
         {
             std::fstream sparse("A.DAT", std::ios::out | std::ios::trunc | std::ios::binary);
             sparse.seekp(size);
@@ -98,10 +88,10 @@ TEST_F(RbFileTest, IsCutWhereverAPositionIsOne) {
         RbFile file("A.DAT");
         ASSERT_TRUE(file.Open(keOpenUpdate));
         file.std::fstream::seekg(size);
-        EXPECT_EQ(file.tellg(), size == 0x7FFFFFFF ? 0x7FFFFFFF : -1);
+        EXPECT_EQ(file.tellg(), size <= 0x7FFFFFFF ? size : -1);
         EXPECT_EQ(file.UpdateFile(), 0);
         file.close();
-        EXPECT_EQ(std::filesystem::file_size("A.DAT"), size == 0x7FFFFFFF ? size : size + 1);
+        EXPECT_EQ(std::filesystem::file_size("A.DAT"), size <= 0x7FFFFFFF ? size : size + 1);
     }
 }
 

@@ -5,7 +5,7 @@
 
 #include "postrider.h"
 #include "resident/core/windows_api.h"
-#include "tests/support/hooked_import.h"
+#include "tests/support/hooked_open.h"
 #include "tests/support/scratch.h"
 
 using testing::EndsWith;
@@ -66,11 +66,13 @@ TEST_F(TemporaryFiles, TakeTheFirstFreeNumberInTheWindowsDirectory) {
     EXPECT_TRUE(DiskDriver::RemoveFile((WindowsDirectory() + "\\JPW00003.TMP").c_str()));
 }
 
-static std::vector<std::string> asked;
+static unsigned int asked;
+static char lastAsked[MAX_PATH];
 
 // A folder with every file that is asked for.
 static HANDLE WINAPI FindAll(const char* path, WIN32_FIND_DATAA* found) {
-    asked.push_back(path);
+    ++asked;
+    lstrcpynA(lastAsked, path, MAX_PATH);
     *found = {};
     lstrcpyA(found->cFileName, "FILE");
     return reinterpret_cast<HANDLE>(4);
@@ -82,32 +84,26 @@ TEST_F(TemporaryFiles, EndWithTheLastNumber) {
     FileSpec spec(mFolder.Path().c_str(), 1);
     const HookedImport find("JXTICDLL.DLL", "kernel32.dll", "FindFirstFileA",
                             reinterpret_cast<void*>(FindAll));
-    asked.clear();
+    asked = 0;
     EXPECT_FALSE(RbFile::HashUniqueFileName(&unique, where, ".TMP"));
-    EXPECT_EQ(asked.size(), 32767u);
-    asked.clear();
+    EXPECT_EQ(asked, 32767u);
+    asked = 0;
     TemporaryFile file(spec, 1);
-    EXPECT_EQ(asked.size(), 32767u);
-    EXPECT_THAT(asked.back(), EndsWith("\\JPW32766.TMP"));
+    EXPECT_EQ(asked, 32767u);
+    EXPECT_THAT(std::string(lastAsked), EndsWith("\\JPW32766.TMP"));
     EXPECT_THAT(file.FullFileSpec(), StartsWith(mFolder.Path("JPW")));
 }
 
-static HANDLE WINAPI MakeBefore(const char* path, DWORD access, DWORD share,
-                                SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
-                                HANDLE pattern) {
-    if (disposition == CREATE_NEW && asked.empty())
-        WriteFileBytes(path, "another program's"), asked.push_back(path);
-    return CreateFileA(path, access, share, security, disposition, flags, pattern);
-}
-
 TEST_F(TemporaryFiles, LeaveANameToWhoTakesItMeanwhile) {
-    const HookedImport make("JXTICDLL.DLL", "kernel32.dll", "CreateFileA",
-                            reinterpret_cast<void*>(MakeBefore));
-    asked.clear();
+    const std::string first = WindowsDirectory() + "\\JPW00000.JXT";
+    const HookedOpen open([&](const std::string& path, DWORD disposition) {
+        if (disposition == CREATE_NEW && !lstrcmpiA(path.c_str(), first.c_str()))
+            WriteFileBytes(path, "another program's");
+        return 0;
+    });
     EXPECT_EQ(Name(".JXT"), "JPW00001.JXT");
-    ASSERT_EQ(asked.size(), 1u);
-    EXPECT_EQ(ReadFileBytes(asked[0]), "another program's");
-    DeleteFileA(asked[0].c_str());
+    EXPECT_EQ(ReadFileBytes(first), "another program's");
+    DeleteFileA(first.c_str());
 }
 
 TEST_F(TemporaryFiles, FallBackToTmpOrAFolderOrTheCurrentOne) {

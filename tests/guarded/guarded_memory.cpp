@@ -354,49 +354,35 @@ LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
     Complain(what, block, size, address, *exception->ContextRecord);
 }
 
+// What takes the place of the C run-time's functions.
 struct Replacement {
-    const char* name;
-    void* function;
+    template <class Function>
+    Replacement(const char* name, Function* function)
+        : real(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("msvcrt.dll"), name))),
+          ours(reinterpret_cast<void*>(function)) {}
+    void* real;
+    void* ours;
 };
-
-template <class Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
 
 // Lets the module call the guarded functions where it imports the C run-time's.
 void Replace(Byte* module) {
-    static const Replacement replacements[] = {{"malloc", Address(GuardedMalloc)},
-                                               {"free", Address(GuardedFree)},
-                                               {"calloc", Address(GuardedCalloc)},
-                                               {"realloc", Address(GuardedRealloc)}};
+    static const Replacement replacements[] = {{"malloc", GuardedMalloc},
+                                               {"free", GuardedFree},
+                                               {"calloc", GuardedCalloc},
+                                               {"realloc", GuardedRealloc}};
     const auto& dos = *reinterpret_cast<IMAGE_DOS_HEADER*>(module);
     const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(module + dos.e_lfanew);
-    const auto& imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    if (!imports.VirtualAddress)
-        return;
-    for (auto* from = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(module + imports.VirtualAddress);
-         from->Name; ++from) {
-        if (lstrcmpiA(reinterpret_cast<char*>(module + from->Name), "msvcrt.dll") ||
-            !from->OriginalFirstThunk)
-            continue;
-        const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(module + from->OriginalFirstThunk);
-        auto* entry = reinterpret_cast<IMAGE_THUNK_DATA*>(module + from->FirstThunk);
-        for (; name->u1.AddressOfData; ++name, ++entry) {
-            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
+    const auto& imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+    void** const first = reinterpret_cast<void**>(module + imports.VirtualAddress);
+    for (void** import = first; import != first + imports.Size / sizeof *first; ++import)
+        for (const Replacement& replacement : replacements) {
+            if (*import != replacement.real)
                 continue;
-            const auto& import =
-                *reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(module + name->u1.AddressOfData);
-            for (const Replacement& replacement : replacements) {
-                if (std::strcmp(reinterpret_cast<const char*>(import.Name), replacement.name))
-                    continue;
-                DWORD before;
-                VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &before);
-                entry->u1.Function = reinterpret_cast<std::uintptr_t>(replacement.function);
-                VirtualProtect(entry, sizeof *entry, before, &before);
-            }
+            DWORD before;
+            VirtualProtect(import, sizeof *import, PAGE_READWRITE, &before);
+            *import = replacement.ours;
+            VirtualProtect(import, sizeof *import, before, &before);
         }
-    }
 }
 
 // The folder of a module's file; empty when it is not known.

@@ -62,15 +62,6 @@ protected:
 
 static const unsigned short secondsAtFirst = JxCommunicator::mwNumSecsToWaitAfterPost;
 
-TEST(CommunicatorStart, IsWithoutWindowsAndMessages) {
-    struct Fresh : JxCommunicator {
-        bool Empty() const {
-            return !mwAwaitedMessage && !mhOwnWindow && !mhPartnerWindow && !mfWaiting;
-        }
-    };
-    EXPECT_TRUE(Fresh().Empty());
-}
-
 TEST_F(Communicator, ClassIsRegisteredOnce) {
     EXPECT_EQ(secondsAtFirst, 30);
     void* window = nullptr;

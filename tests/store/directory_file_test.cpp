@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <cstring>
 #include <ctime>
 #include <memory>
 #include <random>
 #include <vector>
 
 #include "tests/store/watched_file.h"
-#include "tests/support/hooked_import.h"
+#include "tests/support/hooked_open.h"
 
 class DirectoryFileTest : public MailFolder {};
 
@@ -93,18 +92,10 @@ TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
     }
 }
 
-static HANDLE WINAPI MakeNoCopy(const char* path, DWORD access, DWORD share,
-                                SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
-                                HANDLE pattern) {
-    if (!std::strstr(path, "JPW"))
-        return CreateFileA(path, access, share, security, disposition, flags, pattern);
-    SetLastError(ERROR_ACCESS_DENIED);
-    return INVALID_HANDLE_VALUE;
-}
-
 TEST_F(DirectoryFileTest, IsNotRewrittenWithoutACopy) {
-    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "CreateFileA",
-                            reinterpret_cast<void*>(MakeNoCopy));
+    const HookedOpen open([](const std::string& path, DWORD) {
+        return path.find("JPW") == path.npos ? 0 : ERROR_ACCESS_DENIED;
+    });
     const std::string bytes = Message("A") + Free(Message("B"));
     Write(bytes);
     mMessages.UpdateDFile();
