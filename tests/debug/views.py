@@ -56,25 +56,22 @@ kNatvis = {
 
 
 class Natvis:
-    """The natvis file's lines, with gdb to evaluate their expressions."""
+    """The natvis file, with gdb to evaluate its expressions."""
 
     def __init__(self, path):
         root = ElementTree.parse(path).getroot()
         self.types = {kind.get("Name"): kind for kind in root.iter(kNamespace + "Type")}
 
-    def evaluate(self, expression, value):
-        """An expression of a view, in the scope of `value`, with its format taken off."""
-        form = re.search(r",(?:\[(.*)\])?(\w*(?:\(\w+\))?)$", expression)
-        if form and form.group(1):
-            self.member(form.group(1), value)
-        return self.member(expression[: form.start()] if form else expression, value)
-
     @staticmethod
     def member(expression, value):
         """The expression's value: names that are not behind a dot or an arrow are members."""
+        # Without the format, whose size is an expression of its own.
+        form = re.search(r",(?:\[(.*)\])?(\w*(?:\(\w+\))?)$", expression)
+        if form and form.group(1):
+            Natvis.member(form.group(1), value)
         gdb.set_convenience_variable("scope", value.address)
         names = r"(?<![\w.>$])(?!(?:unsigned|short|char|int)\b|\w+\s*\*\))([A-Za-z_]\w*)"
-        return gdb.parse_and_eval(re.sub(names, r"$scope->\1", expression))
+        return gdb.parse_and_eval(re.sub(names, r"$scope->\1", expression[: form.start()] if form else expression))
 
     def expressions(self, name, value):
         """Every expression of a type's view, with the value in whose scope it stands."""
@@ -87,10 +84,7 @@ class Natvis:
             elif tag in ("NextPointer", "ValueNode"):
                 head = self.types[name].find(".//" + kNamespace + "HeadPointer").text
                 argument = str(gdb.types.get_basic_type(value.type).template_argument(0))
-                yield (
-                    element.text.replace("$T1", argument),
-                    self.member(head, value).dereference(),
-                )
+                yield element.text.replace("$T1", argument), self.member(head, value).dereference()
             elif tag in ("Item", "ExpandedItem", "Size", "HeadPointer", "StringView"):
                 yield element.text, value
 
@@ -176,7 +170,7 @@ class Tests:
             count = 0
             for expression, scope in self.natvis.expressions(kind, gdb.parse_and_eval(name)):
                 try:
-                    self.natvis.evaluate(expression, scope)
+                    self.natvis.member(expression, scope)
                 except gdb.error as error:
                     check("%s: %s" % (kind, expression), False, str(error))
                 count += 1

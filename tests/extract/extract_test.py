@@ -16,12 +16,11 @@ import re
 import shutil
 import subprocess
 import sys
-import time
-import xml.sax.saxutils
 from concurrent.futures import ThreadPoolExecutor
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
 import mail_files as mf
+import script_tests
 from mail_files import Message
 
 BIN, REPORT = sys.argv[1:3]
@@ -89,16 +88,13 @@ def tree(folder):
     return found
 
 
-TESTS = []
-
-
 def test(function):
+    @script_tests.test
     @functools.wraps(function)
     def work():
         folder = os.path.join(BASE, function.__name__)
         os.makedirs(folder)
         function(folder)
-    TESTS.append(work)
     return work
 
 
@@ -632,31 +628,4 @@ def manual_and_completions_are_what_the_commands_are(folder):
     assert said.stdout.split("\n")[:4] == ["extract", "mbox maildir eml", "show", "--recursive"], said
 
 
-def main():
-    shutil.rmtree(BASE, ignore_errors=True)
-    failures, cases = 0, []
-    only = sys.argv[3:]
-    for work in TESTS:
-        if only and work.__name__ not in only:
-            continue
-        started, problem = time.time(), ""
-        try:
-            work()
-        except Exception:  # every one is told of
-            import traceback
-            problem = traceback.format_exc()
-            failures += 1
-        took = time.time() - started
-        print(f"{'FAILED' if problem else 'passed'}: {work.__name__} ({took:.1f} s)\n{problem}", flush=True)
-        cases.append(f'<testcase name="{work.__name__}" status="run" time="{took:.3f}" classname="extract">'
-                     + (f"<failure>{xml.sax.saxutils.escape(problem)}</failure>" if problem else "") + "</testcase>")
-    with open(REPORT, "w") as report:
-        report.write(f'<testsuites tests="{len(cases)}" failures="{failures}" disabled="0">\n'
-                     f'<testsuite name="extract" tests="{len(cases)}" failures="{failures}">\n'
-                     + "\n".join(cases) + "\n</testsuite>\n</testsuites>\n")
-    if not failures:
-        shutil.rmtree(BASE, ignore_errors=True)
-    return 1 if failures else 0
-
-
-sys.exit(main())
+sys.exit(script_tests.run_all(BASE, REPORT, sys.argv[3:]))

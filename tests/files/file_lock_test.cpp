@@ -8,7 +8,7 @@
 #include "postrider.h"
 #include "resident/core/windows_api.h"
 #include "resident/files/file_identity.h"
-#include "tests/support/hooked_import.h"
+#include "tests/support/hooked_open.h"
 #include "tests/support/reports.h"
 #include "tests/support/scratch.h"
 #include "tests/support/unrenamed_file.h"
@@ -205,23 +205,14 @@ TEST(FileReplacement, MakesAnOrdinaryFileOfAReadOnlyOne) {
     EXPECT_EQ(Left(), "newer - - ");
 }
 
-static int makes;      // new files that the library asked for
-static int makesTaken; // so many of them are another program's
-static DWORD madeError;
-
-static HANDLE WINAPI Make(const wchar_t* path, DWORD access, DWORD share,
-                          SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
-                          HANDLE pattern) {
-    if (disposition != CREATE_NEW || ++makes > makesTaken)
-        return CreateFileW(path, access, share, security, disposition, flags, pattern);
-    SetLastError(madeError);
-    return INVALID_HANDLE_VALUE;
-}
-
 TEST(FileReplacement, UniqueNamesAreTriedAgainWhenOthersTakeThem) {
     const ScratchFolder folder;
-    const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "CreateFileW",
-                            reinterpret_cast<void*>(Make));
+    int makes = 0;      // new files that the library asked for
+    int makesTaken = 0; // so many of them are another program's
+    DWORD madeError = 0;
+    const HookedOpen<wchar_t> open([&](const std::wstring&, DWORD disposition) {
+        return disposition == CREATE_NEW && ++makes <= makesTaken ? madeError : 0;
+    });
     FileSpec where(folder.Path("D.DAT").c_str());
     RbFile unique;
     const auto made = [&](int taken, DWORD error) {

@@ -96,7 +96,7 @@ TEST_F(TemporaryFiles, EndWithTheLastNumber) {
 
 TEST_F(TemporaryFiles, LeaveANameToWhoTakesItMeanwhile) {
     const std::string first = WindowsDirectory() + "\\JPW00000.JXT";
-    const HookedOpen open([&](const std::string& path, DWORD disposition) {
+    const HookedOpen<char> open([&](const std::string& path, DWORD disposition) {
         if (disposition == CREATE_NEW && !lstrcmpiA(path.c_str(), first.c_str()))
             WriteFileBytes(path, "another program's");
         return 0;

@@ -295,11 +295,7 @@ void DriveEntry(Input& in) {
 }
 
 Format Settings(const char* name, const char* own, std::function<void(Input&)> run) {
-    Format format;
-    format.name = name;
-    format.own = own;
-    format.run = std::move(run);
-    format.words = kSections;
+    Format format{.name = name, .run = std::move(run), .words = kSections, .own = own};
     format.words.insert(format.words.end(), kKeys.begin(), kKeys.end());
     for (const char* word :
          {"[", "]", "=", "\r", "\n", ";", "\"", "-1", "2147483648", "-99999999999", "Text", "MIME",
@@ -311,23 +307,22 @@ Format Settings(const char* name, const char* own, std::function<void(Input&)> r
 } // namespace
 
 void AddPrefFormats(std::vector<Format>& formats) {
-    Format prefs;
-    prefs.name = "rb.dat";
-    prefs.unit = kEntry;
-    prefs.words = {"C:\\X", "..\\..\\X", "mail:n:1", ":", "\x90\x01", kMailId, kOtherId};
-    prefs.run = DrivePrefFile;
-    prefs.own = "RB.DAT";
-    prefs.mayAppear = {
-        "RB.BAK",          "NEW.DAT", "USER.INI",      "InBox",    "InBox\\DFile", "MailLog",
-        "MailLog\\MFile",  "Public",  "Public\\DFile", "Trash",    "Trash\\DFile", "SentMail",
-        "SentMail\\DFile", "OutBox",  "OutBox\\DFile", "BckgWork", "DeadMail"};
-    prefs.texts = {{"could not be read or written.", "message 701, of damaged preferences"},
+    formats.push_back(
+        {.name = "rb.dat",
+         .run = DrivePrefFile,
+         .words = {"C:\\X", "..\\..\\X", "mail:n:1", ":", "\x90\x01", kMailId, kOtherId},
+         .unit = kEntry,
+         .own = "RB.DAT",
+         .mayAppear = {"RB.BAK", "NEW.DAT", "USER.INI", "InBox", "InBox\\DFile", "MailLog",
+                       "MailLog\\MFile", "Public", "Public\\DFile", "Trash", "Trash\\DFile",
+                       "SentMail", "SentMail\\DFile", "OutBox", "OutBox\\DFile", "BckgWork",
+                       "DeadMail"},
+         .texts = {{"could not be read or written.", "message 701, of damaged preferences"},
                    {" could not be read.", "message 605"},
                    {" could not be written.", "message 606"},
                    {"A position in the preference file", "message 607"},
                    {"mstrPopAccount.Length () > 0", "preferences without an account"},
-                   {"mstrSmtpHost.Length () > 0", "preferences without a host"}};
-    formats.push_back(prefs);
+                   {"mstrSmtpHost.Length () > 0", "preferences without a host"}}});
 
     formats.push_back(Settings("settings", "SET.INI", DriveSettings));
     formats.push_back(Settings("settings-line", "", DriveLine));
@@ -339,13 +334,12 @@ void AddPrefFormats(std::vector<Format>& formats) {
     defaults.texts = {{"JXINDFLT", "a value without a word is reported"}};
     formats.push_back(defaults);
 
-    Format header;
-    header.name = "dat-header";
-    header.unit = kHeader;
-    header.run = [](Input& in) {
-        in.DoOne([&] { return DriveHeader<JXDatHeader>(in); },
-                 [&] { return DriveHeader<JXExtendDatHeader>(in); },
-                 [&] { return DriveEntry(in); });
-    };
-    formats.push_back(header);
+    formats.push_back({.name = "dat-header",
+                       .run =
+                           [](Input& in) {
+                               in.DoOne([&] { return DriveHeader<JXDatHeader>(in); },
+                                        [&] { return DriveHeader<JXExtendDatHeader>(in); },
+                                        [&] { return DriveEntry(in); });
+                           },
+                       .unit = kHeader});
 }

@@ -211,33 +211,37 @@ void DriveMessageFile(Input& in) {
 }
 
 Format DFile(const char* name, TypeDirFile type) {
-    Format format;
-    format.name = name;
-    format.run = [type](Input& in) { DriveStore(in, type); };
-    format.words = kNames;
-    format.unit = kRecord;
-    format.own = "INBOX.DAT";
-    format.files = {{"M1.EML", kFirst + "A message.\r\n"},
-                    {"M2.EML", kSecond},
-                    {kLongName, kSecond},
-                    {"SUB", "folder"},
-                    {"SUB\\IN.EML", kFirst},
-                    {"TARGET", "folder"},
-                    {"TARGET\\BOX.DAT", kHeader}};
-    format.mayAppear = {"COPY.DAT", "INBOX.BAK", "TARGET\\*.EML", "????????.EML"};
-    format.mayGo = {"M1.EML", "M2.EML"};
-    format.texts = {
-        {"AlterDirectoryBlock(), Record not found", "a probe that is not in the file"},
-        {"Error BaseDirFile: AlterDirectoryBlock()\n", "a search whose file cannot be read"},
-        {"DeleteOldMail(), File error", "a position outside of the file, or that of no record"},
-        {"Error DirectoryFile: DeleteOldMail()", "a message that is not there, or cut records"},
-        {"DiskDriver::Rename() failed.", "moving a message that is not there"},
-        {"eResult == keDELETE_OK", "a message's name that is a folder's or an open file's"},
-        {"Error copy file: DirectoryFile", "a file without room for a header has no slots"},
-        {"Error BaseDirFile: CreateDFile()", "a message file without a whole record"},
-        {"CreateDFile(), writing record", "the same"},
+    return {
+        .name = name,
+        .run = [type](Input& in) { DriveStore(in, type); },
+        .words = kNames,
+        .unit = kRecord,
+        .own = "INBOX.DAT",
+        .files = {{"M1.EML", kFirst + "A message.\r\n"},
+                  {"M2.EML", kSecond},
+                  {kLongName, kSecond},
+                  {"SUB", "folder"},
+                  {"SUB\\IN.EML", kFirst},
+                  {"TARGET", "folder"},
+                  {"TARGET\\BOX.DAT", kHeader}},
+        .mayAppear = {"COPY.DAT", "INBOX.BAK", "TARGET\\*.EML", "????????.EML"},
+        .mayGo = {"M1.EML", "M2.EML"},
+        .texts =
+            {
+                {"AlterDirectoryBlock(), Record not found", "a probe that is not in the file"},
+                {"Error BaseDirFile: AlterDirectoryBlock()\n",
+                 "a search whose file cannot be read"},
+                {"DeleteOldMail(), File error",
+                 "a position outside of the file, or that of no record"},
+                {"Error DirectoryFile: DeleteOldMail()",
+                 "a message that is not there, or cut records"},
+                {"DiskDriver::Rename() failed.", "moving a message that is not there"},
+                {"eResult == keDELETE_OK", "a message's name that is a folder's or an open file's"},
+                {"Error copy file: DirectoryFile", "a file without room for a header has no slots"},
+                {"Error BaseDirFile: CreateDFile()", "a message file without a whole record"},
+                {"CreateDFile(), writing record", "the same"},
+            },
     };
-    return format;
 }
 
 } // namespace

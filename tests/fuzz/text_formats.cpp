@@ -410,44 +410,41 @@ void DriveRegion(Input& in) {
     DayTime::GetTimeFormatA();
 }
 
-Format Text(const char* name, void (*run)(Input&), const std::vector<std::string>& words = {}) {
-    Format format;
-    format.name = name;
-    format.run = run;
-    format.words = words;
-    return format;
-}
-
 } // namespace
 
 void AddTextFormats(std::vector<Format>& formats) {
-    formats.push_back(
-        Text("search", DriveSearch, {"the", "The", " ", ".", "e.g.", "\x81\x40", "\xE0"}));
-    Format convert = Text("convert", DriveConvert, {"\r", "\n", "\r\n", "  ", "\x81\x40"});
-    convert.texts = {{"A text operation failed", "a position outside of the text is shown"}};
-    formats.push_back(convert);
-    formats.push_back(Text("string", DriveString, {Bytes("\0\0\0\x02"), Bytes("\0\0")}));
-    formats.push_back(
-        Text("file-spec", DriveFileSpec,
-             {"\\", "\\\\", ":", "C:", ".", "..", "/", "*", "?", "NUL", "CON", "AUX.TXT", ".BAK"}));
-    Format disk = Text("disk-name", DriveDiskName, {"SUB", "M1.EML", "*", "?", ".", " ", "NUL"});
-    disk.files = {{"M1.EML", "text"}, {"SUB", "folder"}, {"SUB\\IN.EML", "text"}};
-    disk.mayAppear = disk.mayGo = {"*"};
-    disk.texts = {{"DiskDriver::Rename() failed.", "a name that is not there, or no name"},
-                  {"eResult == keDELETE_OK", "the same"}};
-    formats.push_back(disk);
-    formats.push_back(
-        Text("file-name", DriveFileName, {".", "..", "\x81", " ", "\x1F", ".EML", "EML"}));
-    formats.push_back(
-        Text("address", DriveAddress, {"<", ">", ":", "|", "n", "99999999999", "65536", ","}));
-    formats.push_back(Text("translation", DriveTranslation, {"\x7F"}));
-    Format table = Text("translation-table", DriveTranslationTable);
-    table.unit = kTableSize;
-    formats.push_back(table);
-    Format dayTime = Text("day-time", DriveDayTime);
-    dayTime.unit = 4;
-    formats.push_back(dayTime);
-    formats.push_back(
-        Text("win.ini", DriveRegion,
-             {"%s", "%n", "MM", "dd", "yy", "=", "[intl]", "iTime", "sDate", "sTime"}));
+    const Format texts[] = {
+        {.name = "search",
+         .run = DriveSearch,
+         .words = {"the", "The", " ", ".", "e.g.", "\x81\x40", "\xE0"}},
+        {.name = "convert",
+         .run = DriveConvert,
+         .words = {"\r", "\n", "\r\n", "  ", "\x81\x40"},
+         .texts = {{"A text operation failed", "a position outside of the text is shown"}}},
+        {.name = "string", .run = DriveString, .words = {Bytes("\0\0\0\x02"), Bytes("\0\0")}},
+        {.name = "file-spec",
+         .run = DriveFileSpec,
+         .words = {"\\", "\\\\", ":", "C:", ".", "..", "/", "*", "?", "NUL", "CON", "AUX.TXT",
+                   ".BAK"}},
+        {.name = "disk-name",
+         .run = DriveDiskName,
+         .words = {"SUB", "M1.EML", "*", "?", ".", " ", "NUL"},
+         .files = {{"M1.EML", "text"}, {"SUB", "folder"}, {"SUB\\IN.EML", "text"}},
+         .mayAppear = {"*"},
+         .mayGo = {"*"},
+         .texts = {{"DiskDriver::Rename() failed.", "a name that is not there, or no name"},
+                   {"eResult == keDELETE_OK", "the same"}}},
+        {.name = "file-name",
+         .run = DriveFileName,
+         .words = {".", "..", "\x81", " ", "\x1F", ".EML", "EML"}},
+        {.name = "address",
+         .run = DriveAddress,
+         .words = {"<", ">", ":", "|", "n", "99999999999", "65536", ","}},
+        {.name = "translation", .run = DriveTranslation, .words = {"\x7F"}},
+        {.name = "translation-table", .run = DriveTranslationTable, .unit = kTableSize},
+        {.name = "day-time", .run = DriveDayTime, .unit = 4},
+        {.name = "win.ini",
+         .run = DriveRegion,
+         .words = {"%s", "%n", "MM", "dd", "yy", "=", "[intl]", "iTime", "sDate", "sTime"}}};
+    formats.insert(formats.end(), std::begin(texts), std::end(texts));
 }

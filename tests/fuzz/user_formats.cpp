@@ -239,13 +239,7 @@ void DriveUserList(Input& in) {
 
 Format Users(const char* name, std::function<void(Input&)> run, unsigned int unit,
              const std::vector<AllowedText>& texts) {
-    Format format;
-    format.name = name;
-    format.run = std::move(run);
-    format.unit = unit;
-    format.words = kWords;
-    format.texts = texts;
-    return format;
+    return {.name = name, .run = std::move(run), .words = kWords, .unit = unit, .texts = texts};
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
 
 #include "tests/mailticker/ticker_process.h"
@@ -22,21 +23,11 @@ enum { kFrom, kTopic, kKind, kFile, kNumber };
 
 // Adds bytes to a file as programs do that share it.
 void Append(const std::string& path, const std::string& bytes) {
-    const HANDLE file =
-        CreateFileA(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    OPEN_ALWAYS, 0, nullptr);
-    DWORD written;
-    WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
-    CloseHandle(file);
+    std::ofstream(path, std::ios::app | std::ios::binary) << bytes;
 }
 
 void Overwrite(const std::string& path, unsigned int offset, const std::string& bytes) {
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
-    SetFilePointer(file, offset, nullptr, FILE_BEGIN);
-    DWORD written;
-    WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
-    CloseHandle(file);
+    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(offset) << bytes;
 }
 
 std::string From(const std::string& sender, const std::string& record) {

@@ -93,7 +93,7 @@ TEST_F(DirectoryFileTest, LeavesAFileThatCannotBeCut) {
 }
 
 TEST_F(DirectoryFileTest, IsNotRewrittenWithoutACopy) {
-    const HookedOpen open([](const std::string& path, DWORD) {
+    const HookedOpen<char> open([](const std::string& path, DWORD) {
         return path.find("JPW") == path.npos ? 0 : ERROR_ACCESS_DENIED;
     });
     const std::string bytes = Message("A") + Free(Message("B"));
