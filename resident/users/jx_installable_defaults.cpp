@@ -52,7 +52,7 @@ int JxInstallableDefaults::SetupInstallableDefaults(const char* sourceDir, const
     target.SetSpecPart(kFileName, FileSpec::keAsParts);
     // A cut copy would pass for the site's file, and never be made whole.
     if (!target.Exists() && source.Exists() &&
-        target.Copy(source, 1, nullptr, keDupLargeBuffer) != keCopyDone)
+        target.Copy(source, true, nullptr, keDupLargeBuffer) != keCopyDone)
         target.ImpRemove();
     mstrFile.puts(target.FullFileSpec());
     mfSetup = true;

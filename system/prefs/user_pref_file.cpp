@@ -306,8 +306,8 @@ bool UserPrefFile::CopyWithRecord(RbFile& copy, AppRecHeader& record, AppPrefTag
     }
     if (!(copy << record))
         return FileError(kePrefWriteError);
-    const long blocks = length - tellg();
-    switch (copy.DupStream(*this, blocks, nullptr, keDupLargeBuffer)) {
+    // All that is left.
+    switch (copy.DupStream(*this, length, nullptr, keDupLargeBuffer)) {
     case keCopyWriteFailed:
         return ShowFileMessage(keMessageAccess, copy.FullFileSpec());
     case keCopyReadFailed:

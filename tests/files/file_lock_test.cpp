@@ -260,6 +260,8 @@ static HANDLE WINAPI FindNoFile(const wchar_t*, WIN32_FIND_DATAW*) {
     return INVALID_HANDLE_VALUE;
 }
 
+static DWORD WINAPI TellNoPath(HANDLE, wchar_t*, DWORD, DWORD) { return 0; }
+
 TEST(FileIdentity, IsTheFilesAndNotItsNames) {
     const ScratchFolder folder;
     WriteFileBytes("A.DAT", "a");
@@ -275,6 +277,11 @@ TEST(FileIdentity, IsTheFilesAndNotItsNames) {
         const KeptFile root("C:\\X.EML");
         WriteFileBytes(root.Path(), "");
         EXPECT_FALSE(IsLink(L"A.DAT") || IsLink(L"NONE") || IsLink(L"C:\\X.EML"));
+    }
+    {
+        const HookedImport hook("JXTICDLL.DLL", "kernel32.dll", "GetFinalPathNameByHandleW",
+                                reinterpret_cast<void*>(TellNoPath));
+        EXPECT_FALSE(IsLink(L"A.DAT")); // on a disk that does not tell
     }
     const HookedImport asked("JXTICDLL.DLL", "kernel32.dll", "GetFileInformationByHandleEx",
                              reinterpret_cast<void*>(TellLink));
