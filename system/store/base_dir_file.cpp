@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <optional>
 
 #include "resident/core/byte_order.h"
 #include "resident/files/disk_driver.h"
 #include "resident/files/file_identity.h"
 #include "resident/files/file_replacement.h"
 #include "resident/runtime/check.h"
+#include "system/store/borrowed_file.h"
 #include "system/store/record_reader.h"
 
 static constexpr Reporter kReports("JXSYSTEM\\DIRFL_BS.CPP");
@@ -76,11 +78,9 @@ int BaseDirFile::AddMessage(RbFile* message) {
 // Takes back what a full disk had room for of a record: those behind it would be out of their
 // slots.
 void BaseDirFile::CutBack(long size) {
-    if (!Open(keOpenUpdate))
-        return;
-    if (FileSize() > size && MoveTo(size))
+    const ClosedAtEnd closed(*this);
+    if (Open(keOpenUpdate) && FileSize() > size && MoveTo(size))
         UpdateFile();
-    close();
 }
 
 // The record for a message file, as this folder lists it.
@@ -103,20 +103,11 @@ int BaseDirFile::WriteRecord(RbFile* message) {
 }
 
 int BaseDirFile::ReadDDR(RbFile& file, DirectoryRecord& record) {
-    if (!file.isOpen()) {
-        if (!file.Open(keOpenIn | keOpenBinary))
-            return false;
-        const int read = (file >> record).good();
-        file.close();
-        return read;
-    }
-    file.clear();
-    const long position = file.tellg();
+    const BorrowedFile borrowed(file, keOpenIn | keOpenBinary);
+    if (!borrowed)
+        return false;
     file.seekg(0);
-    const int read = (file >> record).good();
-    file.clear();
-    file.seekg(position);
-    return read;
+    return (file >> record).good();
 }
 
 bool BaseDirFile::WriteHeader(std::ostream& stream) {
@@ -177,9 +168,11 @@ int BaseDirFile::CreateDFile() {
 
 long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
     probe.FixTopicAndIndex();
-    const bool openedHere = !isOpen();
-    if (openedHere)
+    std::optional<ClosedAtEnd> closed;
+    if (!isOpen()) {
+        closed.emplace(*this);
         Open(keOpenRead);
+    }
     if (bad())
         return keDirError;
 
@@ -203,8 +196,6 @@ long BaseDirFile::FindRecord(DirectoryRecord& probe, enumFindRecord option) {
     }
     if (result == keDirNotFound && !AtEnd())
         result = keDirError;
-    if (openedHere)
-        close();
     return result;
 }
 
@@ -260,20 +251,17 @@ long BaseDirFile::AlterDirectoryBlock(DirectoryRecord& record, unsigned int slot
         kReports.Fail("Error BaseDirFile: AlterDirectoryBlock(), can't OPEN file");
         return keDirError;
     }
-    const long result = AlterDirectoryBlock(record, position, write);
-    close();
-    return result;
+    const ClosedAtEnd closed(*this);
+    return AlterDirectoryBlock(record, position, write);
 }
 
 int BaseDirFile::GetInfo(enumGetInfoOptions) {
     miUsed = miUnprocessed = 0;
     mulNewestDate = 0;
     mfKind1 = false;
-    const bool openedHere = !isOpen();
-    if (openedHere && !Open(keOpenRead))
+    const BorrowedFile borrowed(*this, keOpenRead);
+    if (!borrowed)
         return false;
-    clear();
-    const long saved = tellg();
 
     MoveTo(FirstRecord());
     RecordReader records(*this);
@@ -288,12 +276,7 @@ int BaseDirFile::GetInfo(enumGetInfoOptions) {
                 mfKind1 = true;
         }
     }
-    const int result = AtEnd();
-    if (openedHere)
-        close();
-    else
-        MoveTo(saved);
-    return result;
+    return AtEnd();
 }
 
 int BaseDirFile::CheckDateStamp() {

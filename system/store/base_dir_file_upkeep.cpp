@@ -9,6 +9,7 @@
 #include "resident/files/oem_name.h"
 #include "resident/runtime/check.h"
 #include "system/store/base_dir_file.h"
+#include "system/store/borrowed_file.h"
 #include "system/store/record_reader.h"
 
 static constexpr Reporter kReports("JXSYSTEM\\DIRFL_BS.CPP");
@@ -94,37 +95,32 @@ int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
         kReports.Fail("Error BaseDirFile: MarkRecord(), can't open file");
         return false;
     }
-    bool marked = false;
+    const ClosedAtEnd closed(*this);
     DirectoryRecord stored;
     // A probe that is not in the file gives -2, which passes here and fails as a position below:
     // the two reports are what callers know.
     const long position = AlterDirectoryBlock(probe, stored, 0);
-    if (position != keDirError) {
-        Mark(stored.Record(), action);
-        marked = AlterDirectoryBlock(stored, position, 1) != keDirError;
-    }
-    close();
-    return marked;
+    if (position == keDirError)
+        return false;
+    Mark(stored.Record(), action);
+    return AlterDirectoryBlock(stored, position, 1) != keDirError;
 }
 
 int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
     FileLock lock;
+    const ClosedAtEnd closed(*this);
     OpenToChange(lock, keOpenUpdate);
-    bool deleted = false;
     DirectoryRecord stored;
     // As in MarkRecord, -2 goes on and fails as a position.
     const long position = AlterDirectoryBlock(probe, stored, 0);
-    if (position != keDirError) {
-        stored.Record().used = 0;
-        RbFile message;
-        // What a link leads to is not this folder's to remove.
-        const bool gone = !MessageFile(stored, message) || !message.Exists() ||
-                          (!IsLink(message) && message.Remove() == keDELETE_OK);
-        deleted = gone && AlterDirectoryBlock(stored, position, 1) != keDirError;
-    }
-    if (isOpen())
-        close();
-    return deleted;
+    if (position == keDirError)
+        return false;
+    stored.Record().used = 0;
+    RbFile message;
+    // What a link leads to is not this folder's to remove.
+    const bool gone = !MessageFile(stored, message) || !message.Exists() ||
+                      (!IsLink(message) && message.Remove() == keDELETE_OK);
+    return gone && AlterDirectoryBlock(stored, position, 1) != keDirError;
 }
 
 void BaseDirFile::MarkUnUsed(DirectoryRecord& probe, unsigned int) {
@@ -183,12 +179,10 @@ int BaseDirFile::CompressDFile() {
     {
         const std::unique_ptr<char[]> buffer(new char[kCopyBuffer]);
         compressed.rdbuf()->pubsetbuf(buffer.get(), kCopyBuffer);
+        const ClosedAtEnd copyClosed(compressed);
+        const ClosedAtEnd closed(*this);
         if (OpenToChange(lock, keOpenRead) && compressed.Open(keOpenWrite))
             copied = CopyUsedRecords(compressed, [](DiskDirRec&) {});
-        if (isOpen())
-            close();
-        if (compressed.isOpen())
-            compressed.close();
     }
     if (!copied) {
         DiskDriver::RemoveFile(compressed);
@@ -203,6 +197,7 @@ int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
         kReports.Fail("Can't open Inbox D File");
         return false;
     }
+    const ClosedAtEnd closed(*this);
     MoveTo(FirstRecord());
     ContainerTail<JxDownloadItem> items(list);
     RecordReader records(*this);
@@ -216,7 +211,6 @@ int BaseDirFile::GetUIDList(RB_Container<JxDownloadItem>* list) {
     const int result = AtEnd();
     if (result)
         clear();
-    close();
     return result;
 }
 

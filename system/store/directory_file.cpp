@@ -7,6 +7,7 @@
 #include "resident/files/file_identity.h"
 #include "resident/files/temporary_file.h"
 #include "resident/runtime/check.h"
+#include "system/store/borrowed_file.h"
 #include "system/store/record_reader.h"
 
 static constexpr Reporter kReports("JXSYSTEM\\DIRFILE.CPP");
@@ -334,6 +335,8 @@ int DirectoryFile::GetDFile(RbFile& copy) {
     miUsed = miUnprocessed = 0;
     if (!Open(keOpenUpdate))
         return miUsed;
+    const ClosedAtEnd closed(*this);
+    const ClosedAtEnd copyClosed(copy);
     fGood = copy.Open(keOpenIn | keOpenOut | keOpenTrunc | keOpenBinary);
     kReports.Check(fGood, "fGood");
     if (fGood) {
@@ -357,8 +360,5 @@ int DirectoryFile::GetDFile(RbFile& copy) {
         fGood = copy.flush() && AtEnd();
     }
     kReports.Check(fGood, "fGood", "Error DirectoryFile: GetDFile()");
-    if (copy.isOpen())
-        copy.close();
-    close();
     return miUsed;
 }
