@@ -99,11 +99,11 @@ int BaseDirFile::MarkRecord(DirectoryRecord& probe, enumMarkMailAction action) {
     DirectoryRecord stored;
     // A probe that is not in the file gives -2, which passes here and fails as a position below:
     // the two reports are what callers know.
-    const long position = AlterDirectoryBlock(probe, stored, 0);
+    const long position = AlterDirectoryBlock(probe, stored, false);
     if (position == keDirError)
         return false;
     Mark(stored.Record(), action);
-    return AlterDirectoryBlock(stored, position, 1) != keDirError;
+    return AlterDirectoryBlock(stored, position, true) != keDirError;
 }
 
 int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
@@ -112,7 +112,7 @@ int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
     OpenToChange(lock, keOpenUpdate);
     DirectoryRecord stored;
     // As in MarkRecord, -2 goes on and fails as a position.
-    const long position = AlterDirectoryBlock(probe, stored, 0);
+    const long position = AlterDirectoryBlock(probe, stored, false);
     if (position == keDirError)
         return false;
     stored.Record().used = 0;
@@ -120,7 +120,7 @@ int BaseDirFile::DeleteMail(DirectoryRecord& probe) {
     // What a link leads to is not this folder's to remove.
     const bool gone = !MessageFile(stored, message) || !message.Exists() ||
                       (!IsLink(message) && message.Remove() == keDELETE_OK);
-    return gone && AlterDirectoryBlock(stored, position, 1) != keDirError;
+    return gone && AlterDirectoryBlock(stored, position, true) != keDirError;
 }
 
 void BaseDirFile::MarkUnUsed(DirectoryRecord& probe, unsigned int) {

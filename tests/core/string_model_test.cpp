@@ -272,7 +272,8 @@ private:
     static std::string AnyText(Random& random) {
         if (random.OneIn(6))
             return std::string(random.Of<unsigned int>({252, 253, 254, 255, 256, 300}), 'x');
-        return random.Text(12, "aab Bc:.|-\r\n\xE4\xC4");
+        return random.Text(12,
+                           "aab Bc:.|-\r\n\xE4\xC4" + (random.OneIn(2) ? kDelimiters + "_'~" : ""));
     }
     static std::string Image(const RBString& string) {
         return std::string(reinterpret_cast<const char*>(string.Pascal()), string.Length() + 2);

@@ -183,6 +183,14 @@ TEST(StringBuffer, OfAShortTextIsUsedAgain) {
         EXPECT_NE(block(most + 1), memory) << most;
         least = most + 1;
     }
+    // No text takes more than itself, its length byte and its zero.
+    const std::string counted = Pascal(Many(22));
+    const char* rest[] = {"y"};
+    unsigned char* const memory = block(24);
+    EXPECT_EQ(StringRep(22u).mpBuffer, memory);
+    EXPECT_EQ(StringRep(reinterpret_cast<const unsigned char*>(counted.data())).mpBuffer, memory);
+    EXPECT_EQ(StringRep("x", 22, 2, rest).mpBuffer, memory);
+    EXPECT_EQ(StringRep(Many(22).c_str(), 0).mpBuffer, memory);
     StringRep taken[70];
     for (StringRep& rep : taken)
         rep.AllocMem(24);

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ctime>
 #include <optional>
 #include <thread>
 
 #include "postrider.h"
-#include "resident/core/windows_api.h"
+#include "resident/files/file_handle.h"
 #include "resident/files/file_identity.h"
 #include "tests/support/hooked_open.h"
 #include "tests/support/reports.h"
@@ -19,24 +21,18 @@
 class OtherLock {
 public:
     explicit OtherLock(const char* path)
-        : mFile(CreateFileA(path, GENERIC_READ,
-                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                            OPEN_EXISTING, 0, nullptr)) {}
-    ~OtherLock() { CloseHandle(mFile); }
+        : mFile(CreateFileA(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr)) {
+        mPlace.OffsetHigh = 0x100;
+    }
     bool Take() {
-        OVERLAPPED place = {};
-        place.OffsetHigh = 0x100;
-        return LockFileEx(mFile, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
-                          &place);
+        return LockFileEx(mFile.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                          &mPlace);
     }
-    void Release() {
-        OVERLAPPED place = {};
-        place.OffsetHigh = 0x100;
-        UnlockFileEx(mFile, 0, 1, 0, &place);
-    }
+    void Release() { UnlockFileEx(mFile.Get(), 0, 1, 0, &mPlace); }
 
 private:
-    const HANDLE mFile;
+    const FileHandle mFile;
+    OVERLAPPED mPlace = {};
 };
 
 static int sleeps;
@@ -237,7 +233,18 @@ TEST(FileReplacement, NewFilesTakeNobodysPlace) {
     EXPECT_EQ(ReadFileBytes("A.TMP") + ReadFileBytes("B.TMP"), "kept");
     FileSpec where(folder.Path("D.DAT").c_str());
     RbFile unique, again, anew(folder.Path("A.TMP").c_str());
+    const std::time_t before = std::time(nullptr);
     EXPECT_TRUE(MakeUniqueFile(&unique, where, ".TMP") && unique.Exists());
+    // Named by the time, in seconds and their thousandths together, from its last digit on.
+    const auto isName = [&](std::time_t seed) {
+        std::string digits = std::to_string(seed);
+        std::reverse(digits.begin(), digits.end());
+        return digits.substr(0, 8) == unique.FileName();
+    };
+    std::time_t seed = before;
+    while (!isName(seed) && seed < std::time(nullptr) + 1000)
+        ++seed;
+    EXPECT_TRUE(isName(seed)) << unique.FileName();
     EXPECT_TRUE(MakeUniqueFile(&again, where, ".TMP") && again != unique);
     EXPECT_TRUE(OpenAnew(anew));
     anew.close();

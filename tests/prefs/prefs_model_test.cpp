@@ -184,7 +184,6 @@ class MailPrefs : public SideBySide {
 public:
     MailPrefs() {
         mPrefs.SetSpecPart(mPath.c_str(), 0);
-        mPrefs.SetDefaults();
         mRecord = With(std::string(1500, '\0'), 0, Bytes("\xCB\x34\x3B\0\0\x24\x08"));
         mRecord = With(mRecord, 150, Bytes("\0\x0A\0\x0A\0\x04\0\x0A\0\x07"));
         mRecord = With(With(mRecord, 168, "\x04????"), 174, "\x04????");
@@ -242,6 +241,10 @@ public:
                 side = static_cast<short>(random.Next()), bytes += BigEndian16(side);
             mPrefs.SetClientWindowRect(sides[0], sides[1], sides[2], sides[3]);
             mRecord = With(mRecord, 112, bytes);
+            // A text of other programs, which has no length byte.
+            const std::string plain = random.Text(15, "a\xE4\x84");
+            mRecord = With(mRecord, 16, plain + std::string(16 - plain.size(), '\0'));
+            std::memcpy(mPrefs.Record() + 16, &mRecord[16], 16);
             int read[4];
             mPrefs.GetClientWindowRect(read[0], read[1], read[2], read[3]);
             Same("rectangle", std::memcmp(sides, read, sizeof read), 0);

@@ -36,7 +36,7 @@ protected:
     static std::string Ticks(const JxTimer& timer, int count, unsigned int identifier = 100) {
         journal.clear();
         for (; count; --count) {
-            SendMessageA(static_cast<HWND>(timer.Window()), WM_TIMER, identifier, 0);
+            EXPECT_EQ(SendMessageA(static_cast<HWND>(timer.Window()), WM_TIMER, identifier, 0), 0);
             journal += '.';
         }
         return journal;

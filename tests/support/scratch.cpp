@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "resident/core/windows_api.h"
+#include "resident/files/file_handle.h"
 
 // A name of any length: the file system takes 259 characters of others.
 static std::wstring Wide(const std::string& path) {
@@ -56,29 +56,27 @@ std::string ScratchFolder::Path(const std::string& name) const {
     return name.empty() ? mPath : mPath + "\\" + name;
 }
 
+static FileHandle Open(const std::wstring& path, DWORD access, DWORD disposition) {
+    return FileHandle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                  disposition, 0, nullptr));
+}
+
 void WriteFileBytes(const std::string& path, const std::string& bytes) {
-    const HANDLE file =
-        CreateFileW(Wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    CREATE_ALWAYS, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
+    const FileHandle file = Open(Wide(path), GENERIC_WRITE, CREATE_ALWAYS);
+    if (!file)
         throw std::runtime_error("cannot write " + path);
     DWORD written;
-    WriteFile(file, bytes.data(), bytes.size(), &written, nullptr);
-    CloseHandle(file);
+    WriteFile(file.Get(), bytes.data(), bytes.size(), &written, nullptr);
 }
 
 std::string ReadFileBytes(const std::string& path) {
-    const HANDLE file =
-        CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
+    const FileHandle file = Open(Wide(path), GENERIC_READ, OPEN_EXISTING);
+    if (!file)
         throw std::runtime_error("cannot read " + path);
-    std::string bytes(GetFileSize(file, nullptr), '\0');
+    std::string bytes(GetFileSize(file.Get(), nullptr), '\0');
     DWORD read = 0;
-    ReadFile(file, bytes.data(), bytes.size(), &read, nullptr);
-    CloseHandle(file);
-    bytes.resize(read);
-    return bytes;
+    ReadFile(file.Get(), bytes.data(), bytes.size(), &read, nullptr);
+    return bytes.substr(0, read);
 }
 
 bool FileThere(const std::string& path) {
@@ -94,12 +92,7 @@ void RemoveAll(const std::string& path) {
 
 bool MakeReadOnly(const std::string& path) {
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return true;
-    CloseHandle(file);
-    return false;
+    return !Open(Wide(path), GENERIC_WRITE, OPEN_EXISTING);
 }
 
 // Gives everybody these rights on a folder.
@@ -126,13 +119,9 @@ ReadOnlyFolder::~ReadOnlyFolder() { Permit(mPath, GENERIC_ALL); }
 
 bool ReadOnlyFolder::Works() const {
     const std::string probe = mPath + "\\PROBE";
-    const HANDLE file =
-        CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return true;
-    CloseHandle(file);
+    const bool works = !Open(Wide(probe), GENERIC_WRITE, CREATE_NEW);
     DeleteFileA(probe.c_str());
-    return false;
+    return works;
 }
 
 KeptFile::KeptFile(std::string path)

@@ -191,6 +191,7 @@ public:
             fresh.type = Byte(bytes, 78) | Byte(bytes, 79) << 8;
             fresh.extension = Byte(bytes, 80) | Byte(bytes, 81) << 8;
             Same("built", Shown(built), fresh.Shown());
+            Same("name's length", Byte(record, 0), std::min<int>(Byte(bytes, 0), 31));
             std::istringstream in(bytes +
                                   rest.substr(0, random.OneIn(2) ? 114 : random.Below(115)));
             const bool whole = in.str().size() == 228, continued = rest[0] == 1;
