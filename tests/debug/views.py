@@ -145,14 +145,6 @@ class Tests:
                     shown = str(error)
                 check("%s at %s" % (kind, at), 0 < len(shown) < 5000, shown[:200])
 
-    def printed_without_limit(self):
-        gdb.execute("set print elements 0")
-        try:
-            equal("longText", len(printed("longText")), 4096 + 5)
-            check("wildLength", len(printed("*wildLength")) < 4 * 4096 + 6, "too long")
-        finally:
-            gdb.execute("set print elements 200")
-
     def code_page(self):
         gdb.execute("set postrider-encoding cp850")
         try:

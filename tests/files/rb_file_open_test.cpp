@@ -72,9 +72,6 @@ TEST(RbFileOpen, FailsInAProgramWithTooManyStreams) {
     EXPECT_TRUE(alone != INVALID_HANDLE_VALUE && CloseHandle(alone));
     for (std::FILE* const stream : streams)
         std::fclose(stream);
-    RbFile file("A.DAT");
-    EXPECT_TRUE(file.Open(keOpenRead));
-    file.close();
 }
 
 TEST(RbFileOpen, RefusesNamesThatAreNoneAndReportsAFileDestroyedOpen) {

@@ -4,8 +4,8 @@
 
 #include "resident/core/windows_api.h"
 #include "tests/support/helper_process.h"
+#include "tests/support/mail_bytes.h"
 #include "tests/support/message_boxes.h"
-#include "tests/support/record_bytes.h"
 #include "tests/support/scratch.h"
 #include "ticker/ticker.h"
 
@@ -17,10 +17,6 @@ static std::string Account(const std::string& directory, const std::string& file
     strings[2] = directory;
     strings[3] = file;
     return UserData(strings);
-}
-static std::string Mail(const std::string& topic, const std::string& sender) {
-    const std::string bytes = With(std::string(316, '\0'), 2, Bytes("\1\0") + Pascal(topic));
-    return With(With(With(bytes, 38, Pascal("1.EML")), 72, Pascal(sender)), 311, "\x05");
 }
 
 class CurrentUser : public Test {
@@ -56,7 +52,7 @@ protected:
 
 TEST_F(CurrentUser, InboxIsListedFromTheAccountOn) {
     const std::string inbox = mFolder.Path("IN.D");
-    WriteFileBytes(inbox, std::string(316, '\0') + Mail("Lunch", "Smith|Anna") + Mail("Tea", "Bo"));
+    WriteFileBytes(inbox, kHeader + Kind(::Message("Lunch", "1.EML"), 5) + ::Message("Tea"));
     ASSERT_EQ(Inbox(Account(mFolder.Path(), "IN.D")), inbox);
     EXPECT_TRUE(GetFileAttributesA(mPath.c_str()) & FILE_ATTRIBUTE_HIDDEN);
     ASSERT_EQ(GetFirstRecord(mInbox, &topic, &file, &sender, &kind, &flag), 1);

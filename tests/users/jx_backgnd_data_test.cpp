@@ -29,7 +29,13 @@ TEST(BackgndData, EmptyAddressesAreReportedAndTaken) {
     data.SetFullPopAccount("");
     data.SetFullSmtpHost("");
     EXPECT_TRUE(data.GetFullPopAccount() == "" && Servers(data) == "old 110 1 old 25");
-    EXPECT_THAT(boxes.Texts(), AllOf(SizeIs(2), Each(HasSubstr("\nstrAddress.Length () > 0\n"))));
+    EXPECT_THAT(boxes.TakeTexts(),
+                AllOf(SizeIs(2), Each(HasSubstr("\nstrAddress.Length () > 0\n"))));
+    data.SetFullPopAccount(":1");
+    data.SetFullSmtpHost(":1");
+    EXPECT_EQ(Servers(data), " 1 1  1");
+    EXPECT_THAT(boxes.Texts(), ElementsAre(HasSubstr("\nmstrSmtpHost.Length () > 0\n"),
+                                           HasSubstr("\nmstrPopAccount.Length () > 0\n")));
 }
 
 TEST(BackgndData, TellsItsDialupConnection) {
