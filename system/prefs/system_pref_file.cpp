@@ -118,7 +118,7 @@ int SystemPrefFile::GetUnKeyedPrefLine(const char* section, char* keyOut, short 
 
     char defaultValue[keBufferSize] = "";
     if (valueOut && valueSize > 0)
-        lstrcpynA(defaultValue, valueOut, std::min<int>(valueSize, sizeof defaultValue));
+        lstrcpynA(defaultValue, valueOut, std::min<int>(valueSize + 1, sizeof defaultValue));
     GetPrefToken(section, mpszNextKey, defaultValue);
     CopyToWhole(keyOut, mpszNextKey, keySize);
     CopyToWhole(valueOut, mszToken, valueSize);

@@ -271,8 +271,10 @@ static bool CopyWhole(DirectoryFile& file, RbFile& copy) {
     case keCopyTargetNotOpen:
         kReports.Fail("Error DirectoryFile copy: OPEN destination file");
         return false;
-    default:
+    case keCopyDone:
         return true;
+    default:
+        return false;
     }
 }
 
