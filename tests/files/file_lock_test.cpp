@@ -46,7 +46,9 @@ static void WINAPI CountSleep(DWORD milliseconds) {
 struct CountedSleeps : HookedImport {
     CountedSleeps()
         : HookedImport("JXTICDLL.DLL", "kernel32.dll", "Sleep",
-                       reinterpret_cast<void*>(CountSleep)) {}
+                       reinterpret_cast<void*>(CountSleep)) {
+        sleeps = 0;
+    }
 };
 
 TEST(FileLock, KeepsOtherProgramsAwayUntilItsLastHolderReleasesIt) {
@@ -173,11 +175,13 @@ TEST(FileReplacement, KeepsTheAccessRights) {
     const ScratchFolder folder;
     WriteFileBytes("D.DAT", "old");
     WriteFileBytes("NEW", "new");
-    PSECURITY_DESCRIPTOR own = nullptr;
-    ASSERT_TRUE(
-        ConvertStringSecurityDescriptorToSecurityDescriptorA("D:P(A;;FA;;;BA)", 1, &own, nullptr));
-    EXPECT_TRUE(SetFileSecurityA("D.DAT", DACL_SECURITY_INFORMATION, own));
-    LocalFree(own);
+    for (const auto& [path, rights] :
+         {std::pair("D.DAT", "D:P(A;;FA;;;BA)"), {"NEW", "D:P(A;;FA;;;BA)(A;;FA;;;WD)"}}) {
+        PSECURITY_DESCRIPTOR own = nullptr;
+        ConvertStringSecurityDescriptorToSecurityDescriptorA(rights, 1, &own, nullptr);
+        EXPECT_TRUE(SetFileSecurityA(path, DACL_SECURITY_INFORMATION, own));
+        LocalFree(own);
+    }
     const std::string rights = AccessRights("D.DAT");
     ASSERT_NE(rights, AccessRights("NEW"));
     EXPECT_EQ(ReplaceFileBy(L"NEW", L"D.DAT", L"D.BAK", keReplacePlain), 1);
